@@ -1,0 +1,28 @@
+# One set of options for everything that is ours: C++20, every warning an error.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+find_program(CCACHE ccache)
+if(CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE}")
+  set(CMAKE_C_COMPILER_LAUNCHER "${CCACHE}")
+endif()
+
+find_package(Threads REQUIRED)
+
+add_library(kestrolumen_options INTERFACE)
+target_compile_options(kestrolumen_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Werror)
+target_compile_definitions(kestrolumen_options INTERFACE UNICODE _UNICODE NOMINMAX STRICT)
+target_link_libraries(kestrolumen_options INTERFACE Threads::Threads)
+
+# KESTROLUMEN_SANITIZE: a list for -fsanitize, or empty.
+if(KESTROLUMEN_SANITIZE)
+  add_compile_options(-fsanitize=${KESTROLUMEN_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${KESTROLUMEN_SANITIZE})
+endif()

@@ -1,0 +1,78 @@
+#!/usr/bin/env bash
+# Builds and tests one lane, or all of them.
+#
+#   scripts/test.sh             the native lane
+#   scripts/test.sh LANE...     native, native-asan, native-tsan, native32, win32, win64, lint
+#   scripts/test.sh all         all of these
+#
+# The last line says what passed, in ctest's own words.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+all=(native native-asan native-tsan native32 win32 win64)
+lanes=("$@")
+[ ${#lanes[@]} -gt 0 ] || lanes=(native)
+[ "${lanes[*]}" != all ] || lanes=(lint "${all[@]}")
+
+case "${lanes[*]}" in
+  native) scripts/setup.sh native ;;
+  *) scripts/setup.sh all ;;
+esac
+
+jobs=$(nproc)
+logs=$(mktemp -d)
+trap 'rm -rf "$logs"' EXIT
+passed=0
+failed=0
+failures=()
+
+build() {
+  cmake --preset "$1" >"$logs/configure" 2>&1 || { cat "$logs/configure"; return 1; }
+  cmake --build "build/$1" -j "$jobs" >"$logs/build" 2>&1 || { grep -vE '^\[[0-9]+/[0-9]+\] ' "$logs/build" | tail -n 200; return 1; }
+}
+
+# One Wine server for the whole lane: the prefix is made before the tests run side by side.
+start_wine() {
+  export KESTROLUMEN_WINEPREFIX=$PWD/build/$1/wineprefix
+  cmake/wine-run.sh wineboot --init >/dev/null 2>&1 || true
+}
+stop_wine() { WINEPREFIX=$KESTROLUMEN_WINEPREFIX wineserver -k >/dev/null 2>&1 || true; unset KESTROLUMEN_WINEPREFIX; }
+
+count() {
+  local line
+  line=$(grep -E '^[0-9]+% tests passed, [0-9]+ tests? failed out of [0-9]+' "$1" | tail -n 1)
+  local bad=0 total=0
+  if [[ $line =~ ([0-9]+)\ tests?\ failed\ out\ of\ ([0-9]+) ]]; then bad=${BASH_REMATCH[1]}; total=${BASH_REMATCH[2]}; fi
+  passed=$((passed + total - bad))
+  failed=$((failed + bad))
+}
+
+run_lane() {
+  local lane=$1
+  echo "== $lane"
+  if [ "$lane" = lint ]; then
+    if scripts/lint.sh; then passed=$((passed + 1)); else failed=$((failed + 1)); failures+=(lint); fi
+    return
+  fi
+  if ! build "$lane"; then
+    echo "$lane: the build failed"
+    failed=$((failed + 1)); failures+=("$lane")
+    return
+  fi
+  case "$lane" in win*) start_wine "$lane" ;; esac
+  local status=0
+  ctest --test-dir "build/$lane" -j "$jobs" --output-on-failure --no-tests=error >"$logs/ctest" 2>&1 || status=$?
+  case "$lane" in win*) stop_wine ;; esac
+  if [ $status -ne 0 ]; then cat "$logs/ctest"; failures+=("$lane"); else grep -E 'Test +#|tests passed|Skipped' "$logs/ctest"; fi
+  count "$logs/ctest"
+}
+
+for lane in "${lanes[@]}"; do run_lane "$lane"; done
+
+total=$((passed + failed))
+echo
+[ ${#failures[@]} -eq 0 ] || echo "Lanes with failures: ${failures[*]}"
+[ $total -gt 0 ] || { echo "no test ran"; exit 1; }
+echo "Lanes: ${lanes[*]}"
+echo "$((100 * passed / total))% tests passed, $failed tests failed out of $total"
+[ ${#failures[@]} -eq 0 ]

@@ -1,0 +1,4 @@
+// A stand-in for the COM compiler-support header of this name.
+#pragma once
+
+#include <oleauto.h>

@@ -1,0 +1,4 @@
+// Loaded modules, their paths and their exports.
+#pragma once
+
+#include "winapi/types.h"

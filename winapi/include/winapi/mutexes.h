@@ -1,0 +1,4 @@
+// Named mutexes, seen by other processes.
+#pragma once
+
+#include "winapi/types.h"

@@ -1,0 +1,4 @@
+// Security descriptors and attributes.
+#pragma once
+
+#include "winapi/types.h"

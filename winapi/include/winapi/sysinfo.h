@@ -1,0 +1,4 @@
+// Facts of the machine.
+#pragma once
+
+#include "winapi/types.h"

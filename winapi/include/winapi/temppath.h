@@ -1,0 +1,4 @@
+// The temporary folder.
+#pragma once
+
+#include "winapi/types.h"

@@ -1,0 +1,4 @@
+// Thread-local storage by index.
+#pragma once
+
+#include "winapi/types.h"
