@@ -2,3 +2,15 @@
 #pragma once
 
 #include "winapi/types.h"
+
+#include <cerrno>
+
+using errno_t = int;
+
+// Takes a path apart: the drive with its colon, the folder with its trailing separator, the name, and the
+// extension with its point. Both the backslash and the slash separate. A null field with size 0 is left out.
+// A field too small gives ERANGE and a null path or an unfit field EINVAL, in errno too, and clears all
+// fields. The parts together are the path.
+errno_t _wsplitpath_s(const WCHAR* path, WCHAR* drive, std::size_t driveSize, WCHAR* dir, std::size_t dirSize,
+                      WCHAR* name, std::size_t nameSize, WCHAR* extension,
+                      std::size_t extensionSize) noexcept;
