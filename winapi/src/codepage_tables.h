@@ -1,0 +1,69 @@
+// What is known of each code page, and the tables of those that are not UTF-8.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "winapi/types.h"
+
+namespace winapi {
+
+constexpr UINT utf8CodePage = 65001;
+
+// The published facts of a page.
+struct CodePageFacts {
+    UINT number;
+    std::u16string_view name;                    // as Windows words it
+    std::array<std::uint8_t, 4> leadBytes = {};  // pairs of first and last; zeros for none
+    char16_t unicodeDefault = u'?';              // what stands for bytes that mean nothing in the page
+    UINT maxCharSize = 1;
+};
+
+// Null for a page that is not known here.
+[[nodiscard]] const CodePageFacts* FindFacts(UINT codePage) noexcept;
+
+// A page of one or two bytes a character. Both directions give 0 for what the page lacks; only the zero
+// byte itself is the zero unit.
+class CodePage {
+  public:
+    using SingleBytes = std::array<char16_t, 256>;
+
+    // Builds a page that has the single bytes of `single` and no others.
+    CodePage(const CodePageFacts& facts, const SingleBytes& single);
+
+    void AddPair(std::uint8_t lead, std::uint8_t trail, char16_t unit);
+
+    // Makes `code`, which must mean `unit`, the one that stands for it: several codes may mean one unit.
+    void PreferCode(char16_t unit, std::uint16_t code);
+
+    [[nodiscard]] const CodePageFacts& Facts() const noexcept { return facts; }
+    [[nodiscard]] bool IsDoubleByte() const noexcept { return facts.maxCharSize == 2; }
+    [[nodiscard]] bool IsLeadByte(std::uint8_t byte) const noexcept { return leadRows[byte] != 0; }
+
+    [[nodiscard]] char16_t UnitOfByte(std::uint8_t byte) const noexcept { return singleBytes[byte]; }
+    [[nodiscard]] char16_t UnitOfPair(std::uint8_t lead, std::uint8_t trail) const noexcept {
+        return pairs[(leadRows[lead] - 1u) * 256u + trail];
+    }
+    // Below 0x100 a single byte, else lead byte times 256 plus trail byte.
+    [[nodiscard]] std::uint16_t CodeOfUnit(char16_t unit) const noexcept {
+        return codes[codeRows[unit >> 8] * 256u + (unit & 0xFFu)];
+    }
+
+  private:
+    void SetCode(char16_t unit, std::uint16_t code);
+
+    const CodePageFacts& facts;
+    SingleBytes singleBytes;
+    std::array<std::uint8_t, 256> leadRows = {};   // 0: not a lead byte; else 1 + its row in `pairs`
+    std::vector<char16_t> pairs;                   // rows of 256 by trail byte
+    std::array<std::uint16_t, 256> codeRows = {};  // by a unit's high byte; row 0 is the empty one
+    std::vector<std::uint16_t> codes;              // rows of 256 by a unit's low byte
+};
+
+// The tables of a page, built on first use and kept; null for UTF-8 and for a page that is not known or
+// that iconv doesn't have. Any thread may call; throws std::bad_alloc.
+[[nodiscard]] const CodePage* FindCodePage(UINT codePage);
+
+}  // namespace winapi

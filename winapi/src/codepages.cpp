@@ -1,0 +1,216 @@
+#include <algorithm>
+#include <atomic>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "winapi/codepages.h"
+#include "winapi/control.h"
+#include "winapi/errorcodes.h"
+#include "codepage_tables.h"
+#include "tableconversion.h"
+#include "utf8.h"
+
+namespace {
+
+using winapi::CodePage;
+using winapi::CodePageFacts;
+
+// A page is usable when it is UTF-8 or has tables.
+bool IsUsable(UINT codePage) {
+    return codePage == winapi::utf8CodePage || winapi::FindCodePage(codePage) != nullptr;
+}
+
+UINT AnsiCodePageAtStart() {
+    constexpr UINT latin1 = 1252;
+    const char* const wanted = std::getenv("KESTROLUMEN_ANSI_CODE_PAGE");
+    if (wanted == nullptr) return latin1;
+    const unsigned long number = std::strtoul(wanted, nullptr, 10);
+    return number <= UINT_MAX && IsUsable(static_cast<UINT>(number)) ? static_cast<UINT>(number) : latin1;
+}
+
+std::atomic<UINT>& AnsiCodePage() {
+    static std::atomic<UINT> codePage = AnsiCodePageAtStart();
+    return codePage;
+}
+
+// The page behind the pseudo numbers.
+UINT Resolve(UINT codePage) noexcept {
+    switch (codePage) {
+        case CP_ACP:
+        case CP_THREAD_ACP:
+            return GetACP();
+        case CP_OEMCP:
+            return GetOEMCP();
+        default:
+            return codePage;
+    }
+}
+
+int Fail(DWORD error) noexcept {
+    SetLastError(error);
+    return 0;
+}
+
+int Fits(std::size_t count) noexcept {
+    return count <= INT_MAX ? static_cast<int>(count) : Fail(ERROR_INVALID_PARAMETER);
+}
+
+int FitsIn(std::optional<std::size_t> written) noexcept {
+    return written ? Fits(*written) : Fail(ERROR_INSUFFICIENT_BUFFER);
+}
+
+template <class Unit>
+std::basic_string_view<Unit> SourceOf(const Unit* source, int length) noexcept {
+    if (length >= 0) return {source, static_cast<std::size_t>(length)};
+    return {source, std::char_traits<Unit>::length(source) + 1};
+}
+
+template <class Unit>
+std::span<Unit> DestinationOf(Unit* destination, int size) noexcept {
+    return {destination, static_cast<std::size_t>(size)};
+}
+
+bool AreValid(const void* source, int sourceLength, const void* destination, int destinationSize) noexcept {
+    return source != nullptr && sourceLength != 0 && destinationSize >= 0 &&
+           (destinationSize == 0 || (destination != nullptr && destination != source));
+}
+
+// The tables of a page that is not UTF-8; null with the last error set if there are none.
+const CodePage* TablesOf(UINT codePage) noexcept {
+    try {
+        const CodePage* const page = winapi::FindCodePage(codePage);
+        if (page == nullptr) SetLastError(ERROR_INVALID_PARAMETER);
+        return page;
+    } catch (const std::bad_alloc&) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return nullptr;
+    }
+}
+
+int Utf8ToWide(DWORD flags, std::string_view source, std::span<WCHAR> destination) noexcept {
+    if ((flags & ~static_cast<DWORD>(MB_ERR_INVALID_CHARS)) != 0) return Fail(ERROR_INVALID_FLAGS);
+    if (flags != 0 && !winapi::utf8::IsWellFormed(source)) return Fail(ERROR_NO_UNICODE_TRANSLATION);
+    if (destination.empty()) return Fits(winapi::utf8::Utf16Length(source));
+    return FitsIn(winapi::utf8::ToUtf16(source, destination));
+}
+
+int WideToUtf8(DWORD flags, std::u16string_view source, std::span<char> destination) noexcept {
+    if ((flags & ~static_cast<DWORD>(WC_ERR_INVALID_CHARS)) != 0) return Fail(ERROR_INVALID_FLAGS);
+    if (flags != 0 && !winapi::utf8::IsWellFormed(source)) return Fail(ERROR_NO_UNICODE_TRANSLATION);
+    if (destination.empty()) return Fits(winapi::utf8::Utf8Length(source));
+    return FitsIn(winapi::utf8::ToUtf8(source, destination));
+}
+
+template <class Info>
+void CopyFacts(const CodePageFacts& facts, Info& info) noexcept {
+    info = {};
+    info.MaxCharSize = facts.maxCharSize;
+    info.DefaultChar[0] = '?';
+    std::copy(facts.leadBytes.begin(), facts.leadBytes.end(), info.LeadByte);
+}
+
+const CodePageFacts* UsableFacts(UINT codePage) noexcept {
+    const UINT number = Resolve(codePage);
+    if (number != CP_UTF8 && TablesOf(number) == nullptr) return nullptr;
+    return winapi::FindFacts(number);
+}
+
+}  // namespace
+
+UINT winapi::SetAnsiCodePage(UINT codePage) {
+    if (!IsUsable(codePage)) {
+        throw std::invalid_argument("code page " + std::to_string(codePage) + " is not known");
+    }
+    return AnsiCodePage().exchange(codePage);
+}
+
+UINT WINAPI GetACP() noexcept {
+    return AnsiCodePage().load(std::memory_order_relaxed);
+}
+
+UINT WINAPI GetOEMCP() noexcept {
+    const UINT ansi = GetACP();
+    const CodePageFacts* const facts = winapi::FindFacts(ansi);
+    return facts->maxCharSize > 1 ? ansi : 437;
+}
+
+BOOL WINAPI GetCPInfo(UINT codePage, LPCPINFO info) noexcept {
+    if (info == nullptr) return Fail(ERROR_INVALID_PARAMETER);
+    const CodePageFacts* const facts = UsableFacts(codePage);
+    if (facts == nullptr) return FALSE;
+    CopyFacts(*facts, *info);
+    return TRUE;
+}
+
+BOOL WINAPI GetCPInfoExW(UINT codePage, DWORD flags, LPCPINFOEXW info) noexcept {
+    if (info == nullptr || flags != 0) return Fail(ERROR_INVALID_PARAMETER);
+    const CodePageFacts* const facts = UsableFacts(codePage);
+    if (facts == nullptr) return FALSE;
+    CopyFacts(*facts, *info);
+    info->UnicodeDefaultChar = facts->unicodeDefault;
+    info->CodePage = facts->number;
+    std::copy(facts->name.begin(), facts->name.end(), info->CodePageName);
+    return TRUE;
+}
+
+BOOL WINAPI IsDBCSLeadByteEx(UINT codePage, BYTE byte) noexcept {
+    const UINT number = Resolve(codePage);
+    if (number == CP_UTF8) return FALSE;
+    const CodePage* const page = TablesOf(number);
+    return page != nullptr && page->IsLeadByte(byte);
+}
+
+BOOL WINAPI IsDBCSLeadByte(BYTE byte) noexcept {
+    return IsDBCSLeadByteEx(CP_ACP, byte);
+}
+
+int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, LPCCH source, int sourceLength, LPWSTR destination,
+                               int destinationSize) noexcept {
+    if (!AreValid(source, sourceLength, destination, destinationSize)) return Fail(ERROR_INVALID_PARAMETER);
+    const std::string_view text = SourceOf(source, sourceLength);
+    const std::span<WCHAR> target = DestinationOf(destination, destinationSize);
+    const UINT number = Resolve(codePage);
+    if (number == CP_UTF8) return Utf8ToWide(flags, text, target);
+
+    const CodePage* const page = TablesOf(number);
+    if (page == nullptr) return 0;
+    constexpr DWORD known = MB_PRECOMPOSED | MB_USEGLYPHCHARS | MB_ERR_INVALID_CHARS;
+    if ((flags & ~known) != 0) return Fail(ERROR_INVALID_FLAGS);
+    if ((flags & MB_ERR_INVALID_CHARS) != 0 && !winapi::IsValidText(*page, text)) {
+        return Fail(ERROR_NO_UNICODE_TRANSLATION);
+    }
+    if (target.empty()) return Fits(winapi::WideLength(*page, text));
+    return FitsIn(winapi::WideFromPage(*page, text, target));
+}
+
+int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH source, int sourceLength, LPSTR destination,
+                               int destinationSize, LPCCH defaultChar, LPBOOL usedDefaultChar) noexcept {
+    if (!AreValid(source, sourceLength, destination, destinationSize)) return Fail(ERROR_INVALID_PARAMETER);
+    const std::u16string_view text = SourceOf(source, sourceLength);
+    const std::span<char> target = DestinationOf(destination, destinationSize);
+    const UINT number = Resolve(codePage);
+    if (number == CP_UTF8) {
+        if (defaultChar != nullptr || usedDefaultChar != nullptr) return Fail(ERROR_INVALID_PARAMETER);
+        return WideToUtf8(flags, text, target);
+    }
+
+    const CodePage* const page = TablesOf(number);
+    if (page == nullptr) return 0;
+    constexpr DWORD known =
+        WC_DISCARDNS | WC_SEPCHARS | WC_DEFAULTCHAR | WC_COMPOSITECHECK | WC_NO_BEST_FIT_CHARS;
+    if ((flags & ~known) != 0) return Fail(ERROR_INVALID_FLAGS);
+    const std::uint16_t defaultCode = winapi::FirstCode(*page, defaultChar);
+    bool usedDefault = false;
+    const int result = target.empty()
+                           ? Fits(winapi::PageLength(*page, text, defaultCode, usedDefault))
+                           : FitsIn(winapi::PageFromWide(*page, text, target, defaultCode, usedDefault));
+    if (usedDefaultChar != nullptr) *usedDefaultChar = usedDefault ? TRUE : FALSE;
+    return result;
+}
