@@ -13,7 +13,7 @@ native=(cmake ninja-build ccache g++ googletest python3)
 sanitizers=(clang clang-tidy clang-format libclang-rt-14-dev)
 native32=(g++-multilib)
 mingw=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix)
-wine=(wine32:i386 wine64)
+wine=(wine wine32:i386 wine64)
 bench=(libbenchmark-dev libicu-dev libfmt-dev)
 
 case "$what" in
@@ -53,8 +53,8 @@ install_wine() {
   local suite
   suite=$(. /etc/os-release && echo "$VERSION_CODENAME")
   local uri
-  uri=$(cat /etc/apt/sources.list /etc/apt/sources.list.d/*.sources /etc/apt/sources.list.d/*.list 2>/dev/null \
-        | grep -oE '(https?|file|mirror[^ ]*)://?[^ ]+' | grep -v security | head -n 1)
+  uri=$({ cat /etc/apt/sources.list /etc/apt/sources.list.d/*.sources /etc/apt/sources.list.d/*.list 2>/dev/null || true; } \
+        | grep -vE '^ *#' | grep -oE '(https?|file|mirror[^ ]*)://?[^ ]+' | grep -v security | head -n 1) || true
   [ -n "$uri" ] || { say "no package source found in /etc/apt"; exit 1; }
   local signed=/usr/share/keyrings/debian-archive-keyring.gpg
   printf 'deb [signed-by=%s] %s %s main\n' "$signed" "$uri" "$suite" >"$scratch/main.list"
