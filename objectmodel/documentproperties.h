@@ -1,0 +1,13 @@
+// The properties of a document (Office VBA reference: DocumentProperties object).
+#pragma once
+
+#include "objectmodel/types.h"
+
+// A call that Office refuses raises _com_error with the error object that the collection offers.
+class MsExcel::DocumentProperties {
+  public:
+    virtual ~DocumentProperties() = default;
+
+    // By name, as in "Title".
+    virtual std::shared_ptr<DocumentProperty> GetItem(const CStringW& name) const = 0;
+};
