@@ -1,0 +1,79 @@
+// The account of what the host gave to an add-in: which result records it filled, which memory it put into
+// them, and what of it came back. Freed memory is poisoned and kept for a while, so that a second free is
+// told from a foreign pointer and a late reader sees nonsense instead of the old value.
+#pragma once
+
+#include "excelhost/value.h"
+
+#include <cstddef>
+#include <deque>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace excelhost {
+
+// What became of the memory and the records that crossed the border. "Value" below is a value with memory of
+// its own, a string, an array or a reference, counted once however many pieces it has.
+struct Account {
+    std::size_t lent = 0;         // argument records lent to worksheet functions
+    std::size_t lentAltered = 0;  // calls after which the lent arguments were found changed
+    std::size_t results = 0;      // result records of successful calls
+    std::size_t failures = 0;     // result records offered to failed calls
+    std::size_t returned = 0;     // of both, came back through xlFree
+    std::size_t allocated = 0;    // values allocated for results
+    std::size_t freed = 0;        // of these, freed
+    std::size_t freedTwice = 0;   // records or values offered to xlFree again after they were freed
+    std::size_t foreign = 0;      // offered to xlFree without having come from a call into this host
+
+    // Values that never came back.
+    [[nodiscard]] std::size_t Leaked() const noexcept { return allocated - freed; }
+    // Result records that never came back, with or without memory.
+    [[nodiscard]] std::size_t Outstanding() const noexcept { return results + failures - returned; }
+    // Nothing leaked, freed twice, foreign or altered.
+    [[nodiscard]] bool Balanced() const noexcept {
+        return Leaked() == 0 && freedTwice == 0 && foreign == 0 && lentAltered == 0;
+    }
+    friend bool operator==(const Account&, const Account&) = default;
+};
+
+// One line for people, naming every count.
+[[nodiscard]] std::string Describe(const Account& account);
+
+class Ledger {
+  public:
+    // Fills the result record of a successful call. An error value writes its number and type alone, as Excel
+    // does: the rest of the record stays what the caller left there.
+    void Give(const Value& value, XLOPER12& record);
+    // Notes the result record of a failed call, which stays untouched.
+    void Fail(XLOPER12& record);
+    // Frees what Excel put into the record and resets its pointer to null, as Microsoft describes xlFree.
+    // What is wrong with the record otherwise; then nothing is freed.
+    [[nodiscard]] std::string TakeBack(XLOPER12& record);
+    void Lent(std::size_t records, bool altered) noexcept;
+
+    [[nodiscard]] const Account& Counts() const noexcept { return account_; }
+
+  private:
+    struct LiveValue {
+        Blocks blocks;
+        const XLOPER12* record = nullptr;
+    };
+    void Offer(const XLOPER12* record);
+    void Retire(const void* payload, Blocks blocks);
+
+    Account account_;
+    std::unordered_map<const void*, LiveValue> live_;  // by payload
+    std::unordered_set<const XLOPER12*> outstanding_;  // result records, with or without memory
+    std::unordered_set<const XLOPER12*> returned_;     // came back and were not offered anew
+    struct RetiredValue {
+        const void* payload = nullptr;
+        Blocks blocks;
+        std::size_t size = 0;
+    };
+    std::deque<RetiredValue> retired_;
+    std::unordered_set<const void*> retiredPayloads_;
+    std::size_t retiredSize_ = 0;
+};
+
+}  // namespace excelhost
