@@ -8,14 +8,10 @@
 #define PROCESSOR_ARCHITECTURE_AMD64 9
 #define PROCESSOR_ARCHITECTURE_UNKNOWN 0xFFFF
 
+// Without the obsolete dwOemId that shares the first four bytes.
 struct SYSTEM_INFO {
-    union {
-        DWORD dwOemId;
-        struct {
-            WORD wProcessorArchitecture;
-            WORD wReserved;
-        } DUMMYSTRUCTNAME;
-    } DUMMYUNIONNAME;
+    WORD wProcessorArchitecture;
+    WORD wReserved;
     DWORD dwPageSize;
     LPVOID lpMinimumApplicationAddress;
     LPVOID lpMaximumApplicationAddress;
