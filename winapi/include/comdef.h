@@ -2,3 +2,5 @@
 #pragma once
 
 #include <oleauto.h>
+
+#include "winapi/comerror.h"

@@ -2,3 +2,9 @@
 #pragma once
 
 #include <windows.h>
+
+#include "winapi/bstr.h"
+#include "winapi/changetype.h"
+#include "winapi/dispatch.h"
+#include "winapi/errorinfo.h"
+#include "winapi/variant.h"
