@@ -1,6 +1,7 @@
 // One COM reference, owned by a value.
 #pragma once
 
+#include <windows.h>
 #include <oleauto.h>
 
 #include <cstddef>

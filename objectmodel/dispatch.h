@@ -1,8 +1,9 @@
 // The one road to an automation object: a late-bound call by DISPID, and what becomes of its failure.
 #pragma once
 
-#include <comdef.h>
+#include <windows.h>
 #include <oleauto.h>
+#include <comdef.h>
 
 #include <array>
 #include <concepts>

@@ -2,6 +2,7 @@
 // libraries publish.
 #pragma once
 
+#include <windows.h>
 #include <oleauto.h>
 
 inline constexpr IID IidApplication = {0x000208D5, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};  // _Application

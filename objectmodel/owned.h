@@ -1,6 +1,7 @@
 // Owners of what OLE Automation hands out: a VARIANT, a BSTR.
 #pragma once
 
+#include <windows.h>
 #include <oleauto.h>
 
 #include <utility>

@@ -2,6 +2,7 @@
 // when the try failed for a passing reason.
 #pragma once
 
+#include <windows.h>
 #include <oleauto.h>
 
 // Tries Range.Formula2 on the first cell of `range`, and Range.HasSpill on `range` itself, unless the answer

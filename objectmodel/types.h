@@ -1,13 +1,17 @@
 // What every class of the object model speaks in.
 #pragma once
 
-#include <atlstr.h>
+#include <windows.h>
 #include <oleauto.h>
+#include <atlstr.h>
 
 #include <memory>
 
 #include "objectmodel/com_ptr.h"
 #include "objectmodel/owned.h"
+
+// A macro of Windows' printing interface, which would rename the class of that name.
+#undef DocumentProperties
 
 namespace MsExcel {
 class AddIn;

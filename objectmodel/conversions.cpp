@@ -1,0 +1,40 @@
+// What becomes of a VARIANT that Excel answers with.
+#include "objectmodel/detail/forms.h"
+
+OwnedVariant detail::Changed(const VARIANT& value, VARTYPE type) {
+    VARIANT source = value;
+    OwnedVariant result;
+    const HRESULT hresult = VariantChangeType(result.receive(), &source, 0, type);
+    if (FAILED(hresult)) IssueError(hresult);
+    return result;
+}
+
+bool detail::BoolOf(const OwnedVariant& value) {
+    if (value->vt == VT_BOOL) return value->boolVal != VARIANT_FALSE;
+    return Changed(value.get(), VT_BOOL)->boolVal == VARIANT_TRUE;
+}
+
+LONG detail::LongOf(const OwnedVariant& value) {
+    return value->vt == VT_I4 ? value->lVal : Changed(value.get(), VT_I4)->lVal;
+}
+
+CStringW detail::TextOf(const OwnedVariant& value) {
+    return TextOf(value->vt == VT_BSTR ? value->bstrVal : Changed(value.get(), VT_BSTR)->bstrVal);
+}
+
+ComPtr<IDispatch> InterfaceFromVariant(const OwnedVariant& value, REFIID iid) {
+    if (value->vt == VT_DISPATCH) return QueryFor(value->pdispVal, iid);
+    if (value->vt == VT_UNKNOWN) return QueryFor(value->punkVal, iid);
+
+    VARIANT source = value.get();
+    for (const VARTYPE type : {VARTYPE{VT_DISPATCH}, VARTYPE{VT_UNKNOWN}}) {
+        OwnedVariant object;
+        const HRESULT hresult = VariantChangeType(object.receive(), &source, 0, type);
+        if (SUCCEEDED(hresult)) {
+            if (ComPtr<IDispatch> found = InterfaceFromVariant(object, iid)) return found;
+        } else if (hresult != E_NOINTERFACE && hresult != DISP_E_TYPEMISMATCH) {
+            IssueError(hresult);
+        }
+    }
+    return nullptr;
+}

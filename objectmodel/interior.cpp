@@ -1,0 +1,29 @@
+#include "objectmodel/interior.h"
+
+#include "objectmodel/detail/dispids.h"
+#include "objectmodel/detail/forms.h"
+
+namespace {
+
+using namespace MsExcel;
+using namespace detail;
+using Id = Dispid::Interior;
+
+class XInterior14 final : public Interior {
+  public:
+    explicit XInterior14(ComPtr<IDispatch> source) noexcept : dispatch(std::move(source)) {}
+
+    void PutColorIndex(VARIANT colorIndex) override {
+        putV(dispatch, Id::ColorIndex, Variant(Take(colorIndex)));
+    }
+
+  private:
+    ComPtr<IDispatch> dispatch;
+};
+
+}  // namespace
+
+template <>
+std::shared_ptr<Interior> Wrap(InterfaceSource<IDispatch> source) {
+    return std::make_shared<XInterior14>(source);
+}
