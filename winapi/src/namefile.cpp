@@ -1,0 +1,249 @@
+#include "namefile.h"
+
+#include "failure.h"
+#include "paths.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace winapi {
+namespace {
+
+[[noreturn]] void FailErrno() {
+    throw Failure{ErrorFromErrno(errno)};
+}
+
+// Repeats a system call that a signal interrupts.
+template <class Call>
+auto Retry(Call call) noexcept {
+    auto result = call();
+    while (result == -1 && errno == EINTR) result = call();
+    return result;
+}
+
+// ---- Folders -------------------------------------------------------------------------------------------
+
+const char* Variable(const char* name) noexcept {
+    const char* const value = std::getenv(name);
+    return value != nullptr && *value != '\0' ? value : nullptr;
+}
+
+std::string LocalFolder() {
+    if (const char* own = Variable("KESTROLUMEN_RUNTIME_DIR")) return std::string(own) + "/Local";
+    if (const char* runtime = Variable("XDG_RUNTIME_DIR")) return std::string(runtime) + "/kestrolumen";
+    const char* temporary = Variable("TMPDIR");
+    return std::string(temporary != nullptr ? temporary : "/tmp") + "/kestrolumen-" +
+           std::to_string(getuid());
+}
+
+std::string GlobalFolder() {
+    if (const char* own = Variable("KESTROLUMEN_RUNTIME_DIR")) return std::string(own) + "/Global";
+    return "/tmp/kestrolumen-global";
+}
+
+// The user's own folder is closed to others; the common one is open to all, and sticky, so that nobody
+// removes what isn't his.
+constexpr mode_t FolderMode(bool global) noexcept {
+    return global ? 01777 : 0700;
+}
+constexpr mode_t FileMode(bool global) noexcept {
+    return global ? 0666 : 0600;
+}
+
+void MakeFolder(const std::string& folder, bool global) {
+    const mode_t mode = FolderMode(global);
+    int result = mkdir(folder.c_str(), mode);
+    if (result != 0 && errno == ENOENT) {
+        mkdir(folder.substr(0, folder.rfind('/')).c_str(), mode);
+        result = mkdir(folder.c_str(), mode);
+    }
+    if (result == 0) chmod(folder.c_str(), mode);  // whatever the umask took away
+}
+
+// The folder, locked against everybody else who looks for names in it.
+class LockedFolder {
+  public:
+    LockedFolder(const std::string& folder, bool global)
+        : descriptor_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW)) {
+        if (!descriptor_.IsOpen()) FailErrno();
+        struct stat facts {};
+        if (fstat(descriptor_.Get(), &facts) != 0) FailErrno();
+        if (!global && facts.st_uid != getuid()) throw Failure{ERROR_ACCESS_DENIED};
+        if (Retry([this] { return flock(descriptor_.Get(), LOCK_EX); }) != 0) FailErrno();
+    }
+
+    [[nodiscard]] int Get() const noexcept { return descriptor_.Get(); }
+
+  private:
+    Descriptor descriptor_;
+};
+
+// ---- File names ----------------------------------------------------------------------------------------
+
+constexpr std::string_view fileEnding = ".mutex";
+
+std::uint64_t Fnv1a(std::string_view text) noexcept {
+    std::uint64_t hash = 0xCBF29CE484222325U;
+    for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3U;
+    return hash;
+}
+
+// The name as a file name: what a file name can't hold becomes %XX, and of a long name the rest its hash.
+std::string FileNameOf(std::u16string_view name) {
+    std::string encoded;
+    for (const char c : Utf8FromUtf16(name)) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte > 0x20 && c != '/' && c != '%' && c != '~') {
+            encoded += c;
+        } else {
+            constexpr char digits[] = "0123456789ABCDEF";
+            encoded += {'%', digits[byte >> 4], digits[byte & 0xF]};
+        }
+    }
+    constexpr std::size_t limit = 200;  // of NAME_MAX, which is 255
+    if (encoded.size() > limit) {
+        char hash[18];
+        std::snprintf(hash, sizeof hash, "~%016llX", static_cast<unsigned long long>(Fnv1a(encoded)));
+        encoded.resize(limit);
+        encoded += hash;
+    }
+    return encoded.append(fileEnding);
+}
+
+// ---- Locks ---------------------------------------------------------------------------------------------
+
+// Whether nobody else holds the name. Replaces the lock that the description has.
+bool HeldByNobodyElse(const Descriptor& descriptor) {
+    if (Retry([&] { return flock(descriptor.Get(), LOCK_EX | LOCK_NB); }) == 0) return true;
+    if (errno != EWOULDBLOCK) FailErrno();
+    return false;
+}
+
+// Within the folder's lock nobody holds an exclusive lock for long enough to be waited for.
+void Hold(const Descriptor& descriptor) {
+    if (Retry([&] { return flock(descriptor.Get(), LOCK_SH); }) != 0) FailErrno();
+}
+
+// The file's first byte: a lock on it is ownership, its content says whether it has an owner. Who finds it
+// set without finding a lock learns that the owner died.
+constexpr char ownedMark = '1';
+constexpr char freeMark = '0';
+
+int LockFirstByte(int descriptor, short type) noexcept {
+    struct flock byte {};
+    byte.l_type = type;
+    byte.l_whence = SEEK_SET;
+    byte.l_len = 1;
+    return Retry([&] { return fcntl(descriptor, F_OFD_SETLK, &byte); });
+}
+
+void Mark(int descriptor, char mark) noexcept {
+    static_cast<void>(Retry([&] { return pwrite(descriptor, &mark, 1, 0); }));
+}
+
+Ownership TryToOwn(int descriptor) {
+    if (LockFirstByte(descriptor, F_WRLCK) != 0) {
+        if (errno != EAGAIN && errno != EACCES) FailErrno();
+        return Ownership::refused;
+    }
+    char mark = freeMark;
+    static_cast<void>(Retry([&] { return pread(descriptor, &mark, 1, 0); }));
+    Mark(descriptor, ownedMark);
+    return mark == ownedMark ? Ownership::takenFromTheDead : Ownership::taken;
+}
+
+}  // namespace
+
+Descriptor::~Descriptor() {
+    if (IsOpen()) close(number_);
+}
+
+NameFile::NameFile(Place place, Descriptor descriptor) noexcept
+    : place_(std::move(place)), descriptor_(std::move(descriptor)), process_(getpid()) {}
+
+NameFile::Place NameFile::PlaceOf(std::u16string_view name) {
+    constexpr std::u16string_view local = u"Local\\", global = u"Global\\";
+    const bool isGlobal = name.starts_with(global);
+    if (isGlobal) name.remove_prefix(global.size());
+    if (name.starts_with(local) && !isGlobal) name.remove_prefix(local.size());
+
+    constexpr std::size_t longest = 0x7FFF;
+    if (name.empty()) throw Failure{ERROR_INVALID_NAME};
+    if (name.front() == u'\\') throw Failure{ERROR_BAD_PATHNAME};
+    if (name.find(u'\\') != std::u16string_view::npos) throw Failure{ERROR_PATH_NOT_FOUND};
+    if (name.size() > longest) throw Failure{ERROR_FILENAME_EXCED_RANGE};
+    return {isGlobal ? GlobalFolder() : LocalFolder(), FileNameOf(name), isGlobal};
+}
+
+NameFile::Opened NameFile::Create(std::u16string_view name, bool owned) {
+    Place place = PlaceOf(name);
+    MakeFolder(place.folder, place.global);
+    const LockedFolder folder(place.folder, place.global);
+    const char* const path = place.file.c_str();
+    // Not O_CREAT at once: Linux refuses that for another user's file in a sticky folder.
+    Descriptor descriptor(openat(folder.Get(), path, O_RDWR | O_CLOEXEC | O_NOFOLLOW));
+    if (!descriptor.IsOpen() && errno == ENOENT) {
+        const mode_t mode = FileMode(place.global);
+        descriptor = Descriptor(openat(folder.Get(), path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+        if (descriptor.IsOpen()) fchmod(descriptor.Get(), mode);
+    }
+    if (!descriptor.IsOpen()) FailErrno();
+
+    const bool existed = !HeldByNobodyElse(descriptor);
+    if (!existed) Mark(descriptor.Get(), freeMark);
+    if (!existed && owned) static_cast<void>(winapi::TryToOwn(descriptor.Get()));
+    Hold(descriptor);
+    return {NameFile(std::move(place), std::move(descriptor)), existed};
+}
+
+NameFile NameFile::Open(std::u16string_view name) {
+    Place place = PlaceOf(name);
+    const LockedFolder folder(place.folder, place.global);
+    Descriptor descriptor(openat(folder.Get(), place.file.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
+    if (!descriptor.IsOpen()) FailErrno();
+    if (HeldByNobodyElse(descriptor)) {
+        unlinkat(folder.Get(), place.file.c_str(), 0);
+        throw Failure{ERROR_FILE_NOT_FOUND};
+    }
+    Hold(descriptor);
+    return {std::move(place), std::move(descriptor)};
+}
+
+NameFile::~NameFile() {
+    if (!descriptor_.IsOpen() || process_ != getpid()) return;
+    try {
+        const LockedFolder folder(place_.folder, place_.global);
+        struct stat own {
+        }, named{};
+        if (HeldByNobodyElse(descriptor_) && fstat(descriptor_.Get(), &own) == 0 &&
+            fstatat(folder.Get(), place_.file.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+            own.st_ino == named.st_ino && own.st_dev == named.st_dev) {
+            unlinkat(folder.Get(), place_.file.c_str(), 0);
+        }
+    } catch (const Failure&) {
+        // The folder can't be looked at any more: the file stays behind, as a dead process leaves it.
+    }
+}
+
+Ownership NameFile::TryToOwn() const {
+    return winapi::TryToOwn(descriptor_.Get());
+}
+
+void NameFile::Disown() const noexcept {
+    Mark(descriptor_.Get(), freeMark);
+    Abandon();
+}
+
+void NameFile::Abandon() const noexcept {
+    static_cast<void>(LockFirstByte(descriptor_.Get(), F_UNLCK));
+}
+
+}  // namespace winapi
