@@ -10,6 +10,7 @@
 #include "winapi/modules.h"
 #include "winapi/mutexes.h"
 #include "winapi/security.h"
+#include "winapi/strings.h"
 #include "winapi/sysinfo.h"
 #include "winapi/temppath.h"
 #include "winapi/tls.h"

@@ -1,0 +1,576 @@
+#include "atlstr.h"
+
+#include "ansitext.h"
+#include "msformat.h"
+
+#include <algorithm>
+#include <climits>
+#include <limits>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+using atlstr::BufferHead;
+
+// The text has to stand directly behind its head, in a buffer of our own as in the empty one.
+static_assert(sizeof(atlstr::EmptyBuffer<char>) <= sizeof(BufferHead) + alignof(BufferHead));
+static_assert(sizeof(atlstr::EmptyBuffer<WCHAR>) <= sizeof(BufferHead) + alignof(BufferHead));
+static_assert(sizeof(CStringA) == sizeof(void*) && sizeof(CStringW) == sizeof(void*));
+
+constexpr int longest_text = std::numeric_limits<int>::max() - 1;
+
+int CheckedLength(std::int64_t length) {
+    if (length > longest_text) throw std::length_error("CStringT: the text is longer than 2^31 - 2 units");
+    return static_cast<int>(length);
+}
+
+bool IsSpace(char unit) noexcept {
+    return unit == ' ' || (unit >= '\t' && unit <= '\r');
+}
+
+bool IsSpace(WCHAR unit) noexcept {
+    if (unit < 0x80) return IsSpace(static_cast<char>(unit));
+    switch (unit) {
+        case 0x0085:
+        case 0x00A0:
+        case 0x1680:
+        case 0x2028:
+        case 0x2029:
+        case 0x202F:
+        case 0x205F:
+        case 0x3000:
+            return true;
+        default:
+            return unit >= 0x2000 && unit <= 0x200A;
+    }
+}
+
+template <typename Unit>
+bool IsOneOf(Unit unit, const Unit* set) noexcept {
+    for (; set != nullptr && *set != 0; ++set) {
+        if (*set == unit) return true;
+    }
+    return false;
+}
+
+enum class LetterCase { upper, lower };
+
+void MapCase(WCHAR* text, std::size_t length, LetterCase to) noexcept {
+    const auto count = static_cast<DWORD>(length);
+    if (to == LetterCase::upper) {
+        CharUpperBuffW(text, count);
+    } else {
+        CharLowerBuffW(text, count);
+    }
+}
+
+template <typename Unit>
+bool IsAscii(Unit unit) noexcept {
+    return ansitext::IsAscii(&unit, 1);
+}
+
+template <typename Unit>
+Unit MapAsciiCase(Unit unit, LetterCase to) noexcept {
+    const char first = to == LetterCase::upper ? 'a' : 'A';
+    return unit >= first && unit <= first + 25 ? static_cast<Unit>(unit ^ 0x20) : unit;
+}
+
+// Maps one character that isn't ASCII, by way of its wide form. It stays where the way back is lost.
+void MapCharacterCase(char* text, std::size_t length, LetterCase to) noexcept {
+    WCHAR wide[2];
+    const std::size_t units = ansitext::Convert(text, length, wide, std::size(wide));
+    if (units == 0) return;
+    MapCase(wide, units, to);
+    char mapped[4];
+    WCHAR again[2];
+    const std::size_t bytes = ansitext::Convert(wide, units, mapped, std::size(mapped));
+    if (bytes != length || ansitext::Convert(mapped, bytes, again, std::size(again)) != units) return;
+    if (std::equal(wide, wide + units, again)) std::copy_n(mapped, length, text);
+}
+
+void MapCase(char* text, std::size_t length, LetterCase to) noexcept {
+    for (std::size_t i = 0; i < length;) {
+        const std::size_t size = ansitext::CharacterLength(text + i);
+        if (IsAscii(text[i])) {
+            text[i] = MapAsciiCase(text[i], to);
+        } else {
+            MapCharacterCase(text + i, size, to);
+        }
+        i += size;
+    }
+}
+
+}  // namespace
+
+template <typename Unit>
+CStringT<Unit>::CStringT(PCXSTR text) : CStringT(text, StringLength(text)) {}
+
+template <typename Unit>
+CStringT<Unit>::CStringT(PCYSTR text) : CStringT(text, CStringT<YCHAR>::StringLength(text)) {}
+
+template <typename Unit>
+CStringT<Unit>::CStringT(PCXSTR text, int length) : CStringT() {
+    Append(text, length);
+}
+
+template <typename Unit>
+CStringT<Unit>::CStringT(PCYSTR text, int length) : CStringT() {
+    AppendConverted(text, length);
+}
+
+template <typename Unit>
+CStringT<Unit>::CStringT(XCHAR unit, int count) : CStringT() {
+    if (count <= 0) return;
+    std::fill_n(PrepareWrite(count), count, unit);
+    SetLength(count);
+}
+
+template <typename Unit>
+CStringT<Unit>::CStringT(YCHAR unit, int count) : CStringT() {
+    const CStringT one(&unit, 1);
+    if (count <= 0) return;
+    Preallocate(CheckedLength(std::int64_t{one.GetLength()} * count));
+    for (int i = 0; i < count; ++i) Append(one.text_, one.GetLength());
+}
+
+template <typename Unit>
+int CStringT<Unit>::StringLength(PCXSTR text) {
+    if (text == nullptr) return 0;
+    return CheckedLength(static_cast<std::int64_t>(std::char_traits<XCHAR>::length(text)));
+}
+
+template <typename Unit>
+void CStringT<Unit>::Free(BufferHead* head) noexcept {
+    head->~BufferHead();
+    ::operator delete(head);
+}
+
+template <typename Unit>
+CStringT<Unit> CStringT<Unit>::WithCapacity(int capacity) {
+    const std::uint64_t units = static_cast<std::uint64_t>(capacity) + 1;
+    const std::uint64_t bytes = sizeof(BufferHead) + units * sizeof(XCHAR);
+    if (bytes > static_cast<std::uint64_t>(std::numeric_limits<std::ptrdiff_t>::max()))
+        throw std::bad_alloc();
+    auto* head = new (::operator new(static_cast<std::size_t>(bytes))) BufferHead{1, 0, capacity};
+    CStringT made;
+    made.text_ = reinterpret_cast<PXSTR>(head + 1);
+    made.text_[0] = 0;
+    return made;
+}
+
+template <typename Unit>
+void CStringT<Unit>::SetLength(int length) noexcept {
+    Head().length = length;
+    text_[length] = 0;
+}
+
+template <typename Unit>
+typename CStringT<Unit>::PXSTR CStringT<Unit>::PrepareWrite(int capacity) {
+    if (IsShared() || capacity > GetAllocLength()) {
+        CStringT own = WithCapacity(std::max(capacity, GetLength()));
+        std::copy_n(text_, GetLength(), own.text_);
+        own.SetLength(GetLength());
+        Swap(own);
+    }
+    return text_;
+}
+
+// The capacity for a text of `length` units that was appended to: ahead of need if it had a buffer of its
+// own.
+template <typename Unit>
+int CStringT<Unit>::GrownCapacity(int length) const noexcept {
+    if (IsShared()) return length;
+    return static_cast<int>(
+        std::clamp<std::int64_t>(std::int64_t{GetAllocLength()} * 3 / 2, length, longest_text));
+}
+
+// Makes room for `count` more units and gives the place behind the text.
+template <typename Unit>
+typename CStringT<Unit>::PXSTR CStringT<Unit>::PrepareAppend(std::size_t count) {
+    const int length = CheckedLength(GetLength() + static_cast<std::int64_t>(count));
+    PrepareWrite(length <= GetAllocLength() ? length : GrownCapacity(length));
+    return text_ + GetLength();
+}
+
+// Puts `count` units in the place of the `removed` ones at `index`. `inserted` may point into this string.
+template <typename Unit>
+void CStringT<Unit>::Splice(int index, int removed, PCXSTR inserted, int count) {
+    const int old_length = GetLength();
+    const int tail = old_length - index - removed;
+    const int length = CheckedLength(std::int64_t{old_length} - removed + count);
+    // An inner text has to be read before the tail moves; without a tail one move does.
+    const bool inner =
+        std::less_equal<>{}(text_, inserted) && std::less_equal<>{}(inserted, text_ + old_length);
+    using Traits = std::char_traits<XCHAR>;
+    const auto size = [](int units) { return static_cast<std::size_t>(units); };
+    if (!IsShared() && length <= GetAllocLength() && (tail == 0 || count == 0 || !inner)) {
+        Traits::move(text_ + index + count, text_ + index + removed, size(tail));
+        if (count > 0) Traits::move(text_ + index, inserted, size(count));
+        SetLength(length);
+        return;
+    }
+    CStringT changed = WithCapacity(removed == 0 ? GrownCapacity(length) : length);
+    Traits::copy(changed.text_, text_, size(index));
+    if (count > 0) Traits::copy(changed.text_ + index, inserted, size(count));
+    Traits::copy(changed.text_ + index + count, text_ + index + removed, size(tail));
+    changed.SetLength(length);
+    Swap(changed);
+}
+
+// A byte of ANSI text gives one unit at most. A unit gives two bytes at most in a double-byte page; only
+// UTF-8 as the ANSI code page can ask for more, and is measured then.
+template <typename Unit>
+void CStringT<Unit>::AppendConverted(PCYSTR text, int length) {
+    if (text == nullptr || length <= 0) return;
+    const auto size = static_cast<std::size_t>(length);
+    constexpr std::size_t most = std::is_same_v<XCHAR, char> ? 2 : 1;
+    std::size_t room = ansitext::IsAscii(text, size) ? size : most * size;
+    std::size_t converted = ansitext::Convert(text, size, PrepareAppend(room), room);
+    if (converted == 0) {
+        room = ansitext::ConvertedLength(text, size);
+        converted = ansitext::Convert(text, size, PrepareAppend(room), room);
+    }
+    SetLength(GetLength() + static_cast<int>(converted));
+}
+
+template <typename Unit>
+CStringT<Unit> CStringT<Unit>::Joined(PCXSTR left, int length, const CStringT& right) {
+    CStringT joined;
+    joined.Preallocate(CheckedLength(std::int64_t{length} + right.GetLength()));
+    joined.Append(left, length);
+    joined.Append(right.text_, right.GetLength());
+    return joined;
+}
+
+template <typename Unit>
+void CStringT<Unit>::SetAt(int index, XCHAR unit) {
+    if (index < 0 || index >= GetLength()) {
+        throw std::out_of_range("CStringT::SetAt: index " + std::to_string(index) + " in a text of " +
+                                std::to_string(GetLength()) + " units");
+    }
+    PrepareWrite(GetLength())[index] = unit;
+}
+
+template <typename Unit>
+void CStringT<Unit>::SetString(PCXSTR text, int length) {
+    if (text == nullptr || length <= 0) return Empty();
+    Splice(0, GetLength(), text, length);
+}
+
+template <typename Unit>
+void CStringT<Unit>::Append(PCXSTR text, int length) {
+    if (text != nullptr && length > 0) Splice(GetLength(), 0, text, length);
+}
+
+template <typename Unit>
+void CStringT<Unit>::Preallocate(int length) {
+    if (length > 0) PrepareWrite(CheckedLength(length));
+}
+
+template <typename Unit>
+void CStringT<Unit>::Truncate(int length) {
+    if (length >= GetLength()) return;
+    if (length <= 0 || IsShared()) {
+        *this = Left(length);
+    } else {
+        SetLength(length);
+    }
+}
+
+template <typename Unit>
+CStringT<Unit>& CStringT<Unit>::operator+=(const CStringT& other) {
+    if (text_ == Nil()) return *this = other;
+    Append(other.text_, other.GetLength());
+    return *this;
+}
+
+template <typename Unit>
+CStringT<Unit>& CStringT<Unit>::operator+=(PCYSTR text) {
+    AppendConverted(text, CStringT<YCHAR>::StringLength(text));
+    return *this;
+}
+
+template <typename Unit>
+CStringT<Unit>& CStringT<Unit>::operator+=(YCHAR unit) {
+    AppendConverted(&unit, 1);
+    return *this;
+}
+
+template <typename Unit>
+CStringT<Unit> CStringT<Unit>::Left(int count) const {
+    return Mid(0, count);
+}
+
+template <typename Unit>
+CStringT<Unit> CStringT<Unit>::Right(int count) const {
+    return Mid(GetLength() - std::clamp(count, 0, GetLength()));
+}
+
+template <typename Unit>
+CStringT<Unit> CStringT<Unit>::Mid(int first) const {
+    return Mid(first, GetLength());
+}
+
+template <typename Unit>
+CStringT<Unit> CStringT<Unit>::Mid(int first, int count) const {
+    const int begin = std::clamp(first, 0, GetLength());
+    const int taken = std::min(count, GetLength() - begin);
+    return taken == GetLength() ? *this : CStringT(text_ + begin, taken);
+}
+
+template <typename Unit>
+int CStringT<Unit>::FindFrom(View text, int start) const noexcept {
+    if (start < 0) return -1;
+    auto found = Text().find(text, static_cast<std::size_t>(start));
+    while (found != View::npos && !ansitext::StartsCharacter(text_, found))
+        found = Text().find(text, found + 1);
+    return found == View::npos ? -1 : static_cast<int>(found);
+}
+
+template <typename Unit>
+int CStringT<Unit>::Find(PCXSTR text, int start) const noexcept {
+    return text == nullptr ? -1 : FindFrom(View(text), start);
+}
+
+template <typename Unit>
+int CStringT<Unit>::Find(XCHAR unit, int start) const noexcept {
+    return FindFrom(View(&unit, 1), start);
+}
+
+template <typename Unit>
+int CStringT<Unit>::ReverseFind(XCHAR unit) const noexcept {
+    auto found = Text().rfind(unit);
+    while (found != View::npos && !ansitext::StartsCharacter(text_, found))
+        found = Text().substr(0, found).rfind(unit);
+    return found == View::npos ? -1 : static_cast<int>(found);
+}
+
+template <typename Unit>
+CStringT<Unit> CStringT<Unit>::Tokenize(PCXSTR delimiters, int& position) const {
+    const int length = GetLength();
+    const auto delimits = [&](int index) {
+        return IsOneOf(text_[index], delimiters) &&
+               ansitext::StartsCharacter(text_, static_cast<std::size_t>(index));
+    };
+    int first = position < 0 ? length : position;
+    while (first < length && delimits(first)) ++first;
+    if (first >= length) {
+        position = -1;
+        return CStringT();
+    }
+    int last = first;
+    while (last < length && !delimits(last)) ++last;
+    position = last + 1;
+    return Mid(first, last - first);
+}
+
+template <typename Unit>
+template <typename Predicate>
+CStringT<Unit>& CStringT<Unit>::TrimLeftIf(Predicate is_trimmed) {
+    int count = 0;
+    while (count < GetLength() && is_trimmed(text_[count])) ++count;
+    Delete(0, count);
+    return *this;
+}
+
+template <typename Unit>
+template <typename Predicate>
+CStringT<Unit>& CStringT<Unit>::TrimRightIf(Predicate is_trimmed) {
+    int length = GetLength();
+    while (length > 0 && is_trimmed(text_[length - 1]) &&
+           ansitext::StartsCharacter(text_, static_cast<std::size_t>(length) - 1)) {
+        --length;
+    }
+    Truncate(length);
+    return *this;
+}
+
+template <typename Unit>
+CStringT<Unit>& CStringT<Unit>::TrimLeft() {
+    return TrimLeftIf([](XCHAR unit) { return IsSpace(unit); });
+}
+
+template <typename Unit>
+CStringT<Unit>& CStringT<Unit>::TrimRight() {
+    return TrimRightIf([](XCHAR unit) { return IsSpace(unit); });
+}
+
+template <typename Unit>
+CStringT<Unit>& CStringT<Unit>::TrimLeft(PCXSTR units) {
+    return TrimLeftIf([units](XCHAR unit) { return IsOneOf(unit, units); });
+}
+
+template <typename Unit>
+CStringT<Unit>& CStringT<Unit>::TrimRight(PCXSTR units) {
+    return TrimRightIf([units](XCHAR unit) { return IsOneOf(unit, units); });
+}
+
+template <typename Unit>
+CStringT<Unit>& CStringT<Unit>::TrimLeft(XCHAR trimmed) {
+    return TrimLeftIf([trimmed](XCHAR unit) { return unit == trimmed; });
+}
+
+template <typename Unit>
+CStringT<Unit>& CStringT<Unit>::TrimRight(XCHAR trimmed) {
+    return TrimRightIf([trimmed](XCHAR unit) { return unit == trimmed; });
+}
+
+template <typename Unit>
+CStringT<Unit>& CStringT<Unit>::MakeUpper() {
+    if (!IsEmpty()) MapCase(PrepareWrite(GetLength()), Text().size(), LetterCase::upper);
+    return *this;
+}
+
+template <typename Unit>
+CStringT<Unit>& CStringT<Unit>::MakeLower() {
+    if (!IsEmpty()) MapCase(PrepareWrite(GetLength()), Text().size(), LetterCase::lower);
+    return *this;
+}
+
+// Always into a new buffer, at its exact size: either text may point into this string.
+template <typename Unit>
+int CStringT<Unit>::ReplaceAll(View from, View to) {
+    if (from.empty()) return 0;
+    const auto step = static_cast<int>(from.size());
+    std::int64_t count = 0;
+    for (int at = FindFrom(from, 0); at >= 0; at = FindFrom(from, at + step)) ++count;
+    if (count == 0) return 0;
+
+    const auto growth = static_cast<std::int64_t>(to.size()) - static_cast<std::int64_t>(from.size());
+    const int length = CheckedLength(GetLength() + count * growth);
+    CStringT changed = WithCapacity(length);
+    PXSTR end = changed.text_;
+    int begin = 0;
+    for (int at = FindFrom(from, 0); at >= 0; at = FindFrom(from, begin)) {
+        end = std::copy(text_ + begin, text_ + at, end);
+        end = std::copy(to.begin(), to.end(), end);
+        begin = at + step;
+    }
+    std::copy(text_ + begin, text_ + GetLength(), end);
+    changed.SetLength(length);
+    Swap(changed);
+    return static_cast<int>(count);
+}
+
+template <typename Unit>
+int CStringT<Unit>::Replace(PCXSTR from, PCXSTR to) {
+    return from == nullptr ? 0 : ReplaceAll(View(from), to == nullptr ? View() : View(to));
+}
+
+template <typename Unit>
+int CStringT<Unit>::Replace(XCHAR from, XCHAR to) {
+    return from == to ? 0 : ReplaceAll(View(&from, 1), View(&to, 1));
+}
+
+template <typename Unit>
+int CStringT<Unit>::Remove(XCHAR unit) {
+    return ReplaceAll(View(&unit, 1), View());
+}
+
+template <typename Unit>
+int CStringT<Unit>::Delete(int index, int count) {
+    const int begin = std::clamp(index, 0, GetLength());
+    const int removed = std::clamp(count, 0, GetLength() - begin);
+    if (removed > 0) Splice(begin, removed, nullptr, 0);
+    return GetLength();
+}
+
+template <typename Unit>
+int CStringT<Unit>::Insert(int index, PCXSTR text) {
+    const int length = StringLength(text);
+    if (length > 0) Splice(std::clamp(index, 0, GetLength()), 0, text, length);
+    return GetLength();
+}
+
+template <typename Unit>
+int CStringT<Unit>::Insert(int index, XCHAR unit) {
+    Splice(std::clamp(index, 0, GetLength()), 0, &unit, 1);
+    return GetLength();
+}
+
+template <typename Unit>
+int CStringT<Unit>::Compare(PCXSTR text) const noexcept {
+    return View(text_).compare(View(text == nullptr ? Nil() : text));
+}
+
+template <typename Unit>
+int CStringT<Unit>::CompareNoCase(PCXSTR text) const {
+    PCXSTR left = text_;
+    PCXSTR right = text == nullptr ? Nil() : text;
+    for (; IsAscii(*left) && IsAscii(*right); ++left, ++right) {
+        const int difference =
+            MapAsciiCase(*left, LetterCase::lower) - MapAsciiCase(*right, LetterCase::lower);
+        if (difference != 0 || *left == 0) return difference;
+    }
+    return CStringT(left).MakeLower().Compare(CStringT(right).MakeLower());
+}
+
+template <typename Unit>
+void CStringT<Unit>::Format(PCXSTR format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    FormatV(format, arguments);
+    va_end(arguments);
+}
+
+template <typename Unit>
+void CStringT<Unit>::FormatV(PCXSTR format, va_list arguments) {
+    CStringT formatted;
+    formatted.AppendFormatV(format, arguments);
+    Swap(formatted);
+}
+
+template <typename Unit>
+void CStringT<Unit>::AppendFormat(PCXSTR format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    AppendFormatV(format, arguments);
+    va_end(arguments);
+}
+
+template <typename Unit>
+void CStringT<Unit>::AppendFormatV(PCXSTR format, va_list arguments) {
+    if (format == nullptr) return;
+    // Most texts are short: they are formatted once. Only a longer one is formatted again, at its size.
+    XCHAR local[256];
+    const std::size_t length = msformat::Fill(local, std::size(local), format, arguments);
+    const int units = CheckedLength(static_cast<std::int64_t>(std::min<std::size_t>(length, INT_MAX)));
+    if (length <= std::size(local)) return Append(local, units);
+    CStringT formatted = WithCapacity(units);
+    msformat::Fill(formatted.text_, length, format, arguments);
+    formatted.SetLength(units);
+    *this += formatted;
+}
+
+template <typename Unit>
+typename CStringT<Unit>::PXSTR CStringT<Unit>::GetBuffer(int length) {
+    return PrepareWrite(std::max(length, GetLength()));
+}
+
+template <typename Unit>
+typename CStringT<Unit>::PXSTR CStringT<Unit>::GetBufferSetLength(int length) {
+    PXSTR buffer = GetBuffer(length);
+    SetLength(std::max(length, 0));
+    return buffer;
+}
+
+template <typename Unit>
+void CStringT<Unit>::ReleaseBuffer(int length) {
+    const auto capacity = static_cast<std::size_t>(GetAllocLength());
+    if (length < 0) {
+        PCXSTR zero = std::char_traits<XCHAR>::find(text_, capacity, XCHAR{0});
+        length = zero == nullptr ? GetAllocLength() : static_cast<int>(zero - text_);
+    }
+    length = std::min(length, GetAllocLength());
+    if (text_ == Nil()) return;
+    if (IsShared()) {
+        *this = CStringT(text_, length);
+    } else {
+        SetLength(length);
+    }
+}
+
+template class CStringT<char>;
+template class CStringT<WCHAR>;

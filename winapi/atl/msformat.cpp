@@ -1,0 +1,595 @@
+#include "msformat.h"
+
+#include "ansitext.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+namespace {
+
+template <typename Unit>
+using OtherWidth = std::conditional_t<std::is_same_v<Unit, char>, WCHAR, char>;
+
+// A va_list that can be passed on by reference: on some systems it is an array, on others it isn't.
+class Arguments {
+  public:
+    explicit Arguments(va_list list) { va_copy(list_, list); }
+    ~Arguments() { va_end(list_); }
+    Arguments(const Arguments&) = delete;
+    Arguments& operator=(const Arguments&) = delete;
+
+    template <typename Type>
+    Type Next() {
+        return va_arg(list_, Type);
+    }
+
+  private:
+    va_list list_;
+};
+
+// Units are written as long as they fit; the first piece that doesn't is the last one looked at, the rest is
+// counted. So measuring costs no more than the lengths.
+template <typename Unit>
+class Output {
+  public:
+    Output(Unit* target, std::size_t capacity) noexcept : next_(target), room_(capacity) {}
+
+    void Append(const Unit* text, std::size_t length) noexcept {
+        if (Unit* place = Take(length)) std::char_traits<Unit>::copy(place, text, length);
+    }
+    void AppendAscii(std::string_view text) noexcept {
+        if (Unit* place = Take(text.size())) {
+            std::transform(text.begin(), text.end(), place,
+                           [](char each) { return static_cast<Unit>(each); });
+        }
+    }
+    void AppendConverted(const OtherWidth<Unit>* text, std::size_t length, std::size_t converted) noexcept {
+        if (Unit* place = Take(converted)) ansitext::Convert(text, length, place, converted);
+    }
+    void Repeat(char unit, std::size_t count) noexcept {
+        if (Unit* place = Take(count)) std::fill_n(place, count, static_cast<Unit>(unit));
+    }
+    [[nodiscard]] std::size_t Length() const noexcept {
+        return static_cast<std::size_t>(std::min<std::uint64_t>(length_, SIZE_MAX));
+    }
+
+  private:
+    Unit* Take(std::size_t count) noexcept {
+        length_ += count;
+        if (count == 0) return nullptr;
+        if (count > room_) {
+            room_ = 0;
+            return nullptr;
+        }
+        room_ -= count;
+        return std::exchange(next_, next_ + count);
+    }
+
+    Unit* next_;
+    std::size_t room_;
+    std::uint64_t length_ = 0;
+};
+
+enum class Size { none, hh, h, l, w, bits32, bits64, pointer, long_double };
+
+constexpr std::size_t no_precision = SIZE_MAX;
+
+template <typename Unit>
+struct Specification {
+    bool left = false;
+    bool plus = false;
+    bool blank = false;
+    bool alternate = false;
+    bool zeros = false;
+    std::size_t width = 0;
+    std::size_t precision = no_precision;
+    Size size = Size::none;
+    Unit conversion = 0;  // 0 if the format ends before it
+};
+
+template <typename Unit>
+const Unit* ParseFlags(const Unit* at, Specification<Unit>& specification) noexcept {
+    for (;; ++at) {
+        switch (*at) {
+            case '-':
+                specification.left = true;
+                break;
+            case '+':
+                specification.plus = true;
+                break;
+            case ' ':
+                specification.blank = true;
+                break;
+            case '#':
+                specification.alternate = true;
+                break;
+            case '0':
+                specification.zeros = true;
+                break;
+            default:
+                return at;
+        }
+    }
+}
+
+template <typename Unit>
+const Unit* ParseNumber(const Unit* at, std::size_t& number) noexcept {
+    constexpr std::size_t most = std::numeric_limits<int>::max();
+    for (number = 0; *at >= '0' && *at <= '9'; ++at) {
+        const std::uint64_t longer = std::uint64_t{number} * 10 + static_cast<std::uint64_t>(*at - '0');
+        number = static_cast<std::size_t>(std::min<std::uint64_t>(longer, most));
+    }
+    return at;
+}
+
+template <typename Unit>
+const Unit* ParseWidth(const Unit* at, Specification<Unit>& specification, Arguments& arguments) noexcept {
+    if (*at != '*') return ParseNumber(at, specification.width);
+    const int width = arguments.Next<int>();
+    if (width < 0) specification.left = true;
+    specification.width = static_cast<std::size_t>(std::abs(std::int64_t{width}));
+    return at + 1;
+}
+
+template <typename Unit>
+const Unit* ParsePrecision(const Unit* at, Specification<Unit>& specification,
+                           Arguments& arguments) noexcept {
+    if (*at != '.') return at;
+    ++at;
+    if (*at != '*') return ParseNumber(at, specification.precision);
+    const int precision = arguments.Next<int>();
+    if (precision >= 0) specification.precision = static_cast<std::size_t>(precision);
+    return at + 1;
+}
+
+template <typename Unit>
+const Unit* ParseSize(const Unit* at, Size& size) noexcept {
+    const auto take = [&](Size taken, int units) {
+        size = taken;
+        return at + units;
+    };
+    switch (*at) {
+        case 'h':
+            return at[1] == 'h' ? take(Size::hh, 2) : take(Size::h, 1);
+        case 'l':
+            return at[1] == 'l' ? take(Size::bits64, 2) : take(Size::l, 1);
+        case 'I':
+            if (at[1] == '3' && at[2] == '2') return take(Size::bits32, 3);
+            if (at[1] == '6' && at[2] == '4') return take(Size::bits64, 3);
+            return take(Size::pointer, 1);
+        case 'w':
+            return take(Size::w, 1);
+        case 'j':
+            return take(Size::bits64, 1);
+        case 'z':
+        case 't':
+            return take(Size::pointer, 1);
+        case 'L':
+            return take(Size::long_double, 1);
+        default:
+            return at;
+    }
+}
+
+// Reads what follows a percent sign and gives the place behind it.
+template <typename Unit>
+const Unit* Parse(const Unit* at, Specification<Unit>& specification, Arguments& arguments) noexcept {
+    at = ParseFlags(at, specification);
+    at = ParseWidth(at, specification, arguments);
+    at = ParsePrecision(at, specification, arguments);
+    at = ParseSize(at, specification.size);
+    specification.conversion = *at;
+    return *at == 0 ? at : at + 1;
+}
+
+std::int64_t NextSigned(Size size, Arguments& arguments) {
+    switch (size) {
+        case Size::hh:
+            return static_cast<signed char>(arguments.Next<int>());
+        case Size::h:
+            return static_cast<short>(arguments.Next<int>());
+        case Size::bits64:
+            return arguments.Next<std::int64_t>();
+        case Size::pointer:
+            return arguments.Next<std::intptr_t>();
+        default:
+            return arguments.Next<int>();
+    }
+}
+
+std::uint64_t NextUnsigned(Size size, Arguments& arguments) {
+    switch (size) {
+        case Size::hh:
+            return static_cast<unsigned char>(arguments.Next<int>());
+        case Size::h:
+            return static_cast<unsigned short>(arguments.Next<int>());
+        case Size::bits64:
+            return arguments.Next<std::uint64_t>();
+        case Size::pointer:
+            return arguments.Next<std::uintptr_t>();
+        default:
+            return arguments.Next<unsigned>();
+    }
+}
+
+// A number's text in the order in which it is written.
+struct NumberText {
+    std::string_view prefix{};      // sign and base
+    std::size_t leading_zeros = 0;  // that the precision asks for
+    std::string_view digits{};
+    std::size_t inner_zeros = 0;  // digits that are known to be zeros
+    std::string_view exponent{};
+    bool may_pad_with_zeros = true;
+};
+
+template <typename Unit>
+void WriteNumber(Output<Unit>& output, const Specification<Unit>& specification,
+                 const NumberText& text) noexcept {
+    const std::uint64_t length = std::uint64_t{text.prefix.size()} + text.leading_zeros + text.digits.size() +
+                                 text.inner_zeros + text.exponent.size();
+    const std::size_t padding =
+        specification.width > length ? specification.width - static_cast<std::size_t>(length) : 0;
+    const bool with_zeros = specification.zeros && text.may_pad_with_zeros;
+    if (!specification.left && !with_zeros) output.Repeat(' ', padding);
+    output.AppendAscii(text.prefix);
+    if (!specification.left && with_zeros) output.Repeat('0', padding);
+    output.Repeat('0', text.leading_zeros);
+    output.AppendAscii(text.digits);
+    output.Repeat('0', text.inner_zeros);
+    output.AppendAscii(text.exponent);
+    if (specification.left) output.Repeat(' ', padding);
+}
+
+template <typename Unit>
+std::string_view SignOf(bool negative, const Specification<Unit>& specification) noexcept {
+    return negative ? "-" : specification.plus ? "+" : specification.blank ? " " : "";
+}
+
+void MakeUpper(char* text, std::size_t length) noexcept {
+    std::transform(text, text + length, text, [](char each) {
+        return each >= 'a' && each <= 'z' ? static_cast<char>(each - 0x20) : each;
+    });
+}
+
+template <typename Unit>
+void WriteInteger(Output<Unit>& output, const Specification<Unit>& specification, std::uint64_t magnitude,
+                  std::string_view sign) noexcept {
+    const bool hexadecimal = specification.conversion == 'x' || specification.conversion == 'X';
+    const bool octal = specification.conversion == 'o';
+    std::array<char, 24> buffer;
+    const char* end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), magnitude,
+                                    hexadecimal ? 16
+                                    : octal     ? 8
+                                                : 10)
+                          .ptr;
+    auto length = static_cast<std::size_t>(end - buffer.data());
+    if (specification.conversion == 'X') MakeUpper(buffer.data(), length);
+    if (specification.precision == 0 && magnitude == 0) length = 0;
+
+    NumberText text{.prefix = sign, .digits = {buffer.data(), length}};
+    if (specification.precision != no_precision) {
+        text.may_pad_with_zeros = false;
+        if (specification.precision > length) text.leading_zeros = specification.precision - length;
+    }
+    if (specification.alternate && hexadecimal && magnitude != 0) {
+        text.prefix = specification.conversion == 'x' ? "0x" : "0X";
+    }
+    if (specification.alternate && octal && text.leading_zeros == 0 && !text.digits.starts_with('0')) {
+        text.leading_zeros = 1;
+    }
+    WriteNumber(output, specification, text);
+}
+
+template <typename Unit>
+void WriteSigned(Output<Unit>& output, const Specification<Unit>& specification,
+                 std::int64_t value) noexcept {
+    const bool negative = value < 0;
+    const auto bits = static_cast<std::uint64_t>(value);
+    WriteInteger(output, specification, negative ? 0 - bits : bits, SignOf(negative, specification));
+}
+
+template <typename Unit>
+void WritePointer(Output<Unit>& output, Specification<Unit> specification, const void* value) noexcept {
+    specification.conversion = 'X';
+    specification.precision = 2 * sizeof(void*);
+    WriteInteger(output, specification, reinterpret_cast<std::uintptr_t>(value), "");
+}
+
+// The digits of one finite double, at least 0. What lies beyond its last digit that can differ from zero is
+// only counted.
+class DoubleDigits {
+  public:
+    DoubleDigits(double value, std::size_t precision, char conversion, bool alternate) noexcept {
+        switch (conversion) {
+            case 'a':
+                SplitAt('p', Write(value, std::chars_format::hex, precision, 13), precision, alternate);
+                break;
+            case 'e':
+                SplitAt('e', Write(value, std::chars_format::scientific, precision, 766), precision,
+                        alternate);
+                break;
+            case 'f':
+                SplitAt('.', Write(value, std::chars_format::fixed, precision, 1074), precision, alternate);
+                break;
+            default:
+                General(value, std::max<std::size_t>(precision, 1), alternate);
+        }
+    }
+    void MakeUpper() noexcept { ::MakeUpper(buffer_.data(), buffer_.size()); }
+
+    void PutInto(NumberText& text) const noexcept {
+        text.digits = {buffer_.data(), digits_};
+        text.inner_zeros = zeros_;
+        text.exponent = {buffer_.data() + digits_, length_ - digits_};
+    }
+
+  private:
+    static constexpr std::size_t most_whole_digits = 309;
+    static constexpr std::size_t most_fraction_digits = 1074;
+
+    // Gives the digits behind the point that were written.
+    std::size_t Write(double value, std::chars_format format, std::size_t precision,
+                      std::size_t most) noexcept {
+        const std::size_t written = std::min(precision, most);
+        char* const begin = buffer_.data();
+        const char* end =
+            std::to_chars(begin, begin + buffer_.size() - 1, value, format, static_cast<int>(written)).ptr;
+        length_ = static_cast<std::size_t>(end - begin);
+        return written;
+    }
+
+    void SplitAt(char exponent, std::size_t written, std::size_t precision, bool alternate) noexcept {
+        const std::string_view text(buffer_.data(), length_);
+        digits_ = exponent == '.' ? length_ : std::min(text.find(exponent), length_);
+        zeros_ = precision - written;
+        if (alternate && precision == 0) {
+            std::memmove(buffer_.data() + digits_ + 1, buffer_.data() + digits_, length_ - digits_);
+            buffer_[digits_++] = '.';
+            ++length_;
+        }
+    }
+
+    // `significant` digits in all: in the form f for exponents from -4 to below that count, else in e.
+    void General(double value, std::size_t significant, bool alternate) noexcept {
+        if (!alternate) {
+            Write(value, std::chars_format::general, significant, most_whole_digits + most_fraction_digits);
+            digits_ = length_;
+            return;
+        }
+        const std::size_t written = Write(value, std::chars_format::scientific, significant - 1, 766);
+        SplitAt('e', written, significant - 1, true);
+        const char* const end = buffer_.data() + length_;
+        int exponent = 0;
+        std::from_chars(buffer_.data() + digits_ + (buffer_[digits_ + 1] == '+' ? 2 : 1), end, exponent);
+        if (exponent < -4 || exponent >= static_cast<std::int64_t>(significant)) return;
+        const auto fraction = static_cast<std::size_t>(static_cast<std::int64_t>(significant) - 1 - exponent);
+        SplitAt('.', Write(value, std::chars_format::fixed, fraction, most_fraction_digits), fraction, true);
+    }
+
+    std::array<char, most_whole_digits + 1 + most_fraction_digits + 16> buffer_;
+    std::size_t length_ = 0;
+    std::size_t digits_ = 0;
+    std::size_t zeros_ = 0;
+};
+
+// As Microsoft's runtime names them: the quiet NaN that invalid operations give is the indeterminate one.
+std::string_view NameOfSpecial(double value) noexcept {
+    if (std::isinf(value)) return "inf";
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    constexpr std::uint64_t quiet = std::uint64_t{1} << 51;
+    if ((bits & quiet) == 0) return "nan(snan)";
+    return bits == 0xFFF8'0000'0000'0000 ? "nan(ind)" : "nan";
+}
+
+template <typename Unit>
+void WriteSpecial(Output<Unit>& output, const Specification<Unit>& specification, double value,
+                  bool upper) noexcept {
+    const std::string_view name = NameOfSpecial(value);
+    std::array<char, 16> buffer;
+    std::copy(name.begin(), name.end(), buffer.begin());
+    if (upper) MakeUpper(buffer.data(), name.size());
+    WriteNumber(output, specification,
+                NumberText{.prefix = SignOf(std::signbit(value), specification),
+                           .digits = {buffer.data(), name.size()},
+                           .may_pad_with_zeros = false});
+}
+
+template <typename Unit>
+void WriteDouble(Output<Unit>& output, const Specification<Unit>& specification, double value) noexcept {
+    const bool upper = specification.conversion < 'a';
+    if (!std::isfinite(value)) return WriteSpecial(output, specification, value, upper);
+
+    const auto conversion = static_cast<char>(specification.conversion | 0x20);
+    const std::size_t default_precision = conversion == 'a' ? 13 : 6;
+    const std::size_t precision =
+        specification.precision == no_precision ? default_precision : specification.precision;
+    const bool negative = std::signbit(value);
+    DoubleDigits digits(std::fabs(value), precision, conversion, specification.alternate);
+    if (upper) digits.MakeUpper();
+
+    std::array<char, 3> prefix;
+    const std::string_view sign = SignOf(negative, specification);
+    char* end = std::copy(sign.begin(), sign.end(), prefix.data());
+    if (conversion == 'a') {
+        *end++ = '0';
+        *end++ = upper ? 'X' : 'x';
+    }
+    NumberText text{.prefix = {prefix.data(), static_cast<std::size_t>(end - prefix.data())}};
+    digits.PutInto(text);
+    WriteNumber(output, specification, text);
+}
+
+// A piece of the source, and what it comes to in the output's own units.
+struct Extent {
+    std::size_t length;
+    std::size_t converted;
+};
+
+template <typename Unit>
+Extent ExtentOf(const Unit* text, std::size_t precision, const Unit*) noexcept {
+    std::size_t length = 0;
+    if (precision == no_precision) {
+        length = std::char_traits<Unit>::length(text);
+    } else {
+        while (length < precision && text[length] != 0) ++length;
+    }
+    return {length, length};
+}
+
+template <typename Unit>
+Extent ExtentOf(const OtherWidth<Unit>* text, std::size_t precision, const Unit*) noexcept {
+    if (precision == no_precision) {
+        const std::size_t length = std::char_traits<OtherWidth<Unit>>::length(text);
+        return {length, ansitext::ConvertedLength(text, length)};
+    }
+    Extent extent{0, 0};
+    while (extent.converted < precision && text[extent.length] != 0) {
+        const OtherWidth<Unit>* const character = text + extent.length;
+        const std::size_t length = ansitext::CharacterLength(character);
+        const std::size_t converted = ansitext::ConvertedLength(character, length);
+        if (extent.converted + converted > precision) break;
+        extent.length += length;
+        extent.converted += converted;
+    }
+    return extent;
+}
+
+template <typename Unit>
+void AppendText(Output<Unit>& output, const Unit* text, const Extent& extent) noexcept {
+    output.Append(text, extent.length);
+}
+
+template <typename Unit>
+void AppendText(Output<Unit>& output, const OtherWidth<Unit>* text, const Extent& extent) noexcept {
+    output.AppendConverted(text, extent.length, extent.converted);
+}
+
+template <typename Unit, typename Source>
+void WritePadded(Output<Unit>& output, const Specification<Unit>& specification, const Source* text,
+                 const Extent& extent) noexcept {
+    const std::size_t padding =
+        specification.width > extent.converted ? specification.width - extent.converted : 0;
+    if (!specification.left) output.Repeat(specification.zeros ? '0' : ' ', padding);
+    AppendText(output, text, extent);
+    if (specification.left) output.Repeat(' ', padding);
+}
+
+template <typename Source, typename Unit>
+void WriteText(Output<Unit>& output, const Specification<Unit>& specification,
+               Arguments& arguments) noexcept {
+    static constexpr Source null_text[] = {'(', 'n', 'u', 'l', 'l', ')', 0};
+    const auto* given = arguments.Next<const Source*>();
+    const Source* const text = given == nullptr ? null_text : given;
+    WritePadded(output, specification, text,
+                ExtentOf(text, specification.precision, static_cast<const Unit*>(nullptr)));
+}
+
+template <typename Source, typename Unit>
+void WriteCharacter(Output<Unit>& output, const Specification<Unit>& specification,
+                    Arguments& arguments) noexcept {
+    const auto character = static_cast<Source>(arguments.Next<int>());
+    if constexpr (std::is_same_v<Source, Unit>) {
+        WritePadded(output, specification, &character, Extent{1, 1});
+    } else {
+        WritePadded(output, specification, &character, Extent{1, ansitext::ConvertedLength(&character, 1)});
+    }
+}
+
+// Whether the text or character of this specification is wide.
+template <typename Unit>
+bool TakesWide(const Specification<Unit>& specification) noexcept {
+    constexpr bool wide_format = std::is_same_v<Unit, WCHAR>;
+    switch (specification.size) {
+        case Size::hh:
+        case Size::h:
+            return false;
+        case Size::l:
+        case Size::w:
+            return true;
+        default:
+            return (specification.conversion == 's' || specification.conversion == 'c') == wide_format;
+    }
+}
+
+template <typename Unit>
+void Write(Output<Unit>& output, const Specification<Unit>& specification, Arguments& arguments) noexcept {
+    switch (specification.conversion) {
+        case 'd':
+        case 'i':
+            return WriteSigned(output, specification, NextSigned(specification.size, arguments));
+        case 'u':
+        case 'o':
+        case 'x':
+        case 'X':
+            return WriteInteger(output, specification, NextUnsigned(specification.size, arguments), "");
+        case 'a':
+        case 'A':
+        case 'e':
+        case 'E':
+        case 'f':
+        case 'F':
+        case 'g':
+        case 'G':
+            if (specification.size == Size::long_double) {
+                return WriteDouble(output, specification, static_cast<double>(arguments.Next<long double>()));
+            }
+            return WriteDouble(output, specification, arguments.Next<double>());
+        case 's':
+        case 'S':
+            return TakesWide(specification) ? WriteText<WCHAR>(output, specification, arguments)
+                                            : WriteText<char>(output, specification, arguments);
+        case 'c':
+        case 'C':
+            return TakesWide(specification) ? WriteCharacter<WCHAR>(output, specification, arguments)
+                                            : WriteCharacter<char>(output, specification, arguments);
+        case 'p':
+            return WritePointer(output, specification, arguments.Next<const void*>());
+        case 'n':
+            arguments.Next<void*>();
+            return;
+        default:
+            output.Append(&specification.conversion, specification.conversion == 0 ? 0 : 1);
+    }
+}
+
+template <typename Unit>
+std::size_t Run(Unit* target, std::size_t capacity, const Unit* format, va_list list) noexcept {
+    Output<Unit> output(target, capacity);
+    Arguments arguments(list);
+    while (*format != 0) {
+        const Unit* percent = format;
+        while (*percent != 0 && *percent != '%') ++percent;
+        output.Append(format, static_cast<std::size_t>(percent - format));
+        format = percent;
+        if (*percent == '%') {
+            Specification<Unit> specification;
+            format = Parse(percent + 1, specification, arguments);
+            Write(output, specification, arguments);
+        }
+    }
+    return output.Length();
+}
+
+}  // namespace
+
+namespace msformat {
+
+std::size_t Fill(char* target, std::size_t capacity, const char* format, va_list arguments) noexcept {
+    return Run(target, capacity, format, arguments);
+}
+
+std::size_t Fill(WCHAR* target, std::size_t capacity, const WCHAR* format, va_list arguments) noexcept {
+    return Run(target, capacity, format, arguments);
+}
+
+}  // namespace msformat
