@@ -22,14 +22,14 @@ std::string FormatStdString(const char* format, ...);
 StdWString FormatStdWString(const WCHAR* format, ...);
 
 template <typename Type>
-inline constexpr bool is_format_value = std::is_arithmetic_v<Type> || std::is_pointer_v<Type> ||
-                                        std::is_null_pointer_v<Type> ||
-                                        (std::is_enum_v<Type> && std::is_convertible_v<Type, long long>);
+inline constexpr bool isFormatValue = std::is_arithmetic_v<Type> || std::is_pointer_v<Type> ||
+                                      std::is_null_pointer_v<Type> ||
+                                      (std::is_enum_v<Type> && std::is_convertible_v<Type, long long>);
 
 template <typename Type>
 auto FormatArgument(const Type& argument) noexcept {
     using Value = std::decay_t<const Type&>;
-    static_assert(is_format_value<Value>, "only numbers, pointers and strings can be formatted");
+    static_assert(isFormatValue<Value>, "only numbers, pointers and strings can be formatted");
     return static_cast<Value>(argument);
 }
 template <typename Unit>

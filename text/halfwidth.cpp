@@ -11,8 +11,8 @@ using FoldMap = std::array<WCHAR, 0x10000>;
 FoldMap MakeFoldMap() noexcept {
     FoldMap map;
     for (std::size_t unit = 0; unit < map.size(); ++unit) {
-        const bool full_width = unit >= 0xFF01 && unit <= 0xFF5E;
-        map[unit] = static_cast<WCHAR>(full_width ? unit + 0x120 : unit);
+        const bool fullWidth = unit >= 0xFF01 && unit <= 0xFF5E;
+        map[unit] = static_cast<WCHAR>(fullWidth ? unit + 0x120 : unit);
     }
     return map;
 }
@@ -27,10 +27,10 @@ WCHAR HalfWidthFromWide(WCHAR unit) noexcept {
 int HalfWidthFromDbcs(UINT codePage, WORD character) noexcept {
     const auto high = static_cast<BYTE>(character >> 8);
     const auto low = static_cast<BYTE>(character & 0xFF);
-    const bool two_bytes = character >= 0x100;
-    if ((IsDBCSLeadByteEx(codePage, two_bytes ? high : low) != 0) != two_bytes) return -1;
+    const bool twoBytes = character >= 0x100;
+    if ((IsDBCSLeadByteEx(codePage, twoBytes ? high : low) != 0) != twoBytes) return -1;
 
-    const char source[3] = {static_cast<char>(two_bytes ? high : low), static_cast<char>(two_bytes ? low : 0),
+    const char source[3] = {static_cast<char>(twoBytes ? high : low), static_cast<char>(twoBytes ? low : 0),
                             0};
     WCHAR wide[2];
     if (MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, source, -1, wide, 2) == 0) return -1;

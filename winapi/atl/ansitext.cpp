@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr std::size_t longest_source = std::numeric_limits<int>::max();
+constexpr std::size_t longestSource = std::numeric_limits<int>::max();
 
 bool IsLead(char byte) noexcept {
     const auto value = static_cast<unsigned char>(byte);
@@ -21,7 +21,7 @@ std::size_t Utf8CharacterLength(const char* text) noexcept {
 }
 
 int AsSize(std::size_t capacity) noexcept {
-    return static_cast<int>(std::min(capacity, longest_source));
+    return static_cast<int>(std::min(capacity, longestSource));
 }
 
 }  // namespace
@@ -47,20 +47,20 @@ bool StartsCharacter(const char* text, std::size_t index) noexcept {
 }
 
 std::size_t ConvertedLength(const char* text, std::size_t length) noexcept {
-    if (length > longest_source || IsAscii(text, length)) return length;
+    if (length > longestSource || IsAscii(text, length)) return length;
     const auto bytes = static_cast<int>(length);
     return static_cast<std::size_t>(MultiByteToWideChar(CP_ACP, 0, text, bytes, nullptr, 0));
 }
 
 std::size_t ConvertedLength(const WCHAR* text, std::size_t length) noexcept {
-    if (length > longest_source || IsAscii(text, length)) return length;
+    if (length > longestSource || IsAscii(text, length)) return length;
     const auto units = static_cast<int>(length);
     return static_cast<std::size_t>(
         WideCharToMultiByte(CP_ACP, 0, text, units, nullptr, 0, nullptr, nullptr));
 }
 
 std::size_t Convert(const char* text, std::size_t length, WCHAR* target, std::size_t capacity) noexcept {
-    if (length > longest_source) return 0;
+    if (length > longestSource) return 0;
     if (length <= capacity && IsAscii(text, length)) {
         std::transform(text, text + length, target, [](char byte) { return static_cast<WCHAR>(byte); });
         return length;
@@ -70,7 +70,7 @@ std::size_t Convert(const char* text, std::size_t length, WCHAR* target, std::si
 }
 
 std::size_t Convert(const WCHAR* text, std::size_t length, char* target, std::size_t capacity) noexcept {
-    if (length > longest_source) return 0;
+    if (length > longestSource) return 0;
     if (length <= capacity && IsAscii(text, length)) {
         std::transform(text, text + length, target, [](WCHAR unit) { return static_cast<char>(unit); });
         return length;

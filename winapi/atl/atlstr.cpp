@@ -19,10 +19,10 @@ static_assert(sizeof(atlstr::EmptyBuffer<char>) <= sizeof(BufferHead) + alignof(
 static_assert(sizeof(atlstr::EmptyBuffer<WCHAR>) <= sizeof(BufferHead) + alignof(BufferHead));
 static_assert(sizeof(CStringA) == sizeof(void*) && sizeof(CStringW) == sizeof(void*));
 
-constexpr int longest_text = std::numeric_limits<int>::max() - 1;
+constexpr int longestText = std::numeric_limits<int>::max() - 1;
 
 int CheckedLength(std::int64_t length) {
-    if (length > longest_text) throw std::length_error("CStringT: the text is longer than 2^31 - 2 units");
+    if (length > longestText) throw std::length_error("CStringT: the text is longer than 2^31 - 2 units");
     return static_cast<int>(length);
 }
 
@@ -183,7 +183,7 @@ template <typename Unit>
 int CStringT<Unit>::GrownCapacity(int length) const noexcept {
     if (IsShared()) return length;
     return static_cast<int>(
-        std::clamp<std::int64_t>(std::int64_t{GetAllocLength()} * 3 / 2, length, longest_text));
+        std::clamp<std::int64_t>(std::int64_t{GetAllocLength()} * 3 / 2, length, longestText));
 }
 
 // Makes room for `count` more units and gives the place behind the text.
@@ -197,12 +197,12 @@ typename CStringT<Unit>::PXSTR CStringT<Unit>::PrepareAppend(std::size_t count) 
 // Puts `count` units in the place of the `removed` ones at `index`. `inserted` may point into this string.
 template <typename Unit>
 void CStringT<Unit>::Splice(int index, int removed, PCXSTR inserted, int count) {
-    const int old_length = GetLength();
-    const int tail = old_length - index - removed;
-    const int length = CheckedLength(std::int64_t{old_length} - removed + count);
+    const int oldLength = GetLength();
+    const int tail = oldLength - index - removed;
+    const int length = CheckedLength(std::int64_t{oldLength} - removed + count);
     // An inner text has to be read before the tail moves; without a tail one move does.
     const bool inner =
-        std::less_equal<>{}(text_, inserted) && std::less_equal<>{}(inserted, text_ + old_length);
+        std::less_equal<>{}(text_, inserted) && std::less_equal<>{}(inserted, text_ + oldLength);
     using Traits = std::char_traits<XCHAR>;
     const auto size = [](int units) { return static_cast<std::size_t>(units); };
     if (!IsShared() && length <= GetAllocLength() && (tail == 0 || count == 0 || !inner)) {
@@ -368,18 +368,18 @@ CStringT<Unit> CStringT<Unit>::Tokenize(PCXSTR delimiters, int& position) const 
 
 template <typename Unit>
 template <typename Predicate>
-CStringT<Unit>& CStringT<Unit>::TrimLeftIf(Predicate is_trimmed) {
+CStringT<Unit>& CStringT<Unit>::TrimLeftIf(Predicate isTrimmed) {
     int count = 0;
-    while (count < GetLength() && is_trimmed(text_[count])) ++count;
+    while (count < GetLength() && isTrimmed(text_[count])) ++count;
     Delete(0, count);
     return *this;
 }
 
 template <typename Unit>
 template <typename Predicate>
-CStringT<Unit>& CStringT<Unit>::TrimRightIf(Predicate is_trimmed) {
+CStringT<Unit>& CStringT<Unit>::TrimRightIf(Predicate isTrimmed) {
     int length = GetLength();
-    while (length > 0 && is_trimmed(text_[length - 1]) &&
+    while (length > 0 && isTrimmed(text_[length - 1]) &&
            ansitext::StartsCharacter(text_, static_cast<std::size_t>(length) - 1)) {
         --length;
     }

@@ -41,7 +41,7 @@ struct EmptyBuffer {
 
 // Shared by all empty strings; never counted, written or freed.
 template <typename Unit>
-inline constinit const EmptyBuffer<Unit> empty_buffer{};
+inline constinit const EmptyBuffer<Unit> emptyBuffer{};
 
 }  // namespace atlstr
 
@@ -228,7 +228,7 @@ class CStringT {
     using BufferHead = atlstr::BufferHead;
     using View = std::basic_string_view<XCHAR>;
 
-    static PXSTR Nil() noexcept { return const_cast<PXSTR>(&atlstr::empty_buffer<XCHAR>.terminator); }
+    static PXSTR Nil() noexcept { return const_cast<PXSTR>(&atlstr::emptyBuffer<XCHAR>.terminator); }
     [[nodiscard]] BufferHead& Head() const noexcept { return reinterpret_cast<BufferHead*>(text_)[-1]; }
     [[nodiscard]] View Text() const noexcept { return {text_, static_cast<std::size_t>(GetLength())}; }
     [[nodiscard]] bool IsShared() const noexcept {
@@ -253,9 +253,9 @@ class CStringT {
     [[nodiscard]] int FindFrom(View text, int start) const noexcept;
     int ReplaceAll(View from, View to);
     template <typename Predicate>
-    CStringT& TrimLeftIf(Predicate is_trimmed);
+    CStringT& TrimLeftIf(Predicate isTrimmed);
     template <typename Predicate>
-    CStringT& TrimRightIf(Predicate is_trimmed);
+    CStringT& TrimRightIf(Predicate isTrimmed);
 
     PXSTR text_;
 };

@@ -79,9 +79,9 @@ class Output {
     std::uint64_t length_ = 0;
 };
 
-enum class Size { none, hh, h, l, w, bits32, bits64, pointer, long_double };
+enum class Size { none, hh, h, l, w, bits32, bits64, pointer, longDouble };
 
-constexpr std::size_t no_precision = SIZE_MAX;
+constexpr std::size_t noPrecision = SIZE_MAX;
 
 template <typename Unit>
 struct Specification {
@@ -91,7 +91,7 @@ struct Specification {
     bool alternate = false;
     bool zeros = false;
     std::size_t width = 0;
-    std::size_t precision = no_precision;
+    std::size_t precision = noPrecision;
     Size size = Size::none;
     Unit conversion = 0;  // 0 if the format ends before it
 };
@@ -174,7 +174,7 @@ const Unit* ParseSize(const Unit* at, Size& size) noexcept {
         case 't':
             return take(Size::pointer, 1);
         case 'L':
-            return take(Size::long_double, 1);
+            return take(Size::longDouble, 1);
         default:
             return at;
     }
@@ -223,28 +223,28 @@ std::uint64_t NextUnsigned(Size size, Arguments& arguments) {
 
 // A number's text in the order in which it is written.
 struct NumberText {
-    std::string_view prefix{};      // sign and base
-    std::size_t leading_zeros = 0;  // that the precision asks for
+    std::string_view prefix{};     // sign and base
+    std::size_t leadingZeros = 0;  // that the precision asks for
     std::string_view digits{};
-    std::size_t inner_zeros = 0;  // digits that are known to be zeros
+    std::size_t innerZeros = 0;  // digits that are known to be zeros
     std::string_view exponent{};
-    bool may_pad_with_zeros = true;
+    bool mayPadWithZeros = true;
 };
 
 template <typename Unit>
 void WriteNumber(Output<Unit>& output, const Specification<Unit>& specification,
                  const NumberText& text) noexcept {
-    const std::uint64_t length = std::uint64_t{text.prefix.size()} + text.leading_zeros + text.digits.size() +
-                                 text.inner_zeros + text.exponent.size();
+    const std::uint64_t length = std::uint64_t{text.prefix.size()} + text.leadingZeros + text.digits.size() +
+                                 text.innerZeros + text.exponent.size();
     const std::size_t padding =
         specification.width > length ? specification.width - static_cast<std::size_t>(length) : 0;
-    const bool with_zeros = specification.zeros && text.may_pad_with_zeros;
-    if (!specification.left && !with_zeros) output.Repeat(' ', padding);
+    const bool withZeros = specification.zeros && text.mayPadWithZeros;
+    if (!specification.left && !withZeros) output.Repeat(' ', padding);
     output.AppendAscii(text.prefix);
-    if (!specification.left && with_zeros) output.Repeat('0', padding);
-    output.Repeat('0', text.leading_zeros);
+    if (!specification.left && withZeros) output.Repeat('0', padding);
+    output.Repeat('0', text.leadingZeros);
     output.AppendAscii(text.digits);
-    output.Repeat('0', text.inner_zeros);
+    output.Repeat('0', text.innerZeros);
     output.AppendAscii(text.exponent);
     if (specification.left) output.Repeat(' ', padding);
 }
@@ -276,15 +276,15 @@ void WriteInteger(Output<Unit>& output, const Specification<Unit>& specification
     if (specification.precision == 0 && magnitude == 0) length = 0;
 
     NumberText text{.prefix = sign, .digits = {buffer.data(), length}};
-    if (specification.precision != no_precision) {
-        text.may_pad_with_zeros = false;
-        if (specification.precision > length) text.leading_zeros = specification.precision - length;
+    if (specification.precision != noPrecision) {
+        text.mayPadWithZeros = false;
+        if (specification.precision > length) text.leadingZeros = specification.precision - length;
     }
     if (specification.alternate && hexadecimal && magnitude != 0) {
         text.prefix = specification.conversion == 'x' ? "0x" : "0X";
     }
-    if (specification.alternate && octal && text.leading_zeros == 0 && !text.digits.starts_with('0')) {
-        text.leading_zeros = 1;
+    if (specification.alternate && octal && text.leadingZeros == 0 && !text.digits.starts_with('0')) {
+        text.leadingZeros = 1;
     }
     WriteNumber(output, specification, text);
 }
@@ -328,13 +328,13 @@ class DoubleDigits {
 
     void PutInto(NumberText& text) const noexcept {
         text.digits = {buffer_.data(), digits_};
-        text.inner_zeros = zeros_;
+        text.innerZeros = zeros_;
         text.exponent = {buffer_.data() + digits_, length_ - digits_};
     }
 
   private:
-    static constexpr std::size_t most_whole_digits = 309;
-    static constexpr std::size_t most_fraction_digits = 1074;
+    static constexpr std::size_t mostWholeDigits = 309;
+    static constexpr std::size_t mostFractionDigits = 1074;
 
     // Gives the digits behind the point that were written.
     std::size_t Write(double value, std::chars_format format, std::size_t precision,
@@ -361,7 +361,7 @@ class DoubleDigits {
     // `significant` digits in all: in the form f for exponents from -4 to below that count, else in e.
     void General(double value, std::size_t significant, bool alternate) noexcept {
         if (!alternate) {
-            Write(value, std::chars_format::general, significant, most_whole_digits + most_fraction_digits);
+            Write(value, std::chars_format::general, significant, mostWholeDigits + mostFractionDigits);
             digits_ = length_;
             return;
         }
@@ -372,10 +372,10 @@ class DoubleDigits {
         std::from_chars(buffer_.data() + digits_ + (buffer_[digits_ + 1] == '+' ? 2 : 1), end, exponent);
         if (exponent < -4 || exponent >= static_cast<std::int64_t>(significant)) return;
         const auto fraction = static_cast<std::size_t>(static_cast<std::int64_t>(significant) - 1 - exponent);
-        SplitAt('.', Write(value, std::chars_format::fixed, fraction, most_fraction_digits), fraction, true);
+        SplitAt('.', Write(value, std::chars_format::fixed, fraction, mostFractionDigits), fraction, true);
     }
 
-    std::array<char, most_whole_digits + 1 + most_fraction_digits + 16> buffer_;
+    std::array<char, mostWholeDigits + 1 + mostFractionDigits + 16> buffer_;
     std::size_t length_ = 0;
     std::size_t digits_ = 0;
     std::size_t zeros_ = 0;
@@ -401,7 +401,7 @@ void WriteSpecial(Output<Unit>& output, const Specification<Unit>& specification
     WriteNumber(output, specification,
                 NumberText{.prefix = SignOf(std::signbit(value), specification),
                            .digits = {buffer.data(), name.size()},
-                           .may_pad_with_zeros = false});
+                           .mayPadWithZeros = false});
 }
 
 template <typename Unit>
@@ -410,9 +410,9 @@ void WriteDouble(Output<Unit>& output, const Specification<Unit>& specification,
     if (!std::isfinite(value)) return WriteSpecial(output, specification, value, upper);
 
     const auto conversion = static_cast<char>(specification.conversion | 0x20);
-    const std::size_t default_precision = conversion == 'a' ? 13 : 6;
+    const std::size_t defaultPrecision = conversion == 'a' ? 13 : 6;
     const std::size_t precision =
-        specification.precision == no_precision ? default_precision : specification.precision;
+        specification.precision == noPrecision ? defaultPrecision : specification.precision;
     const bool negative = std::signbit(value);
     DoubleDigits digits(std::fabs(value), precision, conversion, specification.alternate);
     if (upper) digits.MakeUpper();
@@ -438,7 +438,7 @@ struct Extent {
 template <typename Unit>
 Extent ExtentOf(const Unit* text, std::size_t precision, const Unit*) noexcept {
     std::size_t length = 0;
-    if (precision == no_precision) {
+    if (precision == noPrecision) {
         length = std::char_traits<Unit>::length(text);
     } else {
         while (length < precision && text[length] != 0) ++length;
@@ -448,7 +448,7 @@ Extent ExtentOf(const Unit* text, std::size_t precision, const Unit*) noexcept {
 
 template <typename Unit>
 Extent ExtentOf(const OtherWidth<Unit>* text, std::size_t precision, const Unit*) noexcept {
-    if (precision == no_precision) {
+    if (precision == noPrecision) {
         const std::size_t length = std::char_traits<OtherWidth<Unit>>::length(text);
         return {length, ansitext::ConvertedLength(text, length)};
     }
@@ -487,9 +487,9 @@ void WritePadded(Output<Unit>& output, const Specification<Unit>& specification,
 template <typename Source, typename Unit>
 void WriteText(Output<Unit>& output, const Specification<Unit>& specification,
                Arguments& arguments) noexcept {
-    static constexpr Source null_text[] = {'(', 'n', 'u', 'l', 'l', ')', 0};
+    static constexpr Source nullText[] = {'(', 'n', 'u', 'l', 'l', ')', 0};
     const auto* given = arguments.Next<const Source*>();
-    const Source* const text = given == nullptr ? null_text : given;
+    const Source* const text = given == nullptr ? nullText : given;
     WritePadded(output, specification, text,
                 ExtentOf(text, specification.precision, static_cast<const Unit*>(nullptr)));
 }
@@ -508,7 +508,7 @@ void WriteCharacter(Output<Unit>& output, const Specification<Unit>& specificati
 // Whether the text or character of this specification is wide.
 template <typename Unit>
 bool TakesWide(const Specification<Unit>& specification) noexcept {
-    constexpr bool wide_format = std::is_same_v<Unit, WCHAR>;
+    constexpr bool wideFormat = std::is_same_v<Unit, WCHAR>;
     switch (specification.size) {
         case Size::hh:
         case Size::h:
@@ -517,7 +517,7 @@ bool TakesWide(const Specification<Unit>& specification) noexcept {
         case Size::w:
             return true;
         default:
-            return (specification.conversion == 's' || specification.conversion == 'c') == wide_format;
+            return (specification.conversion == 's' || specification.conversion == 'c') == wideFormat;
     }
 }
 
@@ -540,7 +540,7 @@ void Write(Output<Unit>& output, const Specification<Unit>& specification, Argum
         case 'F':
         case 'g':
         case 'G':
-            if (specification.size == Size::long_double) {
+            if (specification.size == Size::longDouble) {
                 return WriteDouble(output, specification, static_cast<double>(arguments.Next<long double>()));
             }
             return WriteDouble(output, specification, arguments.Next<double>());
