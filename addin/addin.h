@@ -1,0 +1,19 @@
+// The add-in: its eleven exports and what stands behind them, all in one header.
+//
+//   xlAutoOpen, xlAutoClose, xlAutoAdd, xlAutoRemove, xlAutoFree             lifecycle.h
+//   NetOutputPrediction, NetOutputProbabilityOfPrediction,
+//   NetOutputProbabilityOfCategory                                           bridge.h
+//   InitializeXlaInformationVB, InitializeXlaInformationW,
+//   UninitializeXlaInformation                                               handshake.h
+//
+// Order of life: the loader attaches the library (module.h, locateexcel.h); xlAutoOpen makes the store for
+// results (resultstore.h); the companion workbook's handshake registers the worksheet functions; cells
+// calculate; the workbook takes its leave; xlAutoClose unregisters the functions and closes the store.
+#pragma once
+
+#include "addin/bridge.h"
+#include "addin/handshake.h"
+#include "addin/lifecycle.h"
+#include "addin/locateexcel.h"
+#include "addin/module.h"
+#include "addin/resultstore.h"

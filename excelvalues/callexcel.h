@@ -1,0 +1,74 @@
+// The one road of calls into Excel's function interface. A call always gives one XXloperPtr, and the caller
+// tells the outcomes apart by the value alone:
+//
+//   outcome                             type           val.err         val.returnCode
+//   Excel gave an ordinary value        not xltypeErr
+//   Excel gave an error value           xltypeErr      Excel's number  0
+//   the call failed                     xltypeErr      xlerrValue      the callback's return code
+//
+// Every call into Excel, each xlFree included, is bracketed by xlEnableXLMsgs and xlDisableXLMsgs. There is
+// no lock and no state but Excel12EntryPoint, so calls may come from any thread on which Excel accepts them.
+#pragma once
+
+#include "excelvalues/value.h"
+
+#include <concepts>
+#include <cstddef>
+
+// Excel's callback; null until the add-in's attach has found it, constant afterwards. While it is null every
+// call fails with xlretFailed, so that a worksheet function shows #VALUE! in a process without Excel.
+extern EXCEL12PROC Excel12EntryPoint;
+
+// Excel's published routine: function number, result record or null, count of operands, and that many
+// XLOPER12 pointers. Gives the callback's return code; a count beyond 0 to 255 gives xlretInvCount, and Excel
+// isn't called. Code outside this layer uses CallExcel.
+int Excel12(int functionNumber, LPXLOPER12 result, int count, ...);
+
+// Policy for values that Excel put into a result record: on the last release Excel frees what it put there
+// (xlFree), then the record goes back to the malloc heap.
+struct CallExcelToFree {
+    void operator()(const XXloper* value) const noexcept;
+};
+
+// Calls Excel with `count` operands; `operands` may be null when there are none. The values behind them stay
+// the caller's and have to live until the call returns; Excel only reads them. The limit of Excel12 is not
+// tested here. Raises std::bad_alloc when there is no memory for the result record, before Excel is called,
+// or for the handle, after Excel has taken the result back.
+XXloperPtr CallExcelWithOperands(int functionNumber, int count, LPXLOPER12* operands);
+
+namespace detail {
+
+// The counts of operands for which CallExcel exists: 0 to 9, and 30, the most that Excel's older worksheet
+// functions take.
+constexpr bool IsOperandCountOfCallExcel(std::size_t count) noexcept {
+    return count <= 9 || count == 30;
+}
+
+// Excel's interface knows no const; it doesn't write to operands.
+inline LPXLOPER12 Operand(const XXloper* value) noexcept {
+    return const_cast<XXloper*>(value);
+}
+
+}  // namespace detail
+
+// Calls Excel with operands in the order in which it is to get them, given by their handles.
+template <std::same_as<XXloperPtr>... Handles>
+requires(detail::IsOperandCountOfCallExcel(sizeof...(Handles))) XXloperPtr
+    CallExcel(int functionNumber, const Handles&... operands) {
+    if constexpr (sizeof...(Handles) == 0) {
+        return CallExcelWithOperands(functionNumber, 0, nullptr);
+    } else {
+        LPXLOPER12 pointers[] = {detail::Operand(operands.get())...};
+        return CallExcelWithOperands(functionNumber, static_cast<int>(sizeof...(Handles)), pointers);
+    }
+}
+
+// The same with one or two operands given by plain pointers.
+inline XXloperPtr CallExcel(int functionNumber, const XXloper* operand) {
+    LPXLOPER12 pointers[] = {detail::Operand(operand)};
+    return CallExcelWithOperands(functionNumber, 1, pointers);
+}
+inline XXloperPtr CallExcel(int functionNumber, const XXloper* first, const XXloper* second) {
+    LPXLOPER12 pointers[] = {detail::Operand(first), detail::Operand(second)};
+    return CallExcelWithOperands(functionNumber, 2, pointers);
+}

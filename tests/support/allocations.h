@@ -1,0 +1,45 @@
+// The heap under a test's control: the nth allocation fails, and what is alive is counted. It sees malloc and
+// its kin in everything that is linked into the test program, and operator new everywhere.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace support {
+
+// Blocks that are alive now, whichever thread allocated them.
+[[nodiscard]] std::int64_t LiveBlocks() noexcept;
+
+// Allocations of the calling thread since its start.
+[[nodiscard]] std::size_t Allocations() noexcept;
+
+// Lets the calling thread's nth allocation from now on fail (1 is the next one), once. An operator new that
+// fails raises std::bad_alloc, or what `raise` raises.
+class AllocationFault {
+  public:
+    explicit AllocationFault(std::size_t nth, void (*raise)() = nullptr) noexcept;
+    ~AllocationFault();
+    AllocationFault(const AllocationFault&) = delete;
+    AllocationFault& operator=(const AllocationFault&) = delete;
+
+    // Whether that allocation has been asked for.
+    [[nodiscard]] bool Struck() const noexcept;
+};
+
+// Runs `body` with its first allocation failing, with its second, and so on, until it makes fewer. `check` is
+// called after each run that was struck. Gives the count of those runs: the allocations of one body.
+template <typename Body, typename Check>
+std::size_t FailEachAllocation(Body body, Check check) {
+    for (std::size_t nth = 1;; ++nth) {
+        bool struck = false;
+        {
+            const AllocationFault fault(nth);
+            body();
+            struck = fault.Struck();
+        }
+        if (!struck) return nth - 1;
+        check();
+    }
+}
+
+}  // namespace support

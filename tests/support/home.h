@@ -1,0 +1,45 @@
+// What tests need of the system they run on, in the same words for both homes.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace support {
+
+// Sets an environment variable of this process and of the children it starts, or takes it away; the end of
+// the object brings back what was there.
+class EnvironmentVariable {
+  public:
+    EnvironmentVariable(const char* name, const std::optional<std::string>& value);
+    ~EnvironmentVariable();
+    EnvironmentVariable(const EnvironmentVariable&) = delete;
+    EnvironmentVariable& operator=(const EnvironmentVariable&) = delete;
+
+  private:
+    std::string name_;
+    std::optional<std::string> previous_;
+};
+
+// Kernel handles that the process has open; natively its file descriptors.
+[[nodiscard]] std::size_t OpenHandles();
+
+// A fresh folder in which the stand-in keeps its named objects, for this process and its children, until the
+// end of the object. Under Windows there is none.
+class RuntimeFolder {
+  public:
+    RuntimeFolder();
+    ~RuntimeFolder();
+    RuntimeFolder(const RuntimeFolder&) = delete;
+    RuntimeFolder& operator=(const RuntimeFolder&) = delete;
+
+    // What is in it, folders aside.
+    [[nodiscard]] std::vector<std::string> Files() const;
+
+  private:
+    std::string path_;
+    std::optional<EnvironmentVariable> variable_;
+};
+
+}  // namespace support
