@@ -61,7 +61,7 @@ std::string Ascii(BSTR bstr) {
 
 // "[sign][blanks]digits[.digits][E[sign]digits]", as plain text that std::from_chars takes.
 std::string NumberText(BSTR bstr) {
-    constexpr std::string_view digits = "0123456789";
+    static constexpr std::string_view digits = "0123456789";
     std::string text = Ascii(bstr);
     if (text.starts_with('+')) text.erase(0, 1);
     if (text.starts_with('-')) text.erase(1, text.find_first_not_of(' ', 1) - 1);
