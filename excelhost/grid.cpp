@@ -1,0 +1,132 @@
+#include "excelhost/grid.h"
+
+#include "excelhost/formula.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace excelhost {
+namespace {
+
+const Value kEmptyCell = Empty{};
+
+TextView TrimSpaces(TextView text) {
+    const auto first = text.find_first_not_of(WCHAR{' '});
+    if (first == TextView::npos) return {};
+    return text.substr(first, text.find_last_not_of(WCHAR{' '}) - first + 1);
+}
+
+}  // namespace
+
+Grid::Grid(RW rows, COL columns)
+    : rows_(rows),
+      columns_(columns),
+      cells_(static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns)) {}
+
+std::size_t Grid::Index(Place place) const noexcept {
+    return static_cast<std::size_t>(place.row) * static_cast<std::size_t>(columns_) +
+           static_cast<std::size_t>(place.column);
+}
+
+bool Grid::Contains(Place place) const noexcept {
+    return place.row >= 0 && place.row < rows_ && place.column >= 0 && place.column < columns_;
+}
+
+const Value& Grid::At(Place place) const noexcept {
+    return Contains(place) ? cells_[Index(place)] : kEmptyCell;
+}
+
+void Grid::Set(Place place, Value value) {
+    cells_[Index(place)] = std::move(value);
+}
+
+std::optional<Area> Grid::Inside(const Area& area) const noexcept {
+    Area inside = area;
+    inside.rectangle.rwLast = std::min(inside.rectangle.rwLast, rows_ - 1);
+    inside.rectangle.colLast = std::min(inside.rectangle.colLast, columns_ - 1);
+    const bool any = inside.rectangle.rwFirst <= inside.rectangle.rwLast &&
+                     inside.rectangle.colFirst <= inside.rectangle.colLast;
+    return any ? std::optional(inside) : std::nullopt;
+}
+
+Value Grid::Read(const Area& area) const {
+    const XLREF12& r = area.rectangle;
+    if (area.Rows() == 1 && area.Columns() == 1) return At({r.rwFirst, r.colFirst});
+    if (area.Rows() > kMaterialLimit / area.Columns()) return ErrorValue{xlerrValue};
+    Array array{area.Rows(), area.Columns(), {}};
+    array.cells.reserve(array.rows * array.columns);
+    for (RW row = r.rwFirst; row <= r.rwLast; ++row) {
+        for (COL column = r.colFirst; column <= r.colLast; ++column) array.cells.push_back(At({row, column}));
+    }
+    return array;
+}
+
+Value Grid::Scalar(const Value& value, Place place) const {
+    if (value.Is<Missing>()) return Empty{};
+    if (value.Is<Reference>()) return ErrorValue{xlerrRef};
+    if (const Array* array = value.If<Array>()) {
+        return array->cells.empty() ? Value(ErrorValue{xlerrValue}) : Scalar(array->cells.front(), place);
+    }
+    const Area* area = value.If<Area>();
+    if (area == nullptr) return value;
+    const XLREF12& r = area->rectangle;
+    if (area->Rows() == 1 && area->Columns() == 1) return At({r.rwFirst, r.colFirst});
+    if (area->Columns() == 1 && place.row >= r.rwFirst && place.row <= r.rwLast) {
+        return At({place.row, r.colFirst});
+    }
+    if (area->Rows() == 1 && place.column >= r.colFirst && place.column <= r.colLast) {
+        return At({r.rwFirst, place.column});
+    }
+    return ErrorValue{xlerrValue};
+}
+
+std::optional<ErrorValue> ToNumber(const Value& scalar, double& number) {
+    if (const auto* error = scalar.If<ErrorValue>()) return *error;
+    if (const auto* text = scalar.If<Text>()) {
+        if (!ReadNumber(Utf8(TrimSpaces(*text)), number)) return ErrorValue{xlerrValue};
+    } else if (const auto* given = scalar.If<double>()) {
+        number = *given;
+    } else if (const auto* whole = scalar.If<int>()) {
+        number = *whole;
+    } else if (const auto* truth = scalar.If<bool>()) {
+        number = *truth ? 1 : 0;
+    } else {
+        number = 0;
+    }
+    return std::nullopt;
+}
+
+std::optional<ErrorValue> ToText(const Value& scalar, Text& text) {
+    if (const auto* error = scalar.If<ErrorValue>()) return *error;
+    if (const auto* given = scalar.If<Text>()) {
+        text = *given;
+    } else if (const auto* truth = scalar.If<bool>()) {
+        text = *truth ? TEXT("TRUE") : TEXT("FALSE");
+    } else if (scalar.Is<double>() || scalar.Is<int>()) {
+        double number = 0;
+        (void)ToNumber(scalar, number);
+        text = Wide(NumberText(number));
+    } else {
+        text.clear();
+    }
+    return std::nullopt;
+}
+
+std::optional<ErrorValue> ToTruth(const Value& scalar, bool& truth) {
+    if (const auto* text = scalar.If<Text>()) {
+        truth = SameName(*text, TEXT("TRUE"));
+        if (!truth && !SameName(*text, TEXT("FALSE"))) return ErrorValue{xlerrValue};
+        return std::nullopt;
+    }
+    double number = 0;
+    const auto error = ToNumber(scalar, number);
+    truth = number != 0;
+    return error;
+}
+
+Value FiniteNumber(double number) {
+    return std::isfinite(number) ? Value(number) : Value(ErrorValue{xlerrNum});
+}
+
+}  // namespace excelhost

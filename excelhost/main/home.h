@@ -1,0 +1,16 @@
+// What the program takes from the system that it runs on.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace excelhost {
+
+// The arguments behind the program's name, in UTF-8.
+[[nodiscard]] std::vector<std::string> ArgumentsFrom(int count, char** arguments);
+
+// Keeps the standard output stream from changing line ends.
+void MakeStandardOutputBinary();
+
+}  // namespace excelhost

@@ -1,0 +1,23 @@
+// The command-line program, apart from where its arguments and streams come from.
+#pragma once
+
+#include <filesystem>
+#include <ostream>
+#include <span>
+#include <string>
+
+namespace excelhost {
+
+enum ExitCode : int {
+    kDone = 0,
+    kBadInput = 1,    // the sheet, the add-in, or a function in the sheet
+    kBadUsage = 2,    // the command line
+    kBadAccount = 3,  // the add-in leaked, freed twice, freed what it was lent, or changed it
+};
+
+// Runs the program: `arguments` in UTF-8, without the program's own name; `folder` is the program's own,
+// where the add-in is looked for. Results go to `out`, messages to `err`.
+[[nodiscard]] int RunProgram(std::span<const std::string> arguments, const std::filesystem::path& folder,
+                             std::ostream& out, std::ostream& err);
+
+}  // namespace excelhost

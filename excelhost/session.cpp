@@ -1,0 +1,105 @@
+#include "excelhost/session.h"
+
+#include <oleauto.h>
+
+#include <memory>
+#include <utility>
+
+namespace excelhost {
+namespace {
+
+std::string Shown(const std::filesystem::path& path) {
+    const auto text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
+HMODULE Load(const std::filesystem::path& addIn) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(addIn, error)) {
+        throw AddInError("there is no add-in '" + Shown(addIn) + "'");
+    }
+    HMODULE module = LoadLibraryW(Wide(Shown(std::filesystem::absolute(addIn))).c_str());
+    if (module == nullptr) {
+        throw AddInError("the add-in '" + Shown(addIn) + "' can't be loaded: error " +
+                         std::to_string(GetLastError()));
+    }
+    return module;
+}
+
+// A string of the workbook's code.
+class WorkbookString {
+  public:
+    explicit WorkbookString(const WCHAR* text) : bstr_(SysAllocString(text)) {}
+    ~WorkbookString() { SysFreeString(bstr_); }
+    WorkbookString(const WorkbookString&) = delete;
+    WorkbookString& operator=(const WorkbookString&) = delete;
+    BSTR* Address() noexcept { return &bstr_; }
+
+  private:
+    BSTR bstr_;
+};
+
+using AutoFunction = std::int32_t(WINAPI*)();
+using InitializeVB = void(WINAPI*)(std::int32_t, std::int32_t, std::int32_t, BSTR*, std::int32_t, BSTR*,
+                                   std::int32_t, BSTR*);
+using InitializeW = void(WINAPI*)(std::int32_t, std::int32_t, std::int32_t, BSTR*, std::int32_t, BSTR*,
+                                  std::int32_t);
+using Uninitialize = void(WINAPI*)(std::int32_t);
+
+}  // namespace
+
+template <class Function>
+Function Session::Export(const char* name) const {
+    const FARPROC procedure = GetProcAddress(module_, name);
+    if (procedure == nullptr) throw AddInError("the add-in exports no '" + std::string(name) + "'");
+    return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(procedure));
+}
+
+Session::Session(Host& host, const std::filesystem::path& addIn)
+    : module_(Load(addIn)), fileName_(Wide(Shown(addIn.filename()))) {
+    try {
+        host.AddModule(fileName_,
+                       [module = module_](const char* name) { return GetProcAddress(module, name); });
+        (void)Export<AutoFunction>("xlAutoClose");
+        if (Export<AutoFunction>("xlAutoOpen")() != 1) throw AddInError("the add-in refuses to open");
+    } catch (...) {
+        FreeLibrary(module_);
+        throw;
+    }
+    open_ = true;
+}
+
+Session::~Session() {
+    if (open_) Export<AutoFunction>("xlAutoClose")();
+    FreeLibrary(module_);
+}
+
+void Session::Handshake(Form form) {
+    WorkbookString name(TEXT("Kestrolumen"));
+    WorkbookString version(TEXT("8.2"));
+    WorkbookString none(TEXT(""));
+    try {
+        if (form == Form::VB) {
+            Export<InitializeVB>("InitializeXlaInformationVB")(8, 2, 0, name.Address(), 0, version.Address(),
+                                                               0, none.Address());
+        } else {
+            Export<InitializeW>("InitializeXlaInformationW")(8, 2, 0, name.Address(), 0, version.Address(),
+                                                             0);
+        }
+    } catch (const AddInError&) {
+        throw;
+    } catch (...) {
+        throw AddInError("the add-in failed in the workbook's handshake");
+    }
+}
+
+void Session::LeaveWorkbook() {
+    Export<Uninitialize>("UninitializeXlaInformation")(0);
+}
+
+void Session::Close() {
+    if (!std::exchange(open_, false)) return;
+    Export<AutoFunction>("xlAutoClose")();
+}
+
+}  // namespace excelhost

@@ -1,0 +1,54 @@
+// An add-in in its life between load and unload, as Excel and the companion workbook lead it.
+#pragma once
+
+#include "excelhost/host.h"
+
+#include <windows.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+namespace excelhost {
+
+// The add-in can't be loaded, lacks an export or refuses to open. The text says which.
+class AddInError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// The order of life is: construct, Handshake, cells calculate, LeaveWorkbook, Close, destroy. Each step may
+// be left out; the destructor closes what is open.
+class Session {
+  public:
+    // Loads the file, makes it known to the host under its file name and calls xlAutoOpen. AddInError.
+    Session(Host& host, const std::filesystem::path& addIn);
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    // Which of the two exports the workbook's code declares.
+    enum class Form { VB, W };
+    // The workbook has loaded: passes numbers and strings as the workbook's code does. AddInError when the
+    // export is missing or the add-in raises an exception.
+    void Handshake(Form form = Form::VB);
+    // The workbook leaves.
+    void LeaveWorkbook();
+    // xlAutoClose; nothing the second time.
+    void Close();
+
+    // The file name without folder, as the add-in registers itself.
+    [[nodiscard]] const Text& FileName() const noexcept { return fileName_; }
+
+  private:
+    template <class Function>
+    [[nodiscard]] Function Export(const char* name) const;
+
+    HMODULE module_;
+    Text fileName_;
+    bool open_ = false;
+};
+
+}  // namespace excelhost
