@@ -1,5 +1,6 @@
 #include "text/conversions.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <stdexcept>
@@ -33,16 +34,16 @@ CStringW WideFromUtf8(const char* text, std::size_t size) {
 
 }  // namespace
 
-// A zero unit is the only thing that becomes a zero byte, and the other way round: so the text is cut at its
-// first zero before it is converted.
+// A zero unit is the only thing that becomes a zero byte, so the text may be cut after it is converted: bytes
+// are searched faster.
 std::string Utf8FromWString(StdWStringView text) {
     std::string utf8;
-    const StdWStringView source = UpToZero(text);
-    if (source.empty()) return utf8;
-    const int length = CheckedLength(source.size());
-    const int size = WideCharToMultiByte(CP_UTF8, 0, source.data(), length, nullptr, 0, nullptr, nullptr);
+    if (text.empty()) return utf8;
+    const int length = CheckedLength(text.size());
+    const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
     utf8.resize(static_cast<std::size_t>(size));
-    WideCharToMultiByte(CP_UTF8, 0, source.data(), length, utf8.data(), size, nullptr, nullptr);
+    WideCharToMultiByte(CP_UTF8, 0, text.data(), length, utf8.data(), size, nullptr, nullptr);
+    utf8.resize(std::min(utf8.size(), utf8.find('\0')));
     return utf8;
 }
 

@@ -21,28 +21,27 @@ constexpr CodePageFacts knownPages[] = {
     {850, u"850   (OEM - Multilingual Latin I)"},
     {852, u"852   (OEM - Latin II)"},
     {855, u"855   (OEM - Cyrillic)"},
-    {857, u"857   (OEM - Turkish)"},
+    {857, u"857   (OEM - Turkish)", {}, u'?', 1, 0xF8BB},
     {858, u"858   (OEM - Multilingual Latin I + Euro)"},
     {860, u"860   (OEM - Portuguese)"},
     {861, u"861   (OEM - Icelandic)"},
     {862, u"862   (OEM - Hebrew)"},
     {863, u"863   (OEM - Canadian French)"},
-    {864, u"864   (OEM - Arabic)"},
     {865, u"865   (OEM - Nordic)"},
     {866, u"866   (OEM - Russian)"},
-    {874, u"874   (ANSI/OEM - Thai)"},
-    {932, u"932   (ANSI/OEM - Japanese Shift-JIS)", shiftJisLeads, u'\u30FB', 2},
-    {936, u"936   (ANSI/OEM - Simplified Chinese GBK)", wideLeads, u'?', 2},
-    {949, u"949   (ANSI/OEM - Korean)", wideLeads, u'?', 2},
-    {950, u"950   (ANSI/OEM - Traditional Chinese Big5)", wideLeads, u'?', 2},
+    {874, u"874   (ANSI/OEM - Thai)", {}, u'?', 1, 0xF8C1},
+    {932, u"932   (ANSI/OEM - Japanese Shift-JIS)", shiftJisLeads, u'\u30FB', 2, 0xF8F0},
+    {936, u"936   (ANSI/OEM - Simplified Chinese GBK)", wideLeads, u'?', 2, 0xF8F5},
+    {949, u"949   (ANSI/OEM - Korean)", wideLeads, u'?', 2, 0xF8F7},
+    {950, u"950   (ANSI/OEM - Traditional Chinese Big5)", wideLeads, u'?', 2, 0xF8F8},
     {1250, u"1250  (ANSI - Central Europe)"},
     {1251, u"1251  (ANSI - Cyrillic)"},
     {1252, u"1252  (ANSI - Latin I)"},
-    {1253, u"1253  (ANSI - Greek)"},
+    {1253, u"1253  (ANSI - Greek)", {}, u'?', 1, 0xF8F9},
     {1254, u"1254  (ANSI - Turkish)"},
-    {1255, u"1255  (ANSI - Hebrew)"},
+    {1255, u"1255  (ANSI - Hebrew)", {}, u'?', 1, 0xF88D},
     {1256, u"1256  (ANSI - Arabic)"},
-    {1257, u"1257  (ANSI - Baltic)"},
+    {1257, u"1257  (ANSI - Baltic)", {}, u'?', 1, 0xF8FC},
     {1258, u"1258  (ANSI/OEM - Viet Nam)"},
     {utf8CodePage, u"65001 (UTF-8)", {}, u'\uFFFD', 4},
 };
@@ -99,12 +98,8 @@ std::unique_ptr<CodePage> BuildByIconv(const CodePageFacts& facts) {
     Iconv encoder(name, "UTF-16LE");
     if (!decoder.IsOpen() || !encoder.IsOpen()) return nullptr;
 
-    // Windows gives a byte that means nothing the control character of its number.
     CodePage::SingleBytes single;
-    for (std::uint16_t byte = 0; byte < 256; ++byte) {
-        const char16_t unit = UnitOf(decoder, byte);
-        single[byte] = unit != 0 ? unit : static_cast<char16_t>(byte);
-    }
+    for (std::uint16_t byte = 0; byte < 256; ++byte) single[byte] = UnitOf(decoder, byte);
     auto page = std::make_unique<CodePage>(facts, single);
     for (unsigned lead = 0; lead < 256; ++lead) {
         if (!page->IsLeadByte(static_cast<std::uint8_t>(lead))) continue;
@@ -157,9 +152,24 @@ CodePage::CodePage(const CodePageFacts& pageFacts, const SingleBytes& single)
             singleBytes[byte] = 0;
         }
     }
+    unsigned byte = 0xA0;
+    while (byte < 256 && singleBytes[byte] == byte) ++byte;
+    hasLatin1 = byte == 256;
     pairs.resize(rows * std::size_t{256});
+    SetSingleBytes();
+}
+
+void CodePage::SetSingleBytes() {
+    char16_t nextUndefined = facts.undefinedFrom;
     for (std::uint16_t byte = 0; byte < 256; ++byte) {
-        if (leadRows[byte] == 0) SetCode(singleBytes[byte], byte);
+        if (leadRows[byte] != 0) continue;
+        char16_t& unit = singleBytes[byte];
+        if (unit == 0 && byte != 0) {
+            const bool isControl = (byte >= 0x80 && byte < 0xA0) || nextUndefined == 0;
+            undefined[byte] = !isControl;
+            unit = isControl ? byte : nextUndefined++;
+        }
+        SetCode(unit, byte);
     }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <bitset>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -19,6 +20,9 @@ struct CodePageFacts {
     std::array<std::uint8_t, 4> leadBytes = {};  // pairs of first and last; zeros for none
     char16_t unicodeDefault = u'?';              // what stands for bytes that mean nothing in the page
     UINT maxCharSize = 1;
+    // Windows gives the bytes that a page leaves undefined units of the private use area, in the order of the
+    // bytes, from this one on. 0: all are defined, those without a meaning as control characters.
+    char16_t undefinedFrom = 0;
 };
 
 // Null for a page that is not known here.
@@ -30,7 +34,8 @@ class CodePage {
   public:
     using SingleBytes = std::array<char16_t, 256>;
 
-    // Builds a page that has the single bytes of `single` and no others.
+    // Builds a page that has the single bytes of `single` and no others. Bytes that are 0 there, except the
+    // first, are undefined.
     CodePage(const CodePageFacts& facts, const SingleBytes& single);
 
     void AddPair(std::uint8_t lead, std::uint8_t trail, char16_t unit);
@@ -40,8 +45,12 @@ class CodePage {
 
     [[nodiscard]] const CodePageFacts& Facts() const noexcept { return facts; }
     [[nodiscard]] bool IsDoubleByte() const noexcept { return facts.maxCharSize == 2; }
+    // Whether 0xA0 to 0xFF are U+00A0 to U+00FF, as in page 1252. ASCII is itself in all pages.
+    [[nodiscard]] bool HasLatin1() const noexcept { return hasLatin1; }
+    [[nodiscard]] bool IsUndefined(std::uint8_t byte) const noexcept { return undefined[byte]; }
     [[nodiscard]] bool IsLeadByte(std::uint8_t byte) const noexcept { return leadRows[byte] != 0; }
 
+    [[nodiscard]] const SingleBytes& Bytes() const noexcept { return singleBytes; }
     [[nodiscard]] char16_t UnitOfByte(std::uint8_t byte) const noexcept { return singleBytes[byte]; }
     [[nodiscard]] char16_t UnitOfPair(std::uint8_t lead, std::uint8_t trail) const noexcept {
         return pairs[(leadRows[lead] - 1u) * 256u + trail];
@@ -52,10 +61,13 @@ class CodePage {
     }
 
   private:
+    void SetSingleBytes();
     void SetCode(char16_t unit, std::uint16_t code);
 
     const CodePageFacts& facts;
     SingleBytes singleBytes;
+    bool hasLatin1 = false;
+    std::bitset<256> undefined;
     std::array<std::uint8_t, 256> leadRows = {};   // 0: not a lead byte; else 1 + its row in `pairs`
     std::vector<char16_t> pairs;                   // rows of 256 by trail byte
     std::array<std::uint16_t, 256> codeRows = {};  // by a unit's high byte; row 0 is the empty one

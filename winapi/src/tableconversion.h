@@ -9,12 +9,14 @@
 #include <string_view>
 
 #include "codepage_tables.h"
+#include "vectors.h"
 
 namespace winapi {
 
 [[nodiscard]] std::size_t WideLength(const CodePage& page, std::string_view text) noexcept;
 [[nodiscard]] std::optional<std::size_t> WideFromPage(const CodePage& page, std::string_view text,
-                                                      std::span<char16_t> destination) noexcept;
+                                                      std::span<char16_t> destination,
+                                                      VectorSet vectors = BestVectorSet()) noexcept;
 
 // Whether every character of the text is one of the page's.
 [[nodiscard]] bool IsValidText(const CodePage& page, std::string_view text) noexcept;

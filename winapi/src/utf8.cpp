@@ -1,138 +1,141 @@
 #include "utf8.h"
 
-#include <cstdint>
+#include <algorithm>
+#include <type_traits>
+
+#include "ascii_run.h"
+#include "utf8_avx2.h"
+#include "utf8_baseline.h"
+#include "utf8_count.h"
+#include "utf8_rules.h"
 
 namespace winapi::utf8 {
 namespace {
 
-constexpr char32_t replacement = 0xFFFD;
+// What is converted unit by unit before the vector steps are tried again.
+constexpr std::size_t scalarStretch = 64;
 
-// One character, or the replacement for what is ill-formed.
-struct Decoded {
-    char32_t character;
-    std::size_t length;  // source units
-    bool wellFormed;
+// A conversion on its way.
+template <class From, class To>
+struct Cursor {
+    const From* from;
+    const From* end;
+    To* to;
+    To* toEnd;
+
+    Cursor(std::basic_string_view<From> text, std::span<To> destination) noexcept
+        : from(text.data()),
+          end(from + text.size()),
+          to(destination.data()),
+          toEnd(to + destination.size()) {}
+
+    [[nodiscard]] std::basic_string_view<From> Rest() const noexcept { return {from, Left()}; }
+    [[nodiscard]] std::size_t Left() const noexcept { return static_cast<std::size_t>(end - from); }
+    [[nodiscard]] std::size_t Room() const noexcept { return static_cast<std::size_t>(toEnd - to); }
+    [[nodiscard]] std::span<To> Destination() const noexcept { return {to, Room()}; }
+
+    void Advance(std::size_t read, std::size_t written) noexcept {
+        from += read;
+        to += written;
+    }
 };
 
-constexpr Decoded IllFormed(std::size_t length) {
-    return {replacement, length, false};
+template <class Unit>
+constexpr bool IsAscii(Unit unit) noexcept {
+    return static_cast<std::make_unsigned_t<Unit>>(unit) < 0x80;
 }
 
-constexpr bool IsContinuation(std::uint8_t byte) {
-    return (byte & 0xC0) == 0x80;
+std::size_t CopyAsciiRun(const char* from, char16_t* to) noexcept {
+    return WidenAsciiRun(from, to);
+}
+std::size_t CopyAsciiRun(const char16_t* from, char* to) noexcept {
+    return NarrowAsciiRun(from, to);
 }
 
-// The lead byte decides the length and the range of the second byte (The Unicode Standard, table 3-7).
-Decoded DecodeFirst(std::string_view text) noexcept {
-    const auto byte = [&](std::size_t i) { return static_cast<std::uint8_t>(text[i]); };
-    const std::uint8_t lead = byte(0);
-    if (lead < 0x80) return {lead, 1, true};
-    if (lead < 0xC2 || lead > 0xF4) return IllFormed(1);
-    const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    const std::uint8_t low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
-    const std::uint8_t high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
-    if (text.size() < 2 || byte(1) < low || byte(1) > high) return IllFormed(1);
-    char32_t character = (lead & (0x7Fu >> length)) << 6 | (byte(1) & 0x3Fu);
-    for (std::size_t i = 2; i < length; ++i) {
-        if (i == text.size() || !IsContinuation(byte(i))) return IllFormed(i);
-        character = character << 6 | (byte(i) & 0x3Fu);
+std::size_t Units(char32_t character, const char16_t*) noexcept {
+    return Utf16Units(character);
+}
+std::size_t Units(char32_t character, const char*) noexcept {
+    return Utf8Units(character);
+}
+
+// Converts the characters that begin in the next `length` units; false as soon as one has no room.
+template <class From, class To>
+bool ConvertStretch(Cursor<From, To>& at, std::size_t length) noexcept {
+    const From* const stop = at.from + std::min(at.Left(), length);
+    while (at.from < stop) {
+        if (IsAscii(*at.from) && at.Left() >= asciiRunSize && at.Room() >= asciiRunSize) {
+            const std::size_t run = CopyAsciiRun(at.from, at.to);
+            at.Advance(run, run);
+            continue;
+        }
+        const Decoded first = DecodeFirst(at.Rest());
+        if (at.Room() < Units(first.character, at.to)) return false;
+        at.to = Encode(first.character, at.to);
+        at.from += first.length;
     }
-    return {character, length, true};
+    return true;
 }
 
-constexpr bool IsHighSurrogate(char16_t unit) {
-    return (unit & 0xFC00) == 0xD800;
-}
-constexpr bool IsLowSurrogate(char16_t unit) {
-    return (unit & 0xFC00) == 0xDC00;
-}
-constexpr bool IsSurrogate(char16_t unit) {
-    return (unit & 0xF800) == 0xD800;
-}
-
-Decoded DecodeFirst(std::u16string_view text) noexcept {
-    const char16_t unit = text[0];
-    if (!IsSurrogate(unit)) return {unit, 1, true};
-    if (!IsHighSurrogate(unit) || text.size() < 2 || !IsLowSurrogate(text[1])) return IllFormed(1);
-    return {0x10000 + ((unit & 0x3FFu) << 10 | (text[1] & 0x3FFu)), 2, true};
-}
-
-constexpr std::size_t Utf16Units(char32_t character) {
-    return character < 0x10000 ? 1 : 2;
-}
-
-constexpr std::size_t Utf8Units(char32_t character) {
-    return character < 0x80 ? 1 : character < 0x800 ? 2 : character < 0x10000 ? 3 : 4;
-}
-
-void Encode(char32_t character, char16_t* to) noexcept {
-    if (character < 0x10000) {
-        to[0] = static_cast<char16_t>(character);
-    } else {
-        to[0] = static_cast<char16_t>(0xD7C0 + (character >> 10));
-        to[1] = static_cast<char16_t>(0xDC00 + (character & 0x3FF));
+// `vectorStep` takes what it can of the rest each time.
+template <class From, class To, class VectorStep>
+std::optional<std::size_t> Convert(std::basic_string_view<From> text, std::span<To> destination,
+                                   VectorSet vectors, VectorStep vectorStep) noexcept {
+    Cursor<From, To> at(text, destination);
+    const std::size_t stretch = vectors == VectorSet::avx2 ? scalarStretch : text.size();
+    while (at.from != at.end) {
+        if (vectors == VectorSet::avx2 && at.Left() >= scalarStretch) {
+            const Progress step = vectorStep(at.Rest(), at.Destination());
+            at.Advance(step.read, step.written);
+        }
+        if (!ConvertStretch(at, stretch)) return std::nullopt;
     }
-}
-
-void Encode(char32_t character, char* to) noexcept {
-    const std::size_t length = Utf8Units(character);
-    if (length == 1) {
-        to[0] = static_cast<char>(character);
-        return;
-    }
-    for (std::size_t i = length - 1; i > 0; --i) {
-        to[i] = static_cast<char>(0x80 | (character & 0x3F));
-        character >>= 6;
-    }
-    to[0] = static_cast<char>((0xF00 >> length) | character);
+    return destination.size() - at.Room();
 }
 
 }  // namespace
 
-std::size_t Utf16Length(std::string_view text) noexcept {
+std::size_t Utf16Length(std::string_view text, VectorSet vectors) noexcept {
     std::size_t units = 0;
     while (!text.empty()) {
-        const Decoded first = DecodeFirst(text);
-        units += Utf16Units(first.character);
-        text.remove_prefix(first.length);
+        if (text.size() >= scalarStretch) {
+            const Progress counted =
+                vectors == VectorSet::avx2 ? avx2::CountUtf16(text) : baseline::CountUtf16(text);
+            text.remove_prefix(counted.read);
+            units += counted.written;
+        }
+        const std::size_t stop = text.size() - std::min(text.size(), scalarStretch);
+        while (text.size() > stop) {
+            if (IsAscii(text[0]) && text.size() >= asciiRunSize) {
+                const std::size_t run = AsciiRun(text.data());
+                text.remove_prefix(run);
+                units += run;
+                continue;
+            }
+            const Decoded first = DecodeFirst(text);
+            text.remove_prefix(first.length);
+            units += Utf16Units(first.character);
+        }
     }
     return units;
 }
 
-std::size_t Utf8Length(std::u16string_view text) noexcept {
-    std::size_t units = 0;
-    while (!text.empty()) {
-        const Decoded first = DecodeFirst(text);
-        units += Utf8Units(first.character);
-        text.remove_prefix(first.length);
+std::size_t Utf8Length(std::u16string_view text, VectorSet vectors) noexcept {
+    Progress counted = vectors == VectorSet::avx2 ? avx2::CountUtf8(text) : CountUtf8Vectors<16>(text);
+    for (text.remove_prefix(counted.read); !text.empty(); text.remove_prefix(1)) {
+        counted.written += Utf8LengthOfFirst(text);
     }
-    return units;
+    return counted.written;
 }
 
-std::optional<std::size_t> ToUtf16(std::string_view text, std::span<char16_t> destination) noexcept {
-    std::size_t written = 0;
-    while (!text.empty()) {
-        const Decoded first = DecodeFirst(text);
-        const std::size_t units = Utf16Units(first.character);
-        if (destination.size() - written < units) return std::nullopt;
-        Encode(first.character, &destination[written]);
-        written += units;
-        text.remove_prefix(first.length);
-    }
-    return written;
+std::optional<std::size_t> ToUtf16(std::string_view text, std::span<char16_t> destination,
+                                   VectorSet vectors) noexcept {
+    return Convert(text, destination, vectors, avx2::ToUtf16);
 }
 
-std::optional<std::size_t> ToUtf8(std::u16string_view text, std::span<char> destination) noexcept {
-    std::size_t written = 0;
-    while (!text.empty()) {
-        const Decoded first = DecodeFirst(text);
-        const std::size_t units = Utf8Units(first.character);
-        if (destination.size() - written < units) return std::nullopt;
-        Encode(first.character, &destination[written]);
-        written += units;
-        text.remove_prefix(first.length);
-    }
-    return written;
+std::optional<std::size_t> ToUtf8(std::u16string_view text, std::span<char> destination,
+                                  VectorSet vectors) noexcept {
+    return Convert(text, destination, vectors, avx2::ToUtf8);
 }
 
 bool IsWellFormed(std::string_view text) noexcept {

@@ -8,18 +8,20 @@
 #include <span>
 #include <string_view>
 
+#include "vectors.h"
+
 namespace winapi::utf8 {
 
 // The units that the text takes in the other form; exact for ill-formed text too.
-[[nodiscard]] std::size_t Utf16Length(std::string_view text) noexcept;
-[[nodiscard]] std::size_t Utf8Length(std::u16string_view text) noexcept;
+[[nodiscard]] std::size_t Utf16Length(std::string_view text, VectorSet vectors = BestVectorSet()) noexcept;
+[[nodiscard]] std::size_t Utf8Length(std::u16string_view text, VectorSet vectors = BestVectorSet()) noexcept;
 
 // Converts and gives the units written, or nothing if the result doesn't fit; what then stands in the
 // destination is of no use. Nothing outside the two ranges is read or written.
-[[nodiscard]] std::optional<std::size_t> ToUtf16(std::string_view text,
-                                                 std::span<char16_t> destination) noexcept;
-[[nodiscard]] std::optional<std::size_t> ToUtf8(std::u16string_view text,
-                                                std::span<char> destination) noexcept;
+[[nodiscard]] std::optional<std::size_t> ToUtf16(std::string_view text, std::span<char16_t> destination,
+                                                 VectorSet vectors = BestVectorSet()) noexcept;
+[[nodiscard]] std::optional<std::size_t> ToUtf8(std::u16string_view text, std::span<char> destination,
+                                                VectorSet vectors = BestVectorSet()) noexcept;
 
 [[nodiscard]] bool IsWellFormed(std::string_view text) noexcept;
 [[nodiscard]] bool IsWellFormed(std::u16string_view text) noexcept;
