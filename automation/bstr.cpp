@@ -17,7 +17,9 @@ BSTR BstrOfBytes(const CStringA& text) {
     return SysAllocStringByteLen(text, static_cast<UINT>(text.GetLength()));
 }
 
-void FreeBstr(BSTR& target) noexcept { SysFreeString(std::exchange(target, nullptr)); }
+void FreeBstr(BSTR& target) noexcept {
+    SysFreeString(std::exchange(target, nullptr));
+}
 
 // The byte count that stands directly in front of the text.
 std::int32_t ByteCount(BSTR bstr) noexcept {
@@ -65,7 +67,9 @@ BSTR MakeBstr(const char* text) {
     return AllocatedBy("MakeBstr", text != nullptr ? SysAllocString(CStringWFromAnsi(text)) : nullptr);
 }
 
-BSTR MakeBstr(const WCHAR* text) { return AllocatedBy("MakeBstr", SysAllocString(text)); }
+BSTR MakeBstr(const WCHAR* text) {
+    return AllocatedBy("MakeBstr", SysAllocString(text));
+}
 
 VARIANT VariantFromCStringW(const CStringW& text) {
     VARIANT variant;

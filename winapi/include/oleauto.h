@@ -7,4 +7,5 @@
 #include "winapi/changetype.h"
 #include "winapi/dispatch.h"
 #include "winapi/errorinfo.h"
+#include "winapi/safearray.h"
 #include "winapi/variant.h"

@@ -25,7 +25,9 @@ BSTR CopyOf(BSTR text) noexcept {
 
 }  // namespace
 
-void WINAPI VariantInit(VARIANTARG* variant) noexcept { *variant = VARIANT{}; }
+void WINAPI VariantInit(VARIANTARG* variant) noexcept {
+    *variant = VARIANT{};
+}
 
 HRESULT WINAPI VariantClear(VARIANTARG* variant) {
     if (!IsClearableType(variant->vt)) return DISP_E_BADVARTYPE;

@@ -1,0 +1,454 @@
+#include "winapi/safearray.h"
+
+#include "oleheap.h"
+#include "winapi/dispatch.h"
+#include "winapi/errorcodes.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <limits>
+#include <optional>
+#include <span>
+#include <utility>
+
+namespace {
+
+// In front of each descriptor, as on Windows: the IID of the elements, or their VARTYPE in the last four
+// bytes.
+constexpr std::size_t prefixBytes = sizeof(IID);
+constexpr UINT maxDimensions = 0xFFFF;
+constexpr ULONG maxLocks = 0xFFFF;
+constexpr USHORT foreignBlock = FADF_AUTO | FADF_STATIC | FADF_EMBEDDED;
+constexpr USHORT interfaces = FADF_UNKNOWN | FADF_DISPATCH;
+
+constexpr std::size_t DescriptorBytes(UINT dimensions) noexcept {
+    return offsetof(SAFEARRAY, rgsabound) + dimensions * sizeof(SAFEARRAYBOUND);
+}
+
+// Of a vector, whose data block follows in the same allocation, aligned for any element.
+constexpr std::size_t vectorDescriptorBytes = (DescriptorBytes(1) + 7) / 8 * 8;
+
+char* Bytes(SAFEARRAY* array) noexcept {
+    return reinterpret_cast<char*>(array);
+}
+
+char* HiddenIid(SAFEARRAY* array) noexcept {
+    return Bytes(array) - prefixBytes;
+}
+
+char* HiddenType(SAFEARRAY* array) noexcept {
+    return Bytes(array) - sizeof(ULONG);
+}
+
+// In descriptor order.
+std::span<SAFEARRAYBOUND> Bounds(SAFEARRAY* array) noexcept {
+    return {array->rgsabound, array->cDims};
+}
+
+// Whether the data block was allocated for the array alone.
+bool OwnsBlock(SAFEARRAY* array) noexcept {
+    return (array->fFeatures & foreignBlock) == 0 && array->pvData != Bytes(array) + vectorDescriptorBytes;
+}
+
+// Bytes of the data block; nothing if 32 bits can't count them.
+std::optional<std::size_t> BlockBytes(ULONG elementBytes, std::span<const SAFEARRAYBOUND> bounds) noexcept {
+    constexpr std::uint64_t most = std::numeric_limits<ULONG>::max();
+    std::uint64_t bytes = elementBytes;
+    for (const SAFEARRAYBOUND& bound : bounds) {
+        if (bound.cElements == 0) return 0;
+        bytes = std::min(bytes * bound.cElements, most + 1);
+    }
+    if (bytes > most) return std::nullopt;
+    return static_cast<std::size_t>(bytes);
+}
+
+std::size_t BlockBytes(SAFEARRAY* array) noexcept {
+    return BlockBytes(array->cbElements, Bounds(array)).value_or(0);
+}
+
+void* AllocateZeroed(std::size_t bytes) noexcept {
+    void* const block = winapi::OleAllocate(std::max(bytes, std::size_t{1}));
+    if (block != nullptr) std::memset(block, 0, bytes);
+    return block;
+}
+
+// A descriptor, or a descriptor and its data block, of so many bytes, all zero but for the dimensions.
+SAFEARRAY* NewDescriptor(UINT dimensions, std::size_t bytes) noexcept {
+    auto* const block = static_cast<char*>(AllocateZeroed(prefixBytes + bytes));
+    if (block == nullptr) return nullptr;
+    auto* const array = reinterpret_cast<SAFEARRAY*>(block + prefixBytes);
+    array->cDims = static_cast<USHORT>(dimensions);
+    return array;
+}
+
+struct ElementType {
+    ULONG bytes;
+    USHORT features;
+};
+
+// 0 bytes for a type that no array can have.
+ElementType ElementTypeOf(VARTYPE type) noexcept {
+    switch (type) {
+        case VT_I1:
+        case VT_UI1:
+            return {1, FADF_HAVEVARTYPE};
+        case VT_I2:
+        case VT_UI2:
+        case VT_BOOL:
+            return {2, FADF_HAVEVARTYPE};
+        case VT_I4:
+        case VT_UI4:
+        case VT_INT:
+        case VT_UINT:
+        case VT_R4:
+        case VT_ERROR:
+            return {4, FADF_HAVEVARTYPE};
+        case VT_I8:
+        case VT_UI8:
+        case VT_R8:
+        case VT_CY:
+        case VT_DATE:
+            return {8, FADF_HAVEVARTYPE};
+        case VT_DECIMAL:
+            return {sizeof(DECIMAL), FADF_HAVEVARTYPE};
+        case VT_BSTR:
+            return {sizeof(BSTR), FADF_HAVEVARTYPE | FADF_BSTR};
+        case VT_VARIANT:
+            return {sizeof(VARIANT), FADF_HAVEVARTYPE | FADF_VARIANT};
+        case VT_UNKNOWN:
+            return {sizeof(IUnknown*), FADF_HAVEIID | FADF_UNKNOWN};
+        case VT_DISPATCH:
+            return {sizeof(IDispatch*), FADF_HAVEIID | FADF_DISPATCH};
+        default:
+            return {0, 0};
+    }
+}
+
+void SetType(SAFEARRAY* array, VARTYPE type, const ElementType& element, const void* iid) noexcept {
+    array->cbElements = element.bytes;
+    array->fFeatures = element.features;
+    if ((element.features & FADF_HAVEIID) == 0) {
+        const ULONG wide = type;
+        std::memcpy(HiddenType(array), &wide, sizeof wide);
+        return;
+    }
+    const IID& usual = type == VT_DISPATCH ? IID_IDispatch : IID_IUnknown;
+    std::memcpy(HiddenIid(array), iid != nullptr ? iid : &usual, sizeof(IID));
+}
+
+// Makes the raw bytes at `target` a copy of the element at `source`, with an ownership of its own.
+HRESULT CopyElement(const SAFEARRAY& array, void* target, const void* source) {
+    if ((array.fFeatures & FADF_VARIANT) != 0) {
+        auto* const variant = static_cast<VARIANT*>(target);
+        VariantInit(variant);
+        return VariantCopy(variant, static_cast<const VARIANT*>(source));
+    }
+    std::memcpy(target, source, array.cbElements);
+    if ((array.fFeatures & FADF_BSTR) != 0) {
+        const BSTR text = *static_cast<const BSTR*>(source);
+        if (text == nullptr) return S_OK;
+        const BSTR copy = SysAllocStringByteLen(reinterpret_cast<LPCSTR>(text), SysStringByteLen(text));
+        if (copy == nullptr) return E_OUTOFMEMORY;
+        *static_cast<BSTR*>(target) = copy;
+    } else if ((array.fFeatures & interfaces) != 0) {
+        IUnknown* const object = *static_cast<IUnknown* const*>(source);
+        if (object != nullptr) object->AddRef();
+    }
+    return S_OK;
+}
+
+// Gives up what the elements in `bytes` from `first` on own, and makes them zero.
+void ClearElements(const SAFEARRAY& array, void* first, std::size_t bytes) {
+    if ((array.fFeatures & FADF_VARIANT) != 0) {
+        for (VARIANT& variant : std::span(static_cast<VARIANT*>(first), bytes / sizeof(VARIANT))) {
+            VariantClear(&variant);
+        }
+    } else if ((array.fFeatures & FADF_BSTR) != 0) {
+        for (const BSTR text : std::span(static_cast<BSTR*>(first), bytes / sizeof(BSTR)))
+            SysFreeString(text);
+    } else if ((array.fFeatures & interfaces) != 0) {
+        for (IUnknown* const object : std::span(static_cast<IUnknown**>(first), bytes / sizeof(IUnknown*))) {
+            if (object != nullptr) object->Release();
+        }
+    }
+    if (bytes > 0) std::memset(first, 0, bytes);
+}
+
+bool IsLocked(SAFEARRAY* array) noexcept {
+    return std::atomic_ref(array->cLocks).load() != 0;
+}
+
+// Null for an index that is out of bounds, or an array without data.
+void* ElementAt(SAFEARRAY* array, const LONG* indices) noexcept {
+    std::size_t offset = 0;
+    std::size_t stride = array->cbElements;
+    const std::span<SAFEARRAYBOUND> bounds = Bounds(array);
+    for (std::size_t dimension = 0; dimension < bounds.size(); ++dimension) {
+        const SAFEARRAYBOUND& bound = bounds[bounds.size() - 1 - dimension];
+        const std::int64_t index = std::int64_t{indices[dimension]} - bound.lLbound;
+        if (index < 0 || index >= bound.cElements) return nullptr;
+        offset += static_cast<std::size_t>(index) * stride;
+        stride *= bound.cElements;
+    }
+    return array->pvData == nullptr ? nullptr : static_cast<char*>(array->pvData) + offset;
+}
+
+const SAFEARRAYBOUND* BoundOf(SAFEARRAY* array, UINT dimension) noexcept {
+    const std::span<SAFEARRAYBOUND> bounds = Bounds(array);
+    return dimension >= 1 && dimension <= bounds.size() ? &bounds[bounds.size() - dimension] : nullptr;
+}
+
+}  // namespace
+
+HRESULT WINAPI SafeArrayAllocDescriptor(UINT dimensions, SAFEARRAY** array) noexcept {
+    if (array == nullptr) return E_POINTER;
+    if (dimensions == 0 || dimensions > maxDimensions) return E_INVALIDARG;
+    SAFEARRAY* const fresh = NewDescriptor(dimensions, DescriptorBytes(dimensions));
+    if (fresh == nullptr) return E_OUTOFMEMORY;
+    *array = fresh;
+    return S_OK;
+}
+
+HRESULT WINAPI SafeArrayAllocData(SAFEARRAY* array) noexcept {
+    if (array == nullptr) return E_INVALIDARG;
+    const std::optional<std::size_t> bytes = BlockBytes(array->cbElements, Bounds(array));
+    void* const block = bytes ? AllocateZeroed(*bytes) : nullptr;
+    if (block == nullptr) return E_OUTOFMEMORY;
+    array->pvData = block;
+    return S_OK;
+}
+
+SAFEARRAY* WINAPI SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds) noexcept {
+    return SafeArrayCreateEx(type, dimensions, bounds, nullptr);
+}
+
+SAFEARRAY* WINAPI SafeArrayCreateEx(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds,
+                                    PVOID extra) noexcept {
+    const ElementType element = ElementTypeOf(type);
+    SAFEARRAY* array = nullptr;
+    if (element.bytes == 0 || FAILED(SafeArrayAllocDescriptor(dimensions, &array))) return nullptr;
+    SetType(array, type, element, extra);
+    std::reverse_copy(bounds, bounds + dimensions, array->rgsabound);
+    if (FAILED(SafeArrayAllocData(array))) {
+        SafeArrayDestroyDescriptor(array);
+        return nullptr;
+    }
+    return array;
+}
+
+SAFEARRAY* WINAPI SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG count) noexcept {
+    return SafeArrayCreateVectorEx(type, lowerBound, count, nullptr);
+}
+
+SAFEARRAY* WINAPI SafeArrayCreateVectorEx(VARTYPE type, LONG lowerBound, ULONG count, PVOID extra) noexcept {
+    const ElementType element = ElementTypeOf(type);
+    const SAFEARRAYBOUND bound{count, lowerBound};
+    const std::optional<std::size_t> bytes = BlockBytes(element.bytes, {&bound, 1});
+    if (element.bytes == 0 || !bytes || *bytes > PTRDIFF_MAX - prefixBytes - vectorDescriptorBytes)
+        return nullptr;
+    SAFEARRAY* const array = NewDescriptor(1, vectorDescriptorBytes + *bytes);
+    if (array == nullptr) return nullptr;
+    SetType(array, type, element, extra);
+    array->fFeatures |= FADF_CREATEVECTOR;
+    array->rgsabound[0] = bound;
+    array->pvData = Bytes(array) + vectorDescriptorBytes;
+    return array;
+}
+
+HRESULT WINAPI SafeArrayDestroy(SAFEARRAY* array) {
+    if (array == nullptr) return S_OK;
+    const HRESULT destroyed = SafeArrayDestroyData(array);
+    return FAILED(destroyed) ? destroyed : SafeArrayDestroyDescriptor(array);
+}
+
+HRESULT WINAPI SafeArrayDestroyData(SAFEARRAY* array) {
+    if (array == nullptr) return E_INVALIDARG;
+    if (IsLocked(array)) return DISP_E_ARRAYISLOCKED;
+    if (array->pvData == nullptr) return S_OK;
+    ClearElements(*array, array->pvData, BlockBytes(array));
+    if (OwnsBlock(array)) {
+        winapi::OleFree(array->pvData);
+        array->pvData = nullptr;
+    }
+    return S_OK;
+}
+
+HRESULT WINAPI SafeArrayDestroyDescriptor(SAFEARRAY* array) noexcept {
+    if (array == nullptr) return S_OK;
+    if (IsLocked(array)) return DISP_E_ARRAYISLOCKED;
+    winapi::OleFree(HiddenIid(array));
+    return S_OK;
+}
+
+HRESULT WINAPI SafeArrayRedim(SAFEARRAY* array, SAFEARRAYBOUND* bound) {
+    if (array == nullptr || bound == nullptr || array->cDims == 0) return E_INVALIDARG;
+    if (IsLocked(array) || (array->fFeatures & FADF_FIXEDSIZE) != 0) return DISP_E_ARRAYISLOCKED;
+
+    // Elements of the rightmost dimension lie one behind the other, so the block grows or shrinks at its end.
+    const std::size_t oldBytes = BlockBytes(array);
+    const ULONG oldCount = std::exchange(array->rgsabound[0].cElements, bound->cElements);
+    const std::optional<std::size_t> newBytes = BlockBytes(array->cbElements, Bounds(array));
+    const auto refused = [&](HRESULT why) {
+        array->rgsabound[0].cElements = oldCount;
+        return why;
+    };
+    if (!newBytes) return refused(E_OUTOFMEMORY);
+    if (*newBytes > oldBytes && (array->fFeatures & foreignBlock) != 0) return refused(DISP_E_ARRAYISLOCKED);
+
+    auto* const oldBlock = static_cast<char*>(array->pvData);
+    if (oldBlock == nullptr || *newBytes > oldBytes) {
+        void* const block = AllocateZeroed(*newBytes);
+        if (block == nullptr) return refused(E_OUTOFMEMORY);
+        if (oldBlock != nullptr) {
+            std::memcpy(block, oldBlock, oldBytes);
+            if (OwnsBlock(array)) winapi::OleFree(oldBlock);
+        }
+        array->pvData = block;
+    } else {
+        ClearElements(*array, oldBlock + *newBytes, oldBytes - *newBytes);
+    }
+    array->rgsabound[0].lLbound = bound->lLbound;
+    return S_OK;
+}
+
+UINT WINAPI SafeArrayGetDim(SAFEARRAY* array) noexcept {
+    return array == nullptr ? 0 : array->cDims;
+}
+
+UINT WINAPI SafeArrayGetElemsize(SAFEARRAY* array) noexcept {
+    return array == nullptr ? 0 : array->cbElements;
+}
+
+HRESULT WINAPI SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound) noexcept {
+    if (array == nullptr || bound == nullptr) return E_INVALIDARG;
+    const SAFEARRAYBOUND* const found = BoundOf(array, dimension);
+    if (found == nullptr) return DISP_E_BADINDEX;
+    *bound = found->lLbound;
+    return S_OK;
+}
+
+HRESULT WINAPI SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound) noexcept {
+    if (array == nullptr || bound == nullptr) return E_INVALIDARG;
+    const SAFEARRAYBOUND* const found = BoundOf(array, dimension);
+    if (found == nullptr) return DISP_E_BADINDEX;
+    *bound = static_cast<LONG>(static_cast<ULONG>(found->lLbound) + found->cElements - 1);
+    return S_OK;
+}
+
+HRESULT WINAPI SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type) noexcept {
+    if (array == nullptr || type == nullptr) return E_INVALIDARG;
+    if ((array->fFeatures & FADF_HAVEVARTYPE) != 0) {
+        ULONG hidden = 0;
+        std::memcpy(&hidden, HiddenType(array), sizeof hidden);
+        *type = static_cast<VARTYPE>(hidden);
+    } else if ((array->fFeatures & FADF_DISPATCH) != 0) {
+        *type = VT_DISPATCH;
+    } else if ((array->fFeatures & FADF_UNKNOWN) != 0) {
+        *type = VT_UNKNOWN;
+    } else {
+        return E_INVALIDARG;
+    }
+    return S_OK;
+}
+
+HRESULT WINAPI SafeArrayLock(SAFEARRAY* array) noexcept {
+    if (array == nullptr) return E_INVALIDARG;
+    const std::atomic_ref locks(array->cLocks);
+    for (ULONG held = locks.load(); held < maxLocks;) {
+        if (locks.compare_exchange_weak(held, held + 1)) return S_OK;
+    }
+    return E_UNEXPECTED;
+}
+
+HRESULT WINAPI SafeArrayUnlock(SAFEARRAY* array) noexcept {
+    if (array == nullptr) return E_INVALIDARG;
+    const std::atomic_ref locks(array->cLocks);
+    for (ULONG held = locks.load(); held > 0;) {
+        if (locks.compare_exchange_weak(held, held - 1)) return S_OK;
+    }
+    return E_UNEXPECTED;
+}
+
+HRESULT WINAPI SafeArrayAccessData(SAFEARRAY* array, void** data) noexcept {
+    if (array == nullptr || data == nullptr) return E_INVALIDARG;
+    const HRESULT locked = SafeArrayLock(array);
+    if (SUCCEEDED(locked)) *data = array->pvData;
+    return locked;
+}
+
+HRESULT WINAPI SafeArrayUnaccessData(SAFEARRAY* array) noexcept {
+    return SafeArrayUnlock(array);
+}
+
+HRESULT WINAPI SafeArrayPtrOfIndex(SAFEARRAY* array, LONG* indices, void** element) noexcept {
+    if (array == nullptr || indices == nullptr || element == nullptr) return E_INVALIDARG;
+    void* const found = ElementAt(array, indices);
+    if (found == nullptr) return DISP_E_BADINDEX;
+    *element = found;
+    return S_OK;
+}
+
+HRESULT WINAPI SafeArrayGetElement(SAFEARRAY* array, LONG* indices, void* value) {
+    if (array == nullptr || indices == nullptr || value == nullptr) return E_INVALIDARG;
+    const void* const element = ElementAt(array, indices);
+    return element == nullptr ? DISP_E_BADINDEX : CopyElement(*array, value, element);
+}
+
+HRESULT WINAPI SafeArrayPutElement(SAFEARRAY* array, LONG* indices, void* value) {
+    if (array == nullptr || indices == nullptr) return E_INVALIDARG;
+    void* const element = ElementAt(array, indices);
+    if (element == nullptr) return DISP_E_BADINDEX;
+    const bool itself = (array->fFeatures & (FADF_BSTR | interfaces)) != 0;
+    if (!itself && value == nullptr) return E_INVALIDARG;
+    if (!itself && (array->fFeatures & FADF_VARIANT) == 0) {
+        std::memmove(element, value, array->cbElements);
+        return S_OK;
+    }
+
+    // The new one is whole before the old one goes, which it may be a part of.
+    VARIANT copy;
+    HRESULT copied = S_OK;
+    if ((array->fFeatures & FADF_BSTR) != 0 && value == nullptr) {
+        void* const empty = SysAllocStringLen(nullptr, 0);
+        if (empty == nullptr) copied = E_OUTOFMEMORY;
+        std::memcpy(&copy, &empty, sizeof empty);
+    } else {
+        copied = CopyElement(*array, &copy, itself ? &value : value);
+    }
+    if (FAILED(copied)) return copied;
+    ClearElements(*array, element, array->cbElements);
+    std::memcpy(element, &copy, array->cbElements);
+    return S_OK;
+}
+
+HRESULT WINAPI SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy) {
+    if (copy == nullptr) return E_INVALIDARG;
+    *copy = nullptr;
+    if (array == nullptr) return S_OK;
+    SAFEARRAY* fresh = nullptr;
+    HRESULT made = SafeArrayAllocDescriptor(array->cDims, &fresh);
+    if (FAILED(made)) return made;
+    std::memcpy(HiddenIid(fresh), HiddenIid(array), prefixBytes);
+    std::ranges::copy(Bounds(array), fresh->rgsabound);
+    fresh->cbElements = array->cbElements;
+    fresh->fFeatures = array->fFeatures & ~(foreignBlock | FADF_FIXEDSIZE | FADF_CREATEVECTOR);
+    made = SafeArrayAllocData(fresh);
+
+    const std::size_t bytes = array->pvData == nullptr ? 0 : BlockBytes(array);
+    if (SUCCEEDED(made) && (array->fFeatures & (FADF_BSTR | FADF_VARIANT | interfaces)) == 0) {
+        if (bytes > 0) std::memcpy(fresh->pvData, array->pvData, bytes);
+    } else {
+        for (std::size_t done = 0; SUCCEEDED(made) && done < bytes; done += array->cbElements) {
+            void* const target = static_cast<char*>(fresh->pvData) + done;
+            made = CopyElement(*array, target, static_cast<const char*>(array->pvData) + done);
+            if (FAILED(made)) std::memset(target, 0, array->cbElements);
+        }
+    }
+    if (FAILED(made)) {
+        SafeArrayDestroy(fresh);
+        return made;
+    }
+    *copy = fresh;
+    return S_OK;
+}
