@@ -1,0 +1,39 @@
+#include "platform/mutex.h"
+
+#include "errors/vex.h"
+#include "platform/securityattributes.h"
+
+CStringW MakeKernelObjectName(const CStringW& name, int global) {
+    return CStringW(global != 0 ? TEXT("Global\\") : TEXT("Local\\")) + name;
+}
+
+CStringW MakeMutexName(const CStringW& name, bool appendVersionSuffix, int global) {
+    return MakeKernelObjectName(appendVersionSuffix ? name + TEXT("_v8") : name, global);
+}
+
+Mutex::Mutex(const CStringW& name, bool appendVersionSuffix, int global, bool* alreadyExisted)
+    : Mutex(name, appendVersionSuffix, global, alreadyExisted, false) {}
+
+Mutex::Mutex(const CStringW& name, bool appendVersionSuffix, int global, bool* alreadyExisted,
+             bool initialOwner)
+    : name_(MakeMutexName(name, appendVersionSuffix, global)) {
+    handle_ = CreateMutexW(NullSecurityAttributes().get(), initialOwner ? TRUE : FALSE, name_.GetString());
+    if (handle_ == nullptr) {
+        const DWORD error = GetLastError();
+        throw VexKernelObjectError("Mutex::Mutex", VexCode::MutexCreate, CStringWFormat(TEXT("%d"), error),
+                                   name);
+    }
+    if (alreadyExisted != nullptr) *alreadyExisted = GetLastError() == ERROR_ALREADY_EXISTS;
+}
+
+Mutex::~Mutex() {
+    if (handle_ != INVALID_HANDLE_VALUE) CloseHandle(handle_);
+}
+
+bool Mutex::Exists(const CStringW& name, bool appendVersionSuffix, int global) {
+    const CStringW fullName = MakeMutexName(name, appendVersionSuffix, global);
+    const HANDLE handle = OpenMutexW(MUTEX_ALL_ACCESS, FALSE, fullName.GetString());
+    if (handle == nullptr) return false;
+    CloseHandle(handle);
+    return true;
+}
