@@ -10,6 +10,9 @@ namespace excelhost {
 // The arguments behind the program's name, in UTF-8.
 [[nodiscard]] std::vector<std::string> ArgumentsFrom(int count, char** arguments);
 
+// The folder of the program's own file.
+[[nodiscard]] std::filesystem::path OwnFolder();
+
 // Keeps the standard output stream from changing line ends.
 void MakeStandardOutputBinary();
 

@@ -20,6 +20,12 @@ std::vector<std::string> ArgumentsFrom(int, char**) {
     return arguments;
 }
 
+std::filesystem::path OwnFolder() {
+    std::wstring path(32768, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return std::filesystem::path(path).parent_path();
+}
+
 void MakeStandardOutputBinary() {
     _setmode(_fileno(stdout), _O_BINARY);
 }
