@@ -1,0 +1,1 @@
+kestrolumen_bench(objectmodel USES objectmodel excelhost_automation)
