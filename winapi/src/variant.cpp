@@ -16,7 +16,7 @@ bool IsVariantType(VARTYPE type) noexcept {
 
 // Microsoft's VariantClear takes a CLSID too, VariantCopy doesn't.
 bool IsClearableType(VARTYPE type) noexcept {
-    return IsVariantType(type) || (type & VT_TYPEMASK & ~(VT_ARRAY | VT_BYREF)) == VT_CLSID;
+    return IsVariantType(type) || (type & ~(VT_ARRAY | VT_BYREF)) == VT_CLSID;
 }
 
 BSTR CopyOf(BSTR text) noexcept {
