@@ -67,5 +67,6 @@ unsigned char* _mbsinc(const unsigned char* current) noexcept {
 }
 
 unsigned int _mbsnextc(const unsigned char* text) noexcept {
-    return IsLead(text[0]) ? text[0] << 8u | text[1] : text[0];
+    const unsigned int first = text[0];
+    return IsLead(text[0]) ? first << 8u | text[1] : first;
 }
