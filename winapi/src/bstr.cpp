@@ -1,8 +1,7 @@
 #include "winapi/bstr.h"
 
-#include "oleheap.h"
-
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <string>
@@ -16,16 +15,20 @@ constexpr std::size_t unitBytes = sizeof(OLECHAR);
 // Text and prefix and terminator together stay within what 32 bits count.
 constexpr UINT maxTextBytes = std::numeric_limits<UINT>::max() - prefixBytes - 2 * unitBytes;
 
-char* Block(BSTR text) noexcept { return reinterpret_cast<char*>(text) - prefixBytes; }
+char* Block(BSTR text) noexcept {
+    return reinterpret_cast<char*>(text) - prefixBytes;
+}
 
-char* CountOf(BSTR text) noexcept { return reinterpret_cast<char*>(text) - sizeof(UINT); }
+char* CountOf(BSTR text) noexcept {
+    return reinterpret_cast<char*>(text) - sizeof(UINT);
+}
 
 // Text of any content, ended by a zero unit that stands at an even offset, so that a text of odd bytes ends
 // for whoever reads units too.
 BSTR NewBstr(UINT bytes) noexcept {
     if (bytes > maxTextBytes) return nullptr;
     const std::size_t evenBytes = std::size_t{bytes} + bytes % unitBytes;
-    auto* const block = static_cast<char*>(winapi::OleAllocate(prefixBytes + evenBytes + unitBytes));
+    auto* const block = static_cast<char*>(std::malloc(prefixBytes + evenBytes + unitBytes));
     if (block == nullptr) return nullptr;
     auto* const text = reinterpret_cast<BSTR>(block + prefixBytes);
     std::memcpy(CountOf(text), &bytes, sizeof bytes);
@@ -39,7 +42,9 @@ BSTR NewBstr(const void* source, UINT bytes) noexcept {
     return text;
 }
 
-constexpr bool UnitsFit(std::size_t units) noexcept { return units <= maxTextBytes / unitBytes; }
+constexpr bool UnitsFit(std::size_t units) noexcept {
+    return units <= maxTextBytes / unitBytes;
+}
 
 }  // namespace
 
@@ -53,7 +58,9 @@ BSTR WINAPI SysAllocStringLen(const OLECHAR* text, UINT length) noexcept {
     return UnitsFit(length) ? NewBstr(text, length * UINT{unitBytes}) : nullptr;
 }
 
-BSTR WINAPI SysAllocStringByteLen(LPCSTR text, UINT length) noexcept { return NewBstr(text, length); }
+BSTR WINAPI SysAllocStringByteLen(LPCSTR text, UINT length) noexcept {
+    return NewBstr(text, length);
+}
 
 INT WINAPI SysReAllocString(BSTR* target, const OLECHAR* text) noexcept {
     if (target == nullptr) return FALSE;
@@ -77,10 +84,12 @@ INT WINAPI SysReAllocStringLen(BSTR* target, const OLECHAR* text, UINT length) n
 }
 
 void WINAPI SysFreeString(BSTR text) noexcept {
-    if (text != nullptr) winapi::OleFree(Block(text));
+    if (text != nullptr) std::free(Block(text));
 }
 
-UINT WINAPI SysStringLen(BSTR text) noexcept { return SysStringByteLen(text) / UINT{unitBytes}; }
+UINT WINAPI SysStringLen(BSTR text) noexcept {
+    return SysStringByteLen(text) / UINT{unitBytes};
+}
 
 UINT WINAPI SysStringByteLen(BSTR text) noexcept {
     if (text == nullptr) return 0;

@@ -1,11 +1,11 @@
 #include "winapi/safearray.h"
 
-#include "oleheap.h"
 #include "winapi/dispatch.h"
 #include "winapi/errorcodes.h"
 
 #include <algorithm>
 #include <atomic>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <optional>
@@ -68,9 +68,7 @@ std::size_t BlockBytes(SAFEARRAY* array) noexcept {
 }
 
 void* AllocateZeroed(std::size_t bytes) noexcept {
-    void* const block = winapi::OleAllocate(std::max(bytes, std::size_t{1}));
-    if (block != nullptr) std::memset(block, 0, bytes);
-    return block;
+    return std::calloc(std::max(bytes, std::size_t{1}), 1);
 }
 
 // A descriptor, or a descriptor and its data block, of so many bytes, all zero but for the dimensions.
@@ -268,7 +266,7 @@ HRESULT WINAPI SafeArrayDestroyData(SAFEARRAY* array) {
     if (array->pvData == nullptr) return S_OK;
     ClearElements(*array, array->pvData, BlockBytes(array));
     if (OwnsBlock(array)) {
-        winapi::OleFree(array->pvData);
+        std::free(array->pvData);
         array->pvData = nullptr;
     }
     return S_OK;
@@ -277,7 +275,7 @@ HRESULT WINAPI SafeArrayDestroyData(SAFEARRAY* array) {
 HRESULT WINAPI SafeArrayDestroyDescriptor(SAFEARRAY* array) noexcept {
     if (array == nullptr) return S_OK;
     if (IsLocked(array)) return DISP_E_ARRAYISLOCKED;
-    winapi::OleFree(HiddenIid(array));
+    std::free(HiddenIid(array));
     return S_OK;
 }
 
@@ -302,7 +300,7 @@ HRESULT WINAPI SafeArrayRedim(SAFEARRAY* array, SAFEARRAYBOUND* bound) {
         if (block == nullptr) return refused(E_OUTOFMEMORY);
         if (oldBlock != nullptr) {
             std::memcpy(block, oldBlock, oldBytes);
-            if (OwnsBlock(array)) winapi::OleFree(oldBlock);
+            if (OwnsBlock(array)) std::free(oldBlock);
         }
         array->pvData = block;
     } else {

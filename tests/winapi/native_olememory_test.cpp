@@ -3,11 +3,10 @@
 #include <windows.h>
 #include <oleauto.h>
 
-#include "winapi/faults.h"
+#include "support/allocations.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 
 namespace {
@@ -20,52 +19,50 @@ VARIANT OfBstr(const WCHAR* text) {
     return variant;
 }
 
-// Runs `attempt` with 0, 1, 2, ... allocations granted until it succeeds. It gives whether it succeeded and
-// cleans up after itself. Gives the number of failures.
-int FailuresUntilSuccess(const std::function<bool()>& attempt) {
-    for (int failures = 0;; ++failures) {
-        const std::size_t before = winapi::LiveAllocations();
-        bool struck = false;
-        bool succeeded = false;
-        {
-            const winapi::AllocationFaults faults(static_cast<std::size_t>(failures));
-            succeeded = attempt();
-            struck = faults.Struck();
-        }
-        EXPECT_EQ(succeeded, !struck);
-        EXPECT_EQ(winapi::LiveAllocations(), before);
-        if (!struck) return failures;
-    }
+template <typename Call>
+auto WithoutMemory(Call call) {
+    const support::AllocationFault fault(1);
+    const auto result = call();
+    EXPECT_TRUE(fault.Struck());
+    return result;
 }
 
-TEST(OleHeap, AFailedBstrIsNull) {
+// Runs `attempt` with each of its allocations failing in turn; it gives whether it succeeded and cleans up
+// after itself. Gives the number of failures.
+template <typename Attempt>
+std::size_t FailuresOf(Attempt attempt) {
+    const auto before = support::LiveBlocks();
+    bool succeeded = false;
+    const std::size_t failures = support::FailEachAllocation([&] { succeeded = attempt(); },
+                                                             [&] {
+                                                                 EXPECT_FALSE(succeeded);
+                                                                 EXPECT_EQ(support::LiveBlocks(), before);
+                                                             });
+    EXPECT_TRUE(succeeded);
+    return failures;
+}
+
+TEST(OleMemory, AFailedBstrIsNull) {
     BSTR text = SysAllocString(TEXT("kept"));
     const BSTR before = text;
-    {
-        const winapi::AllocationFaults faults(0);
-        EXPECT_EQ(SysAllocString(TEXT("x")), nullptr);
-        EXPECT_EQ(SysAllocStringLen(TEXT("x"), 1), nullptr);
-        EXPECT_EQ(SysAllocStringByteLen("x", 1), nullptr);
-        EXPECT_FALSE(SysReAllocString(&text, TEXT("longer")));
-        EXPECT_FALSE(SysReAllocStringLen(&text, TEXT("longer"), 6));
-        EXPECT_TRUE(faults.Struck());
-    }
+    EXPECT_EQ(WithoutMemory([] { return SysAllocString(TEXT("x")); }), nullptr);
+    EXPECT_EQ(WithoutMemory([] { return SysAllocStringLen(TEXT("x"), 1); }), nullptr);
+    EXPECT_EQ(WithoutMemory([] { return SysAllocStringByteLen("x", 1); }), nullptr);
+    EXPECT_FALSE(WithoutMemory([&] { return SysReAllocString(&text, TEXT("longer")); }));
+    EXPECT_FALSE(WithoutMemory([&] { return SysReAllocStringLen(&text, TEXT("longer"), 6); }));
     EXPECT_EQ(text, before);
     SysFreeString(text);
 }
 
-TEST(OleHeap, AFailedVariantCopyLeavesTheTargetEmpty) {
+TEST(OleMemory, AFailedVariantCopyLeavesTheTargetEmpty) {
     VARIANT source = OfBstr(TEXT("text"));
     VARIANT target = OfBstr(TEXT("what was there"));
-    {
-        const winapi::AllocationFaults faults(0);
-        EXPECT_EQ(VariantCopy(&target, &source), E_OUTOFMEMORY);
-    }
+    EXPECT_EQ(WithoutMemory([&] { return VariantCopy(&target, &source); }), E_OUTOFMEMORY);
     EXPECT_EQ(target.vt, VT_EMPTY);
     VariantClear(&source);
 }
 
-TEST(OleHeap, AVariantWithALockedArrayIsNotCopiedOver) {
+TEST(OleMemory, AVariantWithALockedArrayIsNotCopiedOver) {
     VARIANT target;
     VariantInit(&target);
     target.vt = VT_ARRAY | VT_I4;
@@ -79,15 +76,15 @@ TEST(OleHeap, AVariantWithALockedArrayIsNotCopiedOver) {
     VariantClear(&source);
 }
 
-TEST(OleHeap, EveryStepOfAnArraysCreationMayFail) {
+TEST(OleMemory, EveryStepOfAnArraysCreationMayFail) {
     SAFEARRAYBOUND bounds[] = {{2, 0}, {3, 0}};
-    EXPECT_EQ(FailuresUntilSuccess([&] {
+    EXPECT_EQ(FailuresOf([&] {
                   SAFEARRAY* const array = SafeArrayCreate(VT_R8, 2, bounds);
                   SafeArrayDestroy(array);
                   return array != nullptr;
               }),
               2);
-    EXPECT_EQ(FailuresUntilSuccess([&] {
+    EXPECT_EQ(FailuresOf([&] {
                   SAFEARRAY* const array = SafeArrayCreateVector(VT_R8, 0, 3);
                   SafeArrayDestroy(array);
                   return array != nullptr;
@@ -95,7 +92,7 @@ TEST(OleHeap, EveryStepOfAnArraysCreationMayFail) {
               1);
 }
 
-TEST(OleHeap, EveryStepOfAnArraysCopyMayFail) {
+TEST(OleMemory, EveryStepOfAnArraysCopyMayFail) {
     SAFEARRAYBOUND bound{4, 0};
     SAFEARRAY* const array = SafeArrayCreate(VT_VARIANT, 1, &bound);
     for (LONG i = 0; i < 3; ++i) {
@@ -103,7 +100,7 @@ TEST(OleHeap, EveryStepOfAnArraysCopyMayFail) {
         EXPECT_EQ(SafeArrayPutElement(array, &i, &text), S_OK);
         VariantClear(&text);
     }
-    EXPECT_EQ(FailuresUntilSuccess([&] {
+    EXPECT_EQ(FailuresOf([&] {
                   SAFEARRAY* copy = array;
                   const HRESULT copied = SafeArrayCopy(array, &copy);
                   EXPECT_EQ(copy == nullptr, copied == E_OUTOFMEMORY);
@@ -114,7 +111,7 @@ TEST(OleHeap, EveryStepOfAnArraysCopyMayFail) {
     SafeArrayDestroy(array);
 }
 
-TEST(OleHeap, AFailedElementOrResizeLeavesTheArray) {
+TEST(OleMemory, AFailedElementOrResizeLeavesTheArray) {
     SAFEARRAYBOUND bound{2, 0};
     SAFEARRAY* const array = SafeArrayCreate(VT_BSTR, 1, &bound);
     LONG index = 0;
@@ -123,13 +120,10 @@ TEST(OleHeap, AFailedElementOrResizeLeavesTheArray) {
     const BSTR stored = *static_cast<BSTR*>(array->pvData);
     bound = {5, 7};
     BSTR read = nullptr;
-    {
-        const winapi::AllocationFaults faults(0);
-        EXPECT_EQ(SafeArrayPutElement(array, &index, text), E_OUTOFMEMORY);
-        EXPECT_EQ(SafeArrayPutElement(array, &index, nullptr), E_OUTOFMEMORY);
-        EXPECT_EQ(SafeArrayGetElement(array, &index, &read), E_OUTOFMEMORY);
-        EXPECT_EQ(SafeArrayRedim(array, &bound), E_OUTOFMEMORY);
-    }
+    EXPECT_EQ(WithoutMemory([&] { return SafeArrayPutElement(array, &index, text); }), E_OUTOFMEMORY);
+    EXPECT_EQ(WithoutMemory([&] { return SafeArrayPutElement(array, &index, nullptr); }), E_OUTOFMEMORY);
+    EXPECT_EQ(WithoutMemory([&] { return SafeArrayGetElement(array, &index, &read); }), E_OUTOFMEMORY);
+    EXPECT_EQ(WithoutMemory([&] { return SafeArrayRedim(array, &bound); }), E_OUTOFMEMORY);
     EXPECT_EQ(*static_cast<BSTR*>(array->pvData), stored);
     EXPECT_EQ(array->rgsabound[0].cElements, 2u);
     EXPECT_EQ(array->rgsabound[0].lLbound, 0);
@@ -138,7 +132,7 @@ TEST(OleHeap, AFailedElementOrResizeLeavesTheArray) {
     SafeArrayDestroy(array);
 }
 
-TEST(OleHeap, BlocksBeyondThirtyTwoBitsAreRefused) {
+TEST(OleMemory, BlocksBeyondThirtyTwoBitsAreRefused) {
     SAFEARRAYBOUND bounds[] = {{0x10000, 0}, {0x10000, 0}};
     EXPECT_EQ(SafeArrayCreate(VT_R8, 2, bounds), nullptr);
     EXPECT_EQ(SafeArrayCreate(VT_UI1, 2, bounds), nullptr);
@@ -151,7 +145,7 @@ TEST(OleHeap, BlocksBeyondThirtyTwoBitsAreRefused) {
     SafeArrayDestroy(array);
 }
 
-TEST(OleHeap, DataElsewhereIsNeitherFreedNorMoved) {
+TEST(OleMemory, DataElsewhereIsNeitherFreedNorMoved) {
     for (const int feature : {FADF_AUTO, FADF_STATIC, FADF_EMBEDDED}) {
         LONG data[] = {1, 2};
         SAFEARRAY* array = nullptr;
@@ -171,8 +165,8 @@ TEST(OleHeap, DataElsewhereIsNeitherFreedNorMoved) {
     }
 }
 
-TEST(OleHeap, AVectorsBlockMovesOutAsItGrows) {
-    const std::size_t before = winapi::LiveAllocations();
+TEST(OleMemory, AVectorsBlockMovesOutAsItGrows) {
+    const auto before = support::LiveBlocks();
     SAFEARRAY* const array = SafeArrayCreateVector(VT_I4, 0, 2);
     static_cast<LONG*>(array->pvData)[1] = 5;
     SAFEARRAYBOUND bound{1000, 0};
@@ -181,7 +175,7 @@ TEST(OleHeap, AVectorsBlockMovesOutAsItGrows) {
     bound.cElements = 2000;
     EXPECT_EQ(SafeArrayRedim(array, &bound), S_OK);
     EXPECT_EQ(SafeArrayDestroy(array), S_OK);
-    EXPECT_EQ(winapi::LiveAllocations(), before);
+    EXPECT_EQ(support::LiveBlocks(), before);
 }
 
 }  // namespace
