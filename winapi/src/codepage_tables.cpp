@@ -49,14 +49,14 @@ constexpr CodePageFacts knownPages[] = {
 // One conversion of iconv's, open as long as the object lives.
 class Iconv {
   public:
-    Iconv(const std::string& to, const std::string& from) : handle(iconv_open(to.c_str(), from.c_str())) {}
+    Iconv(const std::string& to, const std::string& from) : handle_(iconv_open(to.c_str(), from.c_str())) {}
     ~Iconv() {
-        if (IsOpen()) iconv_close(handle);
+        if (IsOpen()) iconv_close(handle_);
     }
     Iconv(const Iconv&) = delete;
     Iconv& operator=(const Iconv&) = delete;
 
-    [[nodiscard]] bool IsOpen() const noexcept { return reinterpret_cast<std::intptr_t>(handle) != -1; }
+    [[nodiscard]] bool IsOpen() const noexcept { return reinterpret_cast<std::intptr_t>(handle_) != -1; }
 
     // The result in bytes, or nothing if iconv refuses the source or has to substitute.
     std::optional<std::string> Convert(std::string source) {
@@ -65,16 +65,16 @@ class Iconv {
         std::size_t inLeft = source.size();
         char* out = result.data();
         std::size_t outLeft = result.size();
-        iconv(handle, nullptr, nullptr, nullptr, nullptr);
-        const bool exact = iconv(handle, &in, &inLeft, &out, &outLeft) == 0 &&
-                           iconv(handle, nullptr, nullptr, &out, &outLeft) == 0;
+        iconv(handle_, nullptr, nullptr, nullptr, nullptr);
+        const bool exact = iconv(handle_, &in, &inLeft, &out, &outLeft) == 0 &&
+                           iconv(handle_, nullptr, nullptr, &out, &outLeft) == 0;
         if (!exact) return std::nullopt;
         result.resize(result.size() - outLeft);
         return result;
     }
 
   private:
-    iconv_t handle;
+    iconv_t handle_;
 };
 
 std::string Bytes(std::uint16_t code) {
@@ -100,6 +100,7 @@ std::unique_ptr<CodePage> BuildByIconv(const CodePageFacts& facts) {
 
     CodePage::SingleBytes single;
     for (std::uint16_t byte = 0; byte < 256; ++byte) single[byte] = UnitOf(decoder, byte);
+    if (facts.number == 1255) single[0xCA] = u'\u05BA';  // Windows has it, iconv doesn't
     auto page = std::make_unique<CodePage>(facts, single);
     for (unsigned lead = 0; lead < 256; ++lead) {
         if (!page->IsLeadByte(static_cast<std::uint8_t>(lead))) continue;
@@ -143,30 +144,30 @@ const CodePageFacts* FindFacts(UINT codePage) noexcept {
 }
 
 CodePage::CodePage(const CodePageFacts& pageFacts, const SingleBytes& single)
-    : facts(pageFacts), singleBytes(single), codes(256) {
+    : facts_(pageFacts), singleBytes_(single), codes_(256) {
     std::uint8_t rows = 0;
-    for (std::size_t range = 0; range < facts.leadBytes.size(); range += 2) {
-        if (facts.leadBytes[range] == 0) break;
-        for (unsigned byte = facts.leadBytes[range]; byte <= facts.leadBytes[range + 1]; ++byte) {
-            leadRows[byte] = ++rows;
-            singleBytes[byte] = 0;
+    for (std::size_t range = 0; range < facts_.leadBytes.size(); range += 2) {
+        if (facts_.leadBytes[range] == 0) break;
+        for (unsigned byte = facts_.leadBytes[range]; byte <= facts_.leadBytes[range + 1]; ++byte) {
+            leadRows_[byte] = ++rows;
+            singleBytes_[byte] = 0;
         }
     }
     unsigned byte = 0xA0;
-    while (byte < 256 && singleBytes[byte] == byte) ++byte;
-    hasLatin1 = byte == 256;
-    pairs.resize(rows * std::size_t{256});
+    while (byte < 256 && singleBytes_[byte] == byte) ++byte;
+    hasLatin1_ = byte == 256;
+    pairs_.resize(rows * std::size_t{256});
     SetSingleBytes();
 }
 
 void CodePage::SetSingleBytes() {
-    char16_t nextUndefined = facts.undefinedFrom;
+    char16_t nextUndefined = facts_.undefinedFrom;
     for (std::uint16_t byte = 0; byte < 256; ++byte) {
-        if (leadRows[byte] != 0) continue;
-        char16_t& unit = singleBytes[byte];
+        if (leadRows_[byte] != 0) continue;
+        char16_t& unit = singleBytes_[byte];
         if (unit == 0 && byte != 0) {
             const bool isControl = (byte >= 0x80 && byte < 0xA0) || nextUndefined == 0;
-            undefined[byte] = !isControl;
+            undefined_[byte] = !isControl;
             unit = isControl ? byte : nextUndefined++;
         }
         SetCode(unit, byte);
@@ -174,16 +175,16 @@ void CodePage::SetSingleBytes() {
 }
 
 void CodePage::SetCode(char16_t unit, std::uint16_t code) {
-    std::uint16_t& row = codeRows[unit >> 8];
+    std::uint16_t& row = codeRows_[unit >> 8];
     if (row == 0) {
-        row = static_cast<std::uint16_t>(codes.size() / 256);
-        codes.resize(codes.size() + 256);
+        row = static_cast<std::uint16_t>(codes_.size() / 256);
+        codes_.resize(codes_.size() + 256);
     }
-    codes[row * std::size_t{256} + (unit & 0xFFu)] = code;
+    codes_[row * std::size_t{256} + (unit & 0xFFu)] = code;
 }
 
 void CodePage::AddPair(std::uint8_t lead, std::uint8_t trail, char16_t unit) {
-    pairs[(leadRows[lead] - 1u) * std::size_t{256} + trail] = unit;
+    pairs_[(leadRows_[lead] - 1u) * std::size_t{256} + trail] = unit;
     if (CodeOfUnit(unit) == 0) SetCode(unit, static_cast<std::uint16_t>(lead << 8 | trail));
 }
 
@@ -203,13 +204,11 @@ const CodePage* FindCodePage(UINT codePage) {
     if (const CodePage* const page = slot.load(std::memory_order_acquire)) return page;
 
     static std::mutex building;
-    static std::array<std::unique_ptr<const CodePage>, std::size(knownPages)> owned;
     const std::lock_guard lock(building);
     if (const CodePage* const page = slot.load(std::memory_order_relaxed)) return page;
-    auto& owner = owned[static_cast<std::size_t>(facts - std::begin(knownPages))];
-    owner = facts->number == 1252 ? BuildLatin1252(*facts) : BuildByIconv(*facts);
-    slot.store(owner.get(), std::memory_order_release);
-    return owner.get();
+    auto page = facts->number == 1252 ? BuildLatin1252(*facts) : BuildByIconv(*facts);
+    slot.store(page.get(), std::memory_order_release);
+    return page.release();  // kept to the end, when static objects may still convert text
 }
 
 }  // namespace winapi

@@ -43,35 +43,35 @@ class CodePage {
     // Makes `code`, which must mean `unit`, the one that stands for it: several codes may mean one unit.
     void PreferCode(char16_t unit, std::uint16_t code);
 
-    [[nodiscard]] const CodePageFacts& Facts() const noexcept { return facts; }
-    [[nodiscard]] bool IsDoubleByte() const noexcept { return facts.maxCharSize == 2; }
+    [[nodiscard]] const CodePageFacts& Facts() const noexcept { return facts_; }
+    [[nodiscard]] bool IsDoubleByte() const noexcept { return facts_.maxCharSize == 2; }
     // Whether 0xA0 to 0xFF are U+00A0 to U+00FF, as in page 1252. ASCII is itself in all pages.
-    [[nodiscard]] bool HasLatin1() const noexcept { return hasLatin1; }
-    [[nodiscard]] bool IsUndefined(std::uint8_t byte) const noexcept { return undefined[byte]; }
-    [[nodiscard]] bool IsLeadByte(std::uint8_t byte) const noexcept { return leadRows[byte] != 0; }
+    [[nodiscard]] bool HasLatin1() const noexcept { return hasLatin1_; }
+    [[nodiscard]] bool IsUndefined(std::uint8_t byte) const noexcept { return undefined_[byte]; }
+    [[nodiscard]] bool IsLeadByte(std::uint8_t byte) const noexcept { return leadRows_[byte] != 0; }
 
-    [[nodiscard]] const SingleBytes& Bytes() const noexcept { return singleBytes; }
-    [[nodiscard]] char16_t UnitOfByte(std::uint8_t byte) const noexcept { return singleBytes[byte]; }
+    [[nodiscard]] const SingleBytes& Bytes() const noexcept { return singleBytes_; }
+    [[nodiscard]] char16_t UnitOfByte(std::uint8_t byte) const noexcept { return singleBytes_[byte]; }
     [[nodiscard]] char16_t UnitOfPair(std::uint8_t lead, std::uint8_t trail) const noexcept {
-        return pairs[(leadRows[lead] - 1u) * 256u + trail];
+        return pairs_[(leadRows_[lead] - 1u) * 256u + trail];
     }
     // Below 0x100 a single byte, else lead byte times 256 plus trail byte.
     [[nodiscard]] std::uint16_t CodeOfUnit(char16_t unit) const noexcept {
-        return codes[codeRows[unit >> 8] * 256u + (unit & 0xFFu)];
+        return codes_[codeRows_[unit >> 8] * 256u + (unit & 0xFFu)];
     }
 
   private:
     void SetSingleBytes();
     void SetCode(char16_t unit, std::uint16_t code);
 
-    const CodePageFacts& facts;
-    SingleBytes singleBytes;
-    bool hasLatin1 = false;
-    std::bitset<256> undefined;
-    std::array<std::uint8_t, 256> leadRows = {};   // 0: not a lead byte; else 1 + its row in `pairs`
-    std::vector<char16_t> pairs;                   // rows of 256 by trail byte
-    std::array<std::uint16_t, 256> codeRows = {};  // by a unit's high byte; row 0 is the empty one
-    std::vector<std::uint16_t> codes;              // rows of 256 by a unit's low byte
+    const CodePageFacts& facts_;
+    SingleBytes singleBytes_;
+    bool hasLatin1_ = false;
+    std::bitset<256> undefined_;
+    std::array<std::uint8_t, 256> leadRows_ = {};   // 0: not a lead byte; else 1 + its row in `pairs_`
+    std::vector<char16_t> pairs_;                   // rows of 256 by trail byte
+    std::array<std::uint16_t, 256> codeRows_ = {};  // by a unit's high byte; row 0 is the empty one
+    std::vector<std::uint16_t> codes_;              // rows of 256 by a unit's low byte
 };
 
 // The tables of a page, built on first use and kept; null for UTF-8 and for a page that is not known or

@@ -70,20 +70,20 @@ std::optional<std::size_t> WidenDoubleBytes(const CodePage& page, std::string_vi
 // Codes of units, with the default code for those that the page lacks.
 class Encoder {
   public:
-    Encoder(const CodePage& codePage, std::uint16_t code, bool& used) noexcept
-        : page(codePage), defaultCode(code), usedDefault(used) {}
+    Encoder(const CodePage& page, std::uint16_t defaultCode, bool& usedDefault) noexcept
+        : page_(page), defaultCode_(defaultCode), usedDefault_(usedDefault) {}
 
     std::uint16_t operator()(char16_t unit) const noexcept {
-        const std::uint16_t code = page.CodeOfUnit(unit);
+        const std::uint16_t code = page_.CodeOfUnit(unit);
         if (code != 0 || unit == 0) return code;
-        usedDefault = true;
-        return defaultCode;
+        usedDefault_ = true;
+        return defaultCode_;
     }
 
   private:
-    const CodePage& page;
-    std::uint16_t defaultCode;
-    bool& usedDefault;
+    const CodePage& page_;
+    std::uint16_t defaultCode_;
+    bool& usedDefault_;
 };
 
 template <bool withLatin1>

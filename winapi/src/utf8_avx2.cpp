@@ -91,15 +91,14 @@ WITH_AVX2 inline __m256i Units(const char* text) noexcept {
     const __m256i first = _mm256_cvtepu8_epi16(Load128(text));
     const __m256i second = _mm256_cvtepu8_epi16(Load128(text + 1));
     const __m256i third = _mm256_cvtepu8_epi16(Load128(text + 2));
-    const auto constant = [](int value) { return static_cast<short>(value); };
 
     const __m256i secondAndThird =
         _mm256_add_epi16(_mm256_slli_epi16(second, 6), _mm256_sub_epi16(third, _mm256_set1_epi16(0x2080)));
     const __m256i three = _mm256_add_epi16(_mm256_slli_epi16(first, 12), secondAndThird);
     const __m256i two =
         _mm256_add_epi16(_mm256_slli_epi16(first, 6), _mm256_sub_epi16(second, _mm256_set1_epi16(0x3080)));
-    const __m256i isTwo = _mm256_cmpgt_epi16(first, _mm256_set1_epi16(constant(0xBF)));
-    const __m256i isThree = _mm256_cmpgt_epi16(first, _mm256_set1_epi16(constant(0xDF)));
+    const __m256i isTwo = _mm256_cmpgt_epi16(first, _mm256_set1_epi16(0xBF));
+    const __m256i isThree = _mm256_cmpgt_epi16(first, _mm256_set1_epi16(0xDF));
     return _mm256_blendv_epi8(_mm256_blendv_epi8(first, two, isTwo), three, isThree);
 }
 
@@ -125,7 +124,7 @@ WITH_AVX2 Progress CountUtf16(std::string_view text) noexcept {
         const Block block = Classify(low, high);
         const unsigned whole = WholeCharacters(block);
         const std::uint64_t within = FirstBits(whole);
-        if (!IsWellFormed(block, from, within)) break;
+        if (!IsWellFormed(block, from, whole)) break;
         at += whole;
         units += CountUnits(block, within);
     }
@@ -151,7 +150,7 @@ WITH_AVX2 Progress ToUtf16(std::string_view text, std::span<char16_t> destinatio
         const Block block = Classify(low, high);
         const unsigned whole = WholeCharacters(block);
         const std::uint64_t within = FirstBits(whole);
-        if ((block.leads4 & within) != 0 || !IsWellFormed(block, from, within)) break;
+        if ((block.leads4 & within) != 0 || !IsWellFormed(block, from, whole)) break;
         const std::uint64_t drops = block.continuations | ~within;
         for (unsigned lane = 0; lane < blockSize; lane += 16) {
             const __m256i units = Units(from + lane);

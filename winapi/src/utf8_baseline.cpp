@@ -67,7 +67,7 @@ Progress CountUtf16(std::string_view text) noexcept {
         const Block block = Classify(bytes, nonAscii);
         const unsigned whole = WholeCharacters(block);
         const std::uint64_t within = FirstBits(whole);
-        if (!IsWellFormed(block, from, within)) break;
+        if (!IsWellFormed(block, from, whole)) break;
         at += whole;
         units += CountUnits(block, within);
     }

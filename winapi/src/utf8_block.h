@@ -29,14 +29,15 @@ inline unsigned WholeCharacters(const Block& block) noexcept {
 }
 
 inline std::uint64_t FirstBits(unsigned count) noexcept {
-    return count == blockSize ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
+    return count >= blockSize ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
 }
 
-// Whether the bytes of the block at `text` that `within` has are well formed.
-inline bool IsWellFormed(const Block& block, const char* text, std::uint64_t within) noexcept {
+// Whether the `whole` bytes before the one that the block's end cuts off are well formed. The first byte of
+// that one is looked at, too: it may not stand where a character before it should go on.
+inline bool IsWellFormed(const Block& block, const char* text, unsigned whole) noexcept {
     const std::uint64_t expected = block.leads << 1 | block.leads3 << 2 | block.leads4 << 3;
-    if (((expected ^ block.continuations) & within) != 0) return false;
-    for (std::uint64_t left = block.guarded & within; left != 0; left &= left - 1) {
+    if (((expected ^ block.continuations) & FirstBits(whole + 1)) != 0) return false;
+    for (std::uint64_t left = block.guarded & FirstBits(whole); left != 0; left &= left - 1) {
         const char* const lead = text + std::countr_zero(left);
         if (!IsSecondByte(static_cast<std::uint8_t>(lead[0]), static_cast<std::uint8_t>(lead[1])))
             return false;

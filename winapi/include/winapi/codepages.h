@@ -1,12 +1,13 @@
 // Code pages: MultiByteToWideChar, WideCharToMultiByte and their kin, as Microsoft's winnls.h describes them.
 //
-// Known pages: UTF-8 (65001); Western Windows (1252), built in; and of the pages that the C library's iconv
-// knows the Windows and OEM ones: 437, 850, 852, 855, 857, 858, 860 to 866, 874, 932, 936, 949, 950 and 1250
-// to 1258. A table is built once for each page, by the first thread that asks for it.
+// Known pages: UTF-8 (65001); Western Windows (1252), built in; and, by the tables of the C library's iconv,
+// 437, 850, 852, 855, 857, 858, 860 to 863, 865, 866, 874, 932, 936, 949, 950 and 1250 to 1258. A table is
+// built once for each page, by the first thread that asks for it.
 //
 // Where Microsoft leaves a choice or a table unpublished:
 // - there is no best fit: a character that the page lacks becomes the default character, as it does on
 //   Windows under WC_NO_BEST_FIT_CHARS;
+// - the users' own characters of pages 936, 949 and 950 mean nothing, those of page 932 are there;
 // - ill-formed UTF-8 becomes one U+FFFD for each maximal subpart (The Unicode Standard, 3.9);
 // - text whose converted length exceeds INT_MAX is refused with ERROR_INVALID_PARAMETER.
 #pragma once
