@@ -51,6 +51,21 @@ class XXloper : public XLOPER12 {
     // The text of a string value, up to its first zero unit. The value has to be an xltypeStr: the type is
     // not tested here. A null val.str reads as empty text.
     [[nodiscard]] CStringW ToCStringW() const;
+
+    // The measures of a reference (geometry.h), an xltypeRef or an xltypeSRef.
+    //
+    // AreaCount: its rectangles; 0 for a value of another type. RowCount and ColumnCount: of a reference with
+    // exactly one rectangle, else -1 and 0xFFFF. ReferenceCellCount: the cells of all rectangles, each
+    // counted as often as rectangles hold it; 0 for a value of another type.
+    [[nodiscard]] std::uint16_t AreaCount() const noexcept;
+    [[nodiscard]] std::int32_t RowCount() const noexcept;
+    [[nodiscard]] std::uint16_t ColumnCount() const noexcept;
+    [[nodiscard]] std::int64_t ReferenceCellCount() const noexcept;
+
+    // The cells that the value takes up: one for a number, a text, a boolean or an error; those of a
+    // reference; those of all elements of an array; one or none, by `countEmpty`, for an empty or missing
+    // value and for xltypeFlow; none for xltypeBigData.
+    [[nodiscard]] std::int64_t CellCount(bool countEmpty) const noexcept;
 };
 static_assert(sizeof(XXloper) == sizeof(XLOPER12) && !std::is_polymorphic_v<XXloper>);
 

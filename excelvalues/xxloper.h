@@ -8,3 +8,4 @@
 #include "excelvalues/copy.h"       // deep copies
 #include "excelvalues/numbers.h"    // numbers and the errors they carry
 #include "excelvalues/variant.h"    // automation's VARIANT
+#include "excelvalues/geometry.h"   // references and the size of a sheet
