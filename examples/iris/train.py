@@ -15,7 +15,7 @@ import sys
 
 HIDDEN = 6
 EPOCHS = 150
-DECAY = 0.01
+DECAY = 0.003
 HELD_OUT = 3  # every third row
 
 

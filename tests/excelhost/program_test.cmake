@@ -1,0 +1,24 @@
+# Starts the program on the example's sheet, and on what isn't there.
+execute_process(COMMAND ${EMULATOR} "${PROGRAM}" run "${EXAMPLE}/sheet.csv" --trace
+  OUTPUT_FILE "${SCRATCH}/excelhost_program.csv" ERROR_VARIABLE trace RESULT_VARIABLE code)
+if(NOT code EQUAL 0)
+  message(FATAL_ERROR "exit code ${code}: ${trace}")
+endif()
+execute_process(COMMAND "${CMAKE_COMMAND}" -E compare_files "${SCRATCH}/excelhost_program.csv"
+  "${EXAMPLE}/calculated.csv" RESULT_VARIABLE different)
+if(different)
+  message(FATAL_ERROR "${SCRATCH}/excelhost_program.csv isn't ${EXAMPLE}/calculated.csv")
+endif()
+if(NOT trace MATCHES "xlUDF.*account: lent 4200, lent and altered 0; .*, leaked 0, freed twice 0, foreign 0")
+  message(FATAL_ERROR "the trace lacks its calls or its account")
+endif()
+
+execute_process(COMMAND ${EMULATOR} "${PROGRAM}" run "${SCRATCH}/none.csv"
+  OUTPUT_VARIABLE out ERROR_VARIABLE err RESULT_VARIABLE code)
+if(NOT code EQUAL 1 OR NOT err MATCHES "none.csv: can't be opened" OR NOT out STREQUAL "")
+  message(FATAL_ERROR "exit code ${code}, output '${out}', message '${err}'")
+endif()
+execute_process(COMMAND ${EMULATOR} "${PROGRAM}" RESULT_VARIABLE code ERROR_VARIABLE err)
+if(NOT code EQUAL 2)
+  message(FATAL_ERROR "exit code ${code} for no command")
+endif()
