@@ -260,23 +260,14 @@ HRESULT StoreResult(VARIANT& value, VARTYPE type, void* result) noexcept {
     return S_OK;
 }
 
-}  // namespace
+bool IsPut(WORD flags) noexcept {
+    return (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
+}
 
-HRESULT DispatchInvokeV(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE resultType, void* result,
-                        const WCHAR* parameterTypes, std::span<const DispatchArgument> arguments,
-                        std::span<VARIANT> room) {
-    if (!dispatch) IssueError(E_POINTER);
-    const std::size_t count = parameterTypes ? std::char_traits<WCHAR>::length(parameterTypes) : 0;
-    const bool isPut = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
-    if (count != arguments.size() || count != room.size() || (isPut && count == 0)) IssueError(E_INVALIDARG);
-
-    ArgumentList list(parameterTypes, room, isPut);
-    if (const HRESULT hresult = list.LayOut(arguments); FAILED(hresult)) IssueError(hresult);
-    list.DropOmitted();
-    DISPPARAMS parameters = list.Parameters();
-
-    VARIANT value;
-    VariantInit(&value);
+// The call with its arguments laid out, and what follows it.
+HRESULT Invoke(IDispatch* dispatch, DISPID dispid, WORD flags, DISPPARAMS parameters, VARTYPE resultType,
+               void* result) {
+    VARIANT value{};
     EXCEPINFO exception{};
     UINT badArgument = static_cast<UINT>(-1);
     const HRESULT hresult = dispatch->Invoke(dispid, IID_NULL, 0, flags, &parameters,
@@ -292,6 +283,28 @@ HRESULT DispatchInvokeV(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE 
         }
     }
     return hresult;
+}
+
+}  // namespace
+
+HRESULT DispatchInvoke(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE resultType, void* result) {
+    if (!dispatch) IssueError(E_POINTER);
+    if (IsPut(flags)) IssueError(E_INVALIDARG);
+    return Invoke(dispatch, dispid, flags, DISPPARAMS{}, resultType, result);
+}
+
+HRESULT DispatchInvokeV(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE resultType, void* result,
+                        const WCHAR* parameterTypes, std::span<const DispatchArgument> arguments,
+                        std::span<VARIANT> room) {
+    if (!dispatch) IssueError(E_POINTER);
+    const std::size_t count = parameterTypes ? std::char_traits<WCHAR>::length(parameterTypes) : 0;
+    if (count != arguments.size() || count != room.size()) IssueError(E_INVALIDARG);
+    if (count == 0) return DispatchInvoke(dispatch, dispid, flags, resultType, result);
+
+    ArgumentList list(parameterTypes, room, IsPut(flags));
+    if (const HRESULT hresult = list.LayOut(arguments); FAILED(hresult)) IssueError(hresult);
+    list.DropOmitted();
+    return Invoke(dispatch, dispid, flags, list.Parameters(), resultType, result);
 }
 
 void IssueError(HRESULT hresult) {

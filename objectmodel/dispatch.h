@@ -75,6 +75,9 @@ template <class... Arguments>
 HRESULT DispatchInvoke(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE resultType, void* result,
                        const WCHAR* parameterTypes, const Arguments&... arguments);
 
+// The same without arguments.
+HRESULT DispatchInvoke(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE resultType, void* result);
+
 // The same with the arguments in a row. `room` is the call's scratch space: as many VARIANTs as arguments.
 HRESULT DispatchInvokeV(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE resultType, void* result,
                         const WCHAR* parameterTypes, std::span<const DispatchArgument> arguments,

@@ -166,9 +166,9 @@ requires requires {
 // The parameter string of a list of arguments.
 template <class... Arguments>
 [[nodiscard]] constexpr auto ParameterTypes() noexcept {
-    std::array<WCHAR, (Arguments::count + ... + 0) + 1> types{};
-    [[maybe_unused]] std::size_t place = 0;
-    [[maybe_unused]] const auto add = [&](VARTYPE type, std::size_t count) {
+    std::array<WCHAR, (Arguments::count + ...) + 1> types{};
+    std::size_t place = 0;
+    const auto add = [&](VARTYPE type, std::size_t count) {
         while (count-- > 0) types[place++] = static_cast<WCHAR>(type);
     };
     (add(Arguments::type, Arguments::count), ...);

@@ -19,17 +19,21 @@ namespace detail {
 template <class... Arguments>
 void Send(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE resultType, void* result,
           const Arguments&... arguments) {
-    if (!dispatch) IssueError(E_POINTER);
-    static constexpr auto types = ParameterTypes<Arguments...>();
-    std::array<DispatchArgument, types.size() - 1> row;
-    std::array<VARIANT, types.size() - 1> room;
-    [[maybe_unused]] auto* place = row.data();
-    [[maybe_unused]] const auto add = [&](const auto& argument) {
-        const DispatchArgument value = argument.Get();
-        for (std::size_t count = argument.count; count > 0; --count) *place++ = value;
-    };
-    (add(arguments), ...);
-    DispatchInvokeV(dispatch, dispid, flags, resultType, result, types.data(), row, room);
+    if constexpr (sizeof...(arguments) == 0) {
+        DispatchInvoke(dispatch, dispid, flags, resultType, result);
+    } else {
+        if (!dispatch) IssueError(E_POINTER);
+        static constexpr auto types = ParameterTypes<Arguments...>();
+        std::array<DispatchArgument, types.size() - 1> row;
+        std::array<VARIANT, types.size() - 1> room;
+        auto* place = row.data();
+        const auto add = [&](const auto& argument) {
+            const DispatchArgument value = argument.Get();
+            for (std::size_t count = argument.count; count > 0; --count) *place++ = value;
+        };
+        (add(arguments), ...);
+        DispatchInvokeV(dispatch, dispid, flags, resultType, result, types.data(), row, room);
+    }
 }
 
 template <class... Arguments>

@@ -101,6 +101,10 @@ TEST(DispatchInvoke, TheCallItself) {
     EXPECT_THAT(object.calls[0].named, IsEmpty());
     EXPECT_EQ(object.calls[1].dispid, -5);
 
+    DispatchInvoke(&object, 12, DISPATCH_PROPERTYGET, 0, nullptr);
+    EXPECT_EQ(object.calls[2].dispid, 12);
+    EXPECT_THAT(object.calls[2].arguments, IsEmpty());
+
     object.otherwise = Fails(S_FALSE);
     EXPECT_EQ(DispatchInvoke(&object, member, method, 0, nullptr, nullptr), S_FALSE);
 }
@@ -174,6 +178,9 @@ TEST(DispatchInvoke, WhatCantBeSentIsRefusedWithoutACall) {
             [&] { DispatchInvoke(&object, member, flags, 0, nullptr, types.c_str(), arguments...); });
     };
     EXPECT_EQ(Failure([] { DispatchInvoke(nullptr, member, method, 0, nullptr, nullptr); }), E_POINTER);
+    EXPECT_EQ(Failure([] { DispatchInvoke(nullptr, member, method, 0, nullptr); }), E_POINTER);
+    EXPECT_EQ(Failure([&] { DispatchInvoke(&object, member, DISPATCH_PROPERTYPUT, 0, nullptr); }),
+              E_INVALIDARG);
     EXPECT_EQ(refusal(DISPATCH_PROPERTYPUT, {}), E_INVALIDARG);
     EXPECT_EQ(refusal(DISPATCH_PROPERTYPUTREF, {}), E_INVALIDARG);
     for (const int type : {int{VT_NULL}, int{VT_RECORD}, 15, 24, 0x07FF}) {
