@@ -33,7 +33,7 @@ template <typename String, typename Unit>
 String TextFromUnits(const Unit* source, std::int32_t count) {
     String text;
     if (count <= 0) return text;
-    Unit* const buffer = text.GetBuffer(count + 1);
+    Unit* const buffer = text.GetBuffer(count);
     std::memcpy(buffer, source, static_cast<std::size_t>(count) * sizeof(Unit));
     buffer[count] = 0;
     text.ReleaseBuffer(-1);
