@@ -67,9 +67,7 @@ struct Array {
     std::size_t columns = 0;
     std::vector<Value> cells;
 
-    [[nodiscard]] const Value& At(std::size_t row, std::size_t column) const {
-        return cells[row * columns + column];
-    }
+    [[nodiscard]] const Value& At(std::size_t row, std::size_t column) const;
     friend bool operator==(const Array& a, const Array& b);
 };
 
@@ -87,6 +85,10 @@ struct Value : std::variant<Empty, Missing, double, int, bool, Text, ErrorValue,
         return std::get_if<T>(this);
     }
 };
+
+inline const Value& Array::At(std::size_t row, std::size_t column) const {
+    return cells[row * columns + column];
+}
 
 // The memory behind records, each piece owned.
 struct Block {
