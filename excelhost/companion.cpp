@@ -26,10 +26,6 @@ struct Question {
 struct NoPrediction {
     Value answer;
 };
-[[noreturn]] void Answer(Value answer) {
-    throw NoPrediction{std::move(answer)};
-}
-
 bool IsLeftOut(const Value& value) {
     return value.Is<Missing>() || value.Is<Empty>();
 }
@@ -47,7 +43,7 @@ std::optional<double> NumberIn(const Value& cell) {
 }
 
 Text NameIn(const Value& value) {
-    if (value.Is<ErrorValue>()) Answer(value);
+    if (value.Is<ErrorValue>()) throw NoPrediction{value};
     const std::span<const Value> cells = Cells(value);
     const Text* name = cells.size() == 1 ? cells.front().If<Text>() : nullptr;
     return name != nullptr ? *name : Text();
@@ -58,7 +54,7 @@ const Network& FindNetwork(const Networks& networks, const Value& given) {
     for (const Network* network : networks) {
         if (SameName(Wide(network->name), name)) return *network;
     }
-    Answer(ErrorValue{xlerrValue});
+    throw NoPrediction{ErrorValue{xlerrValue}};
 }
 
 std::size_t FindCategory(const Network& network, const Value& given) {
@@ -66,7 +62,7 @@ std::size_t FindCategory(const Network& network, const Value& given) {
     for (std::size_t i = 0; i < network.categories.size(); ++i) {
         if (SameName(Wide(network.categories[i]), name)) return i;
     }
-    Answer(ErrorValue{xlerrNA});
+    throw NoPrediction{ErrorValue{xlerrNA}};
 }
 
 // A bound for each input; `none` where there is none.
@@ -74,12 +70,13 @@ std::vector<double> Bounds(const Value& given, std::size_t inputs, double none) 
     std::vector<double> bounds(inputs, none);
     if (IsLeftOut(given)) return bounds;
     const std::span<const Value> cells = Cells(given);
-    if (cells.size() != inputs) Answer(given.Is<ErrorValue>() ? given : Value(ErrorValue{xlerrValue}));
+    if (cells.size() != inputs)
+        throw NoPrediction{given.Is<ErrorValue>() ? given : Value(ErrorValue{xlerrValue})};
     for (std::size_t i = 0; i < inputs; ++i) {
-        if (cells[i].Is<ErrorValue>()) Answer(cells[i]);
+        if (cells[i].Is<ErrorValue>()) throw NoPrediction{cells[i]};
         if (IsLeftOut(cells[i])) continue;
         const auto bound = NumberIn(cells[i]);
-        if (!bound) Answer(ErrorValue{xlerrValue});
+        if (!bound) throw NoPrediction{ErrorValue{xlerrValue}};
         bounds[i] = *bound;
     }
     return bounds;
@@ -88,14 +85,15 @@ std::vector<double> Bounds(const Value& given, std::size_t inputs, double none) 
 std::vector<double> Inputs(const Question& question, const Network& network) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     const std::span<const Value> cells = Cells(question.inputs);
-    if (cells.size() != network.Inputs()) Answer(ErrorValue{xlerrValue});
+    if (cells.size() != network.Inputs()) throw NoPrediction{ErrorValue{xlerrValue}};
     const std::vector<double> low = Bounds(question.low, cells.size(), -infinity);
     const std::vector<double> high = Bounds(question.high, cells.size(), infinity);
     std::vector<double> inputs;
     for (std::size_t i = 0; i < cells.size(); ++i) {
-        if (low[i] > high[i]) Answer(ErrorValue{xlerrNum});
+        if (low[i] > high[i]) throw NoPrediction{ErrorValue{xlerrNum}};
         const auto input = NumberIn(cells[i]);
-        if (!input) Answer(IsLeftOut(question.fallback) ? Value(ErrorValue{xlerrNA}) : question.fallback);
+        if (!input)
+            throw NoPrediction{IsLeftOut(question.fallback) ? Value(ErrorValue{xlerrNA}) : question.fallback};
         inputs.push_back(std::clamp(*input, low[i], high[i]));
     }
     return inputs;
@@ -132,7 +130,7 @@ Value ProbabilityOfCategory(const Networks& networks, const Question& question) 
 }
 
 Question QuestionFrom(const Host& host, std::span<const XLOPER12* const> arguments, bool hasCategory) {
-    if (arguments.size() != (hasCategory ? 6U : 5U)) Answer(ErrorValue{xlerrValue});
+    if (arguments.size() != (hasCategory ? 6U : 5U)) throw NoPrediction{ErrorValue{xlerrValue}};
     auto next = arguments.begin();
     const auto read = [&] { return host.Dereference(ValueFrom(**next++)); };
     Question question;
