@@ -113,7 +113,8 @@ Wide WideFromUtf8(std::string_view text) {
         std::uint32_t character = 0xFFFD;
         if (row != nullptr && count == row->length) {
             character = static_cast<std::uint8_t>(text[0]) & (count == 1 ? 0x7Fu : 0x7Fu >> count);
-            for (std::size_t i = 1; i < count; ++i) character = character << 6 | (text[i] & 0x3Fu);
+            for (std::size_t i = 1; i < count; ++i)
+                character = character << 6 | (static_cast<std::uint8_t>(text[i]) & 0x3Fu);
         }
         AppendWide(wide, character);
         text.remove_prefix(count);
