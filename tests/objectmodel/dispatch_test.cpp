@@ -343,6 +343,12 @@ IErrorInfo* ErrorObject(Body body) {
     return nullptr;
 }
 
+HRESULT STDMETHODCALLTYPE FillInLate(EXCEPINFO* exception) {
+    exception->wCode = 3;
+    exception->bstrDescription = SysAllocString(TEXT("late"));
+    return S_OK;
+}
+
 TEST(DispatchInvoke, TheErrorObjectOfAnException) {
     scripted::Object object;
     object.otherwise = [](VARIANT*, EXCEPINFO* exception) {
@@ -369,11 +375,7 @@ TEST(DispatchInvoke, TheErrorObjectOfAnException) {
     // What a server fills in late counts, the code included.
     object.otherwise = [](VARIANT*, EXCEPINFO* exception) {
         exception->scode = E_FAIL;
-        exception->pfnDeferredFillIn = [](EXCEPINFO* late) -> HRESULT {
-            late->wCode = 3;
-            late->bstrDescription = SysAllocString(TEXT("late"));
-            return S_OK;
-        };
+        exception->pfnDeferredFillIn = FillInLate;
         return DISP_E_EXCEPTION;
     };
     const auto call = [&] { DispatchInvoke(&object, member, method, 0, nullptr, nullptr); };
