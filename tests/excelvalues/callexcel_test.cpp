@@ -154,13 +154,12 @@ TEST(CallExcel, ValueTellsTheOutcome) {
 TEST(CallExcel, FailedCallsGoThroughFreeLikeAnyOther) {
     RecordingHost host;
     host.answer = [](const RecordingHost::Entry&, XLOPER12*) { return xlretFailed; };
+    host.entries.reserve(8);
     const std::int64_t before = support::LiveBlocks();
-    const std::size_t capacity = 8;
-    host.entries.reserve(capacity);
     CallExcel(xlUDF).reset();
     EXPECT_THAT(host.Functions(),
                 ElementsAre(xlEnableXLMsgs, xlUDF, xlDisableXLMsgs, xlEnableXLMsgs, xlFree, xlDisableXLMsgs));
-    host.entries = {};
+    host.entries.clear();
     EXPECT_EQ(support::LiveBlocks(), before);
 }
 
@@ -173,33 +172,31 @@ TEST(CallExcel, WithoutExcelEveryCallFails) {
     EXPECT_EQ(result->val.returnCode, xlretFailed);
 }
 
-TEST(CallExcel, NoMemoryLeavesNothingBehind) {
+TEST(CallExcel, WithoutMemoryForTheRecordExcelIsNotCalled) {
     RecordingHost host;
-    host.answer = [](const RecordingHost::Entry&, XLOPER12* result) {
+    const support::AllocationFault fault(1);
+    EXPECT_THROW(CallExcel(5), std::bad_alloc);
+    EXPECT_TRUE(host.entries.empty());
+}
+
+TEST(CallExcel, WithoutMemoryForTheHandleExcelGetsItsResultBack) {
+    RecordingHost host;
+    // The next allocation but that of the recording's for this entry is the handle's.
+    std::unique_ptr<support::AllocationFault> fault;
+    host.entries.reserve(8);
+    host.answer = [&](const RecordingHost::Entry&, XLOPER12* result) {
         result->xltype = xltypeNum;
+        fault = std::make_unique<support::AllocationFault>(1);
         return 0;
     };
-    const XXloper operand(1.0);
-    host.entries.reserve(6);  // else the recording would allocate
-    // The record can't be had: Excel isn't called at all.
-    {
-        const support::AllocationFault fault(1);
-        EXPECT_THROW(CallExcel(5), std::bad_alloc);
-    }
-    EXPECT_TRUE(host.entries.empty());
-    // The handle can't be had: Excel gets back what it gave. Entries with operands allocate in the recording,
-    // so the fault is looked for from the second allocation on.
-    const std::int64_t before = support::LiveBlocks();
-    bool handed = false;
-    for (std::size_t nth = 2; nth < 10 && !handed; ++nth) {
+    const std::int64_t left = support::BlocksLeftBy([&] {
         host.entries.clear();
-        const support::AllocationFault fault(nth);
         EXPECT_THROW(CallExcel(5), std::bad_alloc);
-        handed = host.Functions().size() == 6;
-    }
-    EXPECT_TRUE(handed);
-    host.entries.clear();
-    EXPECT_EQ(support::LiveBlocks(), before);
+        fault.reset();
+    });
+    EXPECT_THAT(host.Functions(),
+                ElementsAre(xlEnableXLMsgs, 5, xlDisableXLMsgs, xlEnableXLMsgs, xlFree, xlDisableXLMsgs));
+    EXPECT_EQ(left, 0);
 }
 
 TEST(Excel12, PassesEverythingThrough) {

@@ -1,23 +1,34 @@
 #include "support/allocations.h"
 
+#include <windows.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <new>
 
 namespace {
 
-std::atomic<std::int64_t> liveBlocks = 0;
-thread_local std::size_t allocations = 0;
-// The value of `allocations` at which one fails; 0 for none.
-thread_local std::size_t failAt = 0;
-thread_local void (*raiseInstead)() = nullptr;
+std::atomic<std::int64_t> live_blocks = 0;
+std::atomic<std::size_t> allocations = 0;
+
+// The thread whose allocation is to fail, 0 for none. No thread_local variable does this job: where the
+// compiler emulates those, they allocate on first use.
+std::atomic<DWORD> faulty_thread = 0;
+// Belong to that thread.
+std::size_t allocations_to_fault = 0;
+void (*raise_instead)() = nullptr;
+
+bool IsFaultyThread() noexcept {
+    return faulty_thread.load(std::memory_order_relaxed) == GetCurrentThreadId();
+}
 
 bool Fails() noexcept {
-    return ++allocations == failAt;
+    allocations.fetch_add(1, std::memory_order_relaxed);
+    return IsFaultyThread() && allocations_to_fault != 0 && --allocations_to_fault == 0;
 }
 
 void* Count(void* block) noexcept {
-    if (block != nullptr) liveBlocks.fetch_add(1, std::memory_order_relaxed);
+    if (block != nullptr) live_blocks.fetch_add(1, std::memory_order_relaxed);
     return block;
 }
 
@@ -26,7 +37,7 @@ void* Count(void* block) noexcept {
 namespace support {
 
 std::int64_t LiveBlocks() noexcept {
-    return liveBlocks;
+    return live_blocks;
 }
 
 std::size_t Allocations() noexcept {
@@ -34,17 +45,17 @@ std::size_t Allocations() noexcept {
 }
 
 AllocationFault::AllocationFault(std::size_t nth, void (*raise)()) noexcept {
-    failAt = allocations + nth;
-    raiseInstead = raise;
+    allocations_to_fault = nth;
+    raise_instead = raise;
+    faulty_thread = GetCurrentThreadId();
 }
 
 AllocationFault::~AllocationFault() {
-    failAt = 0;
-    raiseInstead = nullptr;
+    faulty_thread = 0;
 }
 
 bool AllocationFault::Struck() const noexcept {
-    return allocations >= failAt;
+    return allocations_to_fault == 0;
 }
 
 }  // namespace support
@@ -76,14 +87,14 @@ void* __wrap_realloc(void* block, std::size_t size) {
 }
 
 void __wrap_free(void* block) {
-    if (block != nullptr) liveBlocks.fetch_sub(1, std::memory_order_relaxed);
+    if (block != nullptr) live_blocks.fetch_sub(1, std::memory_order_relaxed);
     __real_free(block);
 }
 }
 
 void* operator new(std::size_t size) {
     void* const block = __wrap_malloc(size);
-    if (block == nullptr && raiseInstead != nullptr) raiseInstead();
+    if (block == nullptr && IsFaultyThread() && raise_instead != nullptr) raise_instead();
     if (block == nullptr) throw std::bad_alloc();
     return block;
 }

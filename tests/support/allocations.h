@@ -10,11 +10,21 @@ namespace support {
 // Blocks that are alive now, whichever thread allocated them.
 [[nodiscard]] std::int64_t LiveBlocks() noexcept;
 
-// Allocations of the calling thread since its start.
+// How many blocks more are alive when `body` has run. It runs twice and the second time counts, since what
+// keeps a block for its next use, such as a thread's record of exceptions, does so the first time.
+template <typename Body>
+[[nodiscard]] std::int64_t BlocksLeftBy(Body body) {
+    body();
+    const std::int64_t before = LiveBlocks();
+    body();
+    return LiveBlocks() - before;
+}
+
+// Allocations so far, of all threads.
 [[nodiscard]] std::size_t Allocations() noexcept;
 
-// Lets the calling thread's nth allocation from now on fail (1 is the next one), once. An operator new that
-// fails raises std::bad_alloc, or what `raise` raises.
+// Lets the nth allocation of the thread that makes this fail (1 is the next one), once. An operator new that
+// fails raises std::bad_alloc, or what `raise` raises. One at a time in the process.
 class AllocationFault {
   public:
     explicit AllocationFault(std::size_t nth, void (*raise)() = nullptr) noexcept;

@@ -3,4 +3,5 @@
 
 #include <oleauto.h>
 
+#include "winapi/bstrt.h"
 #include "winapi/comerror.h"

@@ -19,10 +19,15 @@ struct CodePageFacts {
     std::u16string_view name;                    // as Windows words it
     std::array<std::uint8_t, 4> leadBytes = {};  // pairs of first and last; zeros for none
     char16_t unicodeDefault = u'?';              // what stands for bytes that mean nothing in the page
-    UINT maxCharSize = 1;
     // Windows gives the bytes that a page leaves undefined units of the private use area, in the order of the
     // bytes, from this one on. 0: all are defined, those without a meaning as control characters.
     char16_t undefinedFrom = 0;
+
+    // Bytes of a character.
+    [[nodiscard]] UINT MaxCharSize() const noexcept {
+        if (number == utf8CodePage) return 4;
+        return leadBytes[0] != 0 ? 2 : 1;
+    }
 };
 
 // Null for a page that is not known here.
@@ -44,7 +49,7 @@ class CodePage {
     void PreferCode(char16_t unit, std::uint16_t code);
 
     [[nodiscard]] const CodePageFacts& Facts() const noexcept { return facts_; }
-    [[nodiscard]] bool IsDoubleByte() const noexcept { return facts_.maxCharSize == 2; }
+    [[nodiscard]] bool IsDoubleByte() const noexcept { return facts_.MaxCharSize() == 2; }
     // Whether 0xA0 to 0xFF are U+00A0 to U+00FF, as in page 1252. ASCII is itself in all pages.
     [[nodiscard]] bool HasLatin1() const noexcept { return hasLatin1_; }
     [[nodiscard]] bool IsUndefined(std::uint8_t byte) const noexcept { return undefined_[byte]; }

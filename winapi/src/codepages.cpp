@@ -111,7 +111,7 @@ int WideToUtf8(DWORD flags, std::u16string_view source, std::span<char> destinat
 template <class Info>
 void CopyFacts(const CodePageFacts& facts, Info& info) noexcept {
     info = {};
-    info.MaxCharSize = facts.maxCharSize;
+    info.MaxCharSize = facts.MaxCharSize();
     info.DefaultChar[0] = '?';
     std::copy(facts.leadBytes.begin(), facts.leadBytes.end(), info.LeadByte);
 }
@@ -138,7 +138,7 @@ UINT WINAPI GetACP() noexcept {
 UINT WINAPI GetOEMCP() noexcept {
     const UINT ansi = GetACP();
     const CodePageFacts* const facts = winapi::FindFacts(ansi);
-    return facts->maxCharSize > 1 ? ansi : 437;
+    return facts->MaxCharSize() > 1 ? ansi : 437;
 }
 
 BOOL WINAPI GetCPInfo(UINT codePage, LPCPINFO info) noexcept {

@@ -3,8 +3,11 @@
 #include "failure.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
+
+#include <unistd.h>
 
 namespace winapi {
 namespace {
@@ -140,6 +143,15 @@ std::string FullPath(const std::string& path) {
     const std::filesystem::path absolute = std::filesystem::absolute(path, error);
     if (error) throw Failure{ErrorFromErrno(error.value())};
     return absolute.lexically_normal().string();
+}
+
+DWORD ErrorForFile(int error, const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (error == ENOENT && slash != std::string::npos &&
+        access(path.substr(0, slash + 1).c_str(), F_OK) != 0) {
+        return ERROR_PATH_NOT_FOUND;
+    }
+    return ErrorFromErrno(error);
 }
 
 bool SameName(std::u16string_view one, std::u16string_view other) noexcept {

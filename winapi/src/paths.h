@@ -27,6 +27,10 @@ namespace winapi {
 // The absolute form of a system path, without "." and ".." and doubled separators; links aren't followed.
 [[nodiscard]] std::string FullPath(const std::string& path);
 
+// The Windows error for an errno that came of a file: of what doesn't exist, Windows tells the file
+// (ERROR_FILE_NOT_FOUND) from a folder on the way (ERROR_PATH_NOT_FOUND).
+[[nodiscard]] DWORD ErrorForFile(int error, const std::string& path);
+
 // Whether two names are the same but for the case of A to Z.
 [[nodiscard]] bool SameName(std::u16string_view one, std::u16string_view other) noexcept;
 

@@ -29,7 +29,7 @@ void WINAPI GetSystemInfo(LPSYSTEM_INFO info) noexcept {
     info->dwAllocationGranularity = 0x10000;
     info->lpMinimumApplicationAddress = reinterpret_cast<LPVOID>(std::uintptr_t{0x10000});
     constexpr std::uintptr_t maximum =
-        sizeof(void*) == 8 ? static_cast<std::uintptr_t>(0x7FFFFFFEFFFF) : std::uintptr_t{0x7FFEFFFF};
+        static_cast<std::uintptr_t>(sizeof(void*) == 8 ? 0x7FFFFFFEFFFF : 0xFFFEFFFF);
     info->lpMaximumApplicationAddress = reinterpret_cast<LPVOID>(maximum);
 
     cpu_set_t usable;

@@ -1,6 +1,7 @@
 #include "versionresource.h"
 
 #include "failure.h"
+#include "paths.h"
 
 #include <algorithm>
 #include <array>
@@ -28,7 +29,7 @@ constexpr std::size_t longestBlock = 0xFFFF;
 class ImageFile {
   public:
     explicit ImageFile(const std::string& path) : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-        if (descriptor_ < 0) throw Failure{ErrorFromErrno(errno)};
+        if (descriptor_ < 0) throw Failure{ErrorForFile(errno, path)};
         struct stat facts {};
         if (fstat(descriptor_, &facts) != 0 || !S_ISREG(facts.st_mode)) {
             close(descriptor_);

@@ -1,0 +1,118 @@
+// What the stand-in's way of keeping names has to get right: folders, files that the dead left, forks.
+#include "support/allocations.h"
+#include "support/home.h"
+
+#include <windows.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr const WCHAR* name = u"kestrolumen/names";
+constexpr const char* fileName = "kestrolumen%2Fnames.mutex";
+
+HANDLE Create() {
+    return CreateMutexW(nullptr, FALSE, name);
+}
+
+bool Exists() {
+    const HANDLE handle = OpenMutexW(MUTEX_ALL_ACCESS, FALSE, name);
+    return handle != nullptr && CloseHandle(handle) != FALSE;
+}
+
+std::filesystem::path LocalFolder() {
+    return std::filesystem::path(getenv("KESTROLUMEN_RUNTIME_DIR")) / "Local";
+}
+
+TEST(MutexNames, StandInTheUsersFolderAlone) {
+    const support::RuntimeFolder folder;
+    const HANDLE handle = Create();
+    ASSERT_NE(handle, nullptr);
+    EXPECT_EQ(folder.Files(), std::vector<std::string>{fileName});
+    EXPECT_TRUE(std::filesystem::exists(LocalFolder() / fileName));
+    const auto forOthers = std::filesystem::perms::group_all | std::filesystem::perms::others_all;
+    EXPECT_EQ(std::filesystem::status(LocalFolder()).permissions() & forOthers, std::filesystem::perms::none);
+    CloseHandle(handle);
+}
+
+TEST(MutexNames, AFileThatNobodyHoldsIsNoName) {
+    const support::RuntimeFolder folder;
+    CloseHandle(Create());
+    std::ofstream(LocalFolder() / fileName) << '1';  // as somebody leaves it who owned the mutex when killed
+    EXPECT_FALSE(Exists());
+    EXPECT_TRUE(folder.Files().empty()) << "removed by whoever looks";
+
+    std::ofstream(LocalFolder() / fileName) << '1';
+    const HANDLE handle = Create();
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(WaitForSingleObject(handle, 0), DWORD{WAIT_OBJECT_0}) << "a new mutex was abandoned by nobody";
+    CloseHandle(handle);
+    EXPECT_TRUE(folder.Files().empty());
+}
+
+TEST(MutexNames, AFileInTheWayIsNotRemoved) {
+    const support::RuntimeFolder folder;
+    const HANDLE handle = Create();
+    std::filesystem::remove(LocalFolder() / fileName);
+    std::ofstream(LocalFolder() / fileName) << "another";
+    EXPECT_TRUE(CloseHandle(handle));
+    EXPECT_EQ(folder.Files(), std::vector<std::string>{fileName});
+}
+
+TEST(MutexNames, AForkedChildCanNotTakeTheNameAway) {
+    const support::RuntimeFolder folder;
+    const HANDLE handle = Create();
+    const pid_t child = fork();
+    if (child == 0) {
+        CloseHandle(handle);
+        _exit(0);
+    }
+    waitpid(child, nullptr, 0);
+    EXPECT_EQ(folder.Files().size(), 1U);
+    EXPECT_TRUE(Exists());
+    CloseHandle(handle);
+    EXPECT_FALSE(Exists());
+}
+
+TEST(MutexNames, FoldersThatCanNotBeMadeGiveAnError) {
+    for (const char* place : {"/dev/null/x", "/proc/no/such"}) {
+        const support::EnvironmentVariable variable("KESTROLUMEN_RUNTIME_DIR", place);
+        SetLastError(ERROR_SUCCESS);
+        EXPECT_EQ(Create(), nullptr);
+        EXPECT_NE(GetLastError(), DWORD{ERROR_SUCCESS});
+        EXPECT_FALSE(Exists());
+    }
+}
+
+TEST(MutexNames, WithoutMemoryNothingIsCreatedAndNothingLeft) {
+    const support::RuntimeFolder folder;
+    CloseHandle(Create());
+    const std::size_t handles = support::OpenHandles();
+    const auto attempt = [](const WCHAR* wanted) {
+        support::FailEachAllocation(
+            [&] {
+                const HANDLE handle = CreateMutexW(nullptr, TRUE, wanted);
+                if (handle != nullptr) {
+                    ReleaseMutex(handle);
+                    CloseHandle(handle);
+                } else {
+                    EXPECT_EQ(GetLastError(), DWORD{ERROR_NOT_ENOUGH_MEMORY});
+                }
+            },
+            [] {});
+    };
+    attempt(name);
+    attempt(nullptr);
+    EXPECT_EQ(support::OpenHandles(), handles);
+    EXPECT_FALSE(Exists());
+    EXPECT_TRUE(folder.Files().empty());
+}
+
+}  // namespace
