@@ -172,7 +172,7 @@ void AutomationServer::Retire(Object& object) noexcept {
 
 void AutomationServer::Fault(const Object& object, std::string_view call) noexcept {
     try {
-        faults_.push_back(std::string(call) + " of a " + std::string(object.Class().name) +
+        faults_.push_back(std::string(call) + " of " + std::string(object.Class().name) +
                           " after its last Release");
     } catch (const std::bad_alloc&) {
         return;
