@@ -12,12 +12,14 @@ constexpr std::array<const WCHAR*, 12> stringNames = {
     TEXT("Comments"),       TEXT("LegalTrademarks"),  TEXT("PrivateBuild"), TEXT("SpecialBuild"),
 };
 
-// A value inside a resource, of at least `size` bytes; null when there is none.
-const void* QueryValue(const std::byte* resource, const WCHAR* path, std::size_t size) noexcept {
+// Copies the front of a value in a resource; false when the resource has no such value or a shorter one.
+template <class Value>
+bool ReadValue(const std::byte* resource, const WCHAR* path, Value& target) noexcept {
     LPVOID value = nullptr;
     UINT length = 0;
-    if (VerQueryValueW(resource, path, &value, &length) == FALSE || length < size) return nullptr;
-    return value;
+    if (VerQueryValueW(resource, path, &value, &length) == FALSE || length < sizeof target) return false;
+    std::memcpy(&target, value, sizeof target);
+    return true;
 }
 
 }  // namespace
@@ -46,14 +48,13 @@ int FileVersionInfo::Load(const CStringW& file) {
     auto resource = std::make_unique<std::byte[]>(size);
     if (GetFileVersionInfoW(source.GetString(), 0, size, resource.get()) == FALSE) return 0;
 
-    const void* const numbers = QueryValue(resource.get(), TEXT("\\"), sizeof fixedInfo);
-    std::array<WORD, 2> translation;
-    const void* const translations =
-        QueryValue(resource.get(), TEXT("\\VarFileInfo\\Translation"), sizeof translation);
-    if (numbers == nullptr || translations == nullptr) return 0;
-
-    std::memcpy(&fixedInfo, numbers, sizeof fixedInfo);
-    std::memcpy(translation.data(), translations, sizeof translation);
+    VS_FIXEDFILEINFO numbers{};
+    std::array<WORD, 2> translation{};
+    if (!ReadValue(resource.get(), TEXT("\\"), numbers) ||
+        !ReadValue(resource.get(), TEXT("\\VarFileInfo\\Translation"), translation)) {
+        return 0;
+    }
+    fixedInfo = numbers;
     language = translation[0];
     codePage = translation[1];
     path = source;
@@ -61,19 +62,25 @@ int FileVersionInfo::Load(const CStringW& file) {
     return 1;
 }
 
-const WCHAR* FileVersionInfo::FindString(std::uint32_t index) const {
-    if (index >= stringNames.size() || data == nullptr) return nullptr;
+std::optional<StdWStringView> FileVersionInfo::FindString(std::uint32_t index) const {
+    if (index >= stringNames.size() || data == nullptr) return std::nullopt;
     const CStringW entry =
         CStringWFormat(TEXT("\\StringFileInfo\\%04x%04x\\%s"), language, codePage, stringNames[index]);
-    return static_cast<const WCHAR*>(QueryValue(data.get(), entry.GetString(), 0));
+    LPVOID value = nullptr;
+    UINT length = 0;
+    if (VerQueryValueW(data.get(), entry.GetString(), &value, &length) == FALSE) return std::nullopt;
+    // A resource that some tool made need not terminate its texts, nor count the terminator.
+    const StdWStringView text(static_cast<const WCHAR*>(value), length);
+    return text.substr(0, text.find(TEXT('\0')));
 }
 
 CStringW FileVersionInfo::GetString(std::uint32_t index) const {
-    return CStringW(FindString(index));
+    const StdWStringView text = FindString(index).value_or(StdWStringView());
+    return {text.data(), static_cast<int>(text.size())};
 }
 
 int FileVersionInfo::HasString(std::uint32_t index) const {
-    return FindString(index) != nullptr ? 1 : 0;
+    return FindString(index).has_value() ? 1 : 0;
 }
 
 CStringW FileVersionInfo::CodePageName() const {

@@ -4,8 +4,10 @@
 
 #include <windows.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 // The version resource of a file. An object is empty or loaded, and a null `data` is the only sign of a
 // failed load: nothing here raises but what the memory layer raises. The layout of the resource is
@@ -19,6 +21,8 @@ class FileVersionInfo {
     VS_FIXEDFILEINFO fixedInfo{};       // all zero when nothing is loaded
 
     FileVersionInfo() = default;
+    FileVersionInfo(const FileVersionInfo&) = delete;
+    FileVersionInfo& operator=(const FileVersionInfo&) = delete;
 
     // Loads a file; a null or empty path gives an empty object.
     explicit FileVersionInfo(const WCHAR* file);
@@ -45,6 +49,6 @@ class FileVersionInfo {
     [[nodiscard]] CStringW CodePageName() const;
 
   private:
-    // The text of an entry inside `data`, null when there is none.
-    [[nodiscard]] const WCHAR* FindString(std::uint32_t index) const;
+    // The text of an entry inside `data`; nothing when there is none.
+    [[nodiscard]] std::optional<StdWStringView> FindString(std::uint32_t index) const;
 };

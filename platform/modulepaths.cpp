@@ -14,8 +14,9 @@ bool EndsInBackslash(const CStringW& path) {
 }  // namespace
 
 void SplitPath(const WCHAR* path, CStringW& drive, CStringW& dir, CStringW& fname, CStringW& ext) {
+    if (path == nullptr) path = TEXT("");
     // Each field has room for the whole path, so that none can be too short.
-    const std::size_t size = StdWStringView(path != nullptr ? path : TEXT("")).size() + 1;
+    const std::size_t size = StdWStringView(path).size() + 1;
     std::vector<WCHAR> fields(4 * size);
     WCHAR* const field = fields.data();
     static_cast<void>(

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,6 +22,9 @@ class EnvironmentVariable {
     std::string name_;
     std::optional<std::string> previous_;
 };
+
+// The folder that holds the running program.
+[[nodiscard]] std::filesystem::path ProgramFolder();
 
 // Kernel handles that the process has open; natively its file descriptors.
 [[nodiscard]] std::size_t OpenHandles();

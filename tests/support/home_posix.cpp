@@ -33,6 +33,10 @@ EnvironmentVariable::~EnvironmentVariable() {
     Set(name_, previous_);
 }
 
+std::filesystem::path ProgramFolder() {
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path();
+}
+
 std::size_t OpenHandles() {
     const std::filesystem::directory_iterator descriptors("/proc/self/fd");
     return static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)));

@@ -22,6 +22,12 @@ EnvironmentVariable::~EnvironmentVariable() {
     Set(name_, previous_);
 }
 
+std::filesystem::path ProgramFolder() {
+    std::wstring program(32768, L'\0');
+    program.resize(GetModuleFileNameW(nullptr, program.data(), 32768));
+    return std::filesystem::path(program).parent_path();
+}
+
 std::size_t OpenHandles() {
     DWORD count = 0;
     GetProcessHandleCount(GetCurrentProcess(), &count);
