@@ -31,9 +31,9 @@ XXloperPtr CallEitherTarget(const Targets& targets, const Handles&... arguments)
 
 template <typename... Handles>
 XXloperPtr CallWithoutAlerts(const Targets& targets, const Handles&... arguments) {
-    SwitchMacroAlerts(false);
     XXloperPtr result;
     try {
+        SwitchMacroAlerts(false);
         result = CallEitherTarget(targets, arguments...);
     } catch (...) {
         SwitchMacroAlerts(true);

@@ -5,6 +5,7 @@
 #include "addin/addin.h"
 #include "excelhost/host.h"
 #include "excelvalues/xxloper.h"
+#include "support/home.h"
 
 #include <gmock/gmock.h>
 
@@ -43,5 +44,6 @@ class AddInTest : public testing::Test {
         SysFreeString(text);
     }
 
+    support::RuntimeFolder folder;  // ahead of whatever holds a named mutex
     excelhost::Host host;
 };

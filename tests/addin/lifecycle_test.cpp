@@ -3,12 +3,19 @@
 #include "support/allocations.h"
 
 #include <cstring>
+#include <utility>
 
 namespace {
 
-StdWString Joined(const CStringW& a, const CStringW& b) { return StdWString(a.GetString()) + b.GetString(); }
+StdWString Joined(const CStringW& a, const CStringW& b) {
+    return StdWString(a.GetString()) + b.GetString();
+}
 
-TEST(Attach, DISABLED_NotesTheFactsOfAFileWithAVersion) {
+int PASCAL AnotherCallBack(int, int, LPXLOPER12*, LPXLOPER12) {
+    return xlretAbort;
+}
+
+TEST(Attach, NotesTheFactsOfAFileWithAVersion) {
     const HMODULE library = LoadLibraryW(TEXT("kestrolumen.xll"));
     ASSERT_NE(library, nullptr);
     AddInModule = {};
@@ -20,7 +27,8 @@ TEST(Attach, DISABLED_NotesTheFactsOfAFileWithAVersion) {
     EXPECT_EQ(AddInModule.fileName, CStringW(TEXT("kestrolumen.xll")));
     EXPECT_EQ(AddInModule.baseName, CStringW(TEXT("kestrolumen")));
     EXPECT_EQ(AddInModule.directory.Right(1), CStringW(TEXT("\\")));
-    EXPECT_EQ(Joined(AddInModule.directory, AddInModule.fileName), StdWString(AddInModule.fullPath.GetString()));
+    EXPECT_EQ(Joined(AddInModule.directory, AddInModule.fileName),
+              StdWString(AddInModule.fullPath.GetString()));
     EXPECT_EQ(AddInModule.temporaryDirectory, TempDirectory());
     FreeLibrary(library);
 }
@@ -32,7 +40,8 @@ TEST(Attach, NotesTheFactsOfAFileWithoutAVersion) {
     EXPECT_EQ(AddInModule.productMajorVersion, 0xFFFF);
     EXPECT_TRUE(AddInModule.fileVersionText.IsEmpty());
     EXPECT_EQ(AddInModule.fullPath, GetModulePath(nullptr));
-    EXPECT_EQ(Joined(AddInModule.directory, AddInModule.fileName), StdWString(AddInModule.fullPath.GetString()));
+    EXPECT_EQ(Joined(AddInModule.directory, AddInModule.fileName),
+              StdWString(AddInModule.fullPath.GetString()));
     EXPECT_FALSE(AddInModule.temporaryDirectory.IsEmpty());
 }
 
@@ -44,10 +53,9 @@ TEST(Attach, FindsTheCallbackOfTheExecutableOnce) {
     Excel12(xlEnableXLMsgs, nullptr, 0);
     EXPECT_EQ(host.TracedFunctions(), std::vector<int>{xlEnableXLMsgs});
 
-    const EXCEL12PROC another = [](int, int, LPXLOPER12*, LPXLOPER12) PASCAL { return xlretAbort; };
-    const EXCEL12PROC found = std::exchange(Excel12EntryPoint, another);
+    const EXCEL12PROC found = std::exchange(Excel12EntryPoint, &AnotherCallBack);
     LocateExcel12Entry();
-    EXPECT_EQ(Excel12EntryPoint, another);
+    EXPECT_EQ(Excel12EntryPoint, &AnotherCallBack);
     Excel12EntryPoint = found;
 }
 
@@ -55,21 +63,25 @@ TEST(Attach, OtherReasonsDoNothing) {
     const HMODULE before = ModuleHandle;
     int anything = 0;
     const auto module = reinterpret_cast<HINSTANCE>(&anything);
-    for (const DWORD reason : {DWORD{DLL_PROCESS_DETACH}, DWORD{DLL_THREAD_ATTACH}, DWORD{DLL_THREAD_DETACH},
-                               DWORD{4}}) {
+    for (const DWORD reason :
+         {DWORD{DLL_PROCESS_DETACH}, DWORD{DLL_THREAD_ATTACH}, DWORD{DLL_THREAD_DETACH}, DWORD{4}}) {
         EXPECT_EQ(DllMain(module, reason, nullptr), TRUE);
         EXPECT_EQ(ModuleHandle, before);
     }
 }
 
-TEST(Attach, DISABLED_SucceedsWithoutMemory) {
-    const std::size_t faults = support::FailEachAllocation(
-        [] {
-            Excel12EntryPoint = nullptr;
-            EXPECT_EQ(DllMain(GetModuleHandleW(nullptr), DLL_PROCESS_ATTACH, nullptr), TRUE);
-        },
-        [] { EXPECT_NE(Excel12EntryPoint, nullptr); });
+TEST(Attach, SucceedsWithoutMemory) {
+    const auto attach = [] {
+        AddInModule = {};
+        Excel12EntryPoint = nullptr;
+        EXPECT_EQ(DllMain(GetModuleHandleW(nullptr), DLL_PROCESS_ATTACH, nullptr), TRUE);
+    };
+    std::size_t faults = 0;
+    EXPECT_EQ(support::BlocksLeftBy([&] { faults = support::FailEachAllocation(attach, [] {}); }), 0);
     EXPECT_GT(faults, 0u);
+    attach();
+    EXPECT_NE(Excel12EntryPoint, nullptr);
+    EXPECT_FALSE(AddInModule.fileName.IsEmpty());
 }
 
 TEST(Lifecycle, EntriesGiveOneWhateverCameBefore) {

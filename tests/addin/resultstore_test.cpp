@@ -48,7 +48,8 @@ TEST_F(ResultStore, TheSlotIsNeverWithoutAValue) {
     const XXloperPtr next = XXloperFromInt(2);
     {
         const XXloperPtr first(static_cast<const XXloper*>(&record), [&seen](const XXloper*) {
-            const auto* slot = static_cast<ThreadResultSlot*>(TlsGetValue(OpenedThreadResultStore()->tlsIndex));
+            const auto* slot =
+                static_cast<ThreadResultSlot*>(TlsGetValue(OpenedThreadResultStore()->tlsIndex));
             seen = slot->result.get();
         });
         EXPECT_EQ(StoreThreadResult(first), &record);
@@ -79,7 +80,8 @@ void StoreFromManyThreadsAtOnce(bool singleProcessor) {
         threads.emplace_back([&, i] {
             start.arrive_and_wait();
             const XLOPER12* record = nullptr;
-            for (int round = 0; round < 200; ++round) record = StoreThreadResult(XXloperFromInt(i * 1000 + round));
+            for (int round = 0; round < 200; ++round)
+                record = StoreThreadResult(XXloperFromInt(i * 1000 + round));
             stored.arrive_and_wait();
             if (record->val.w == i * 1000 + 199) ++right;
         });
@@ -93,9 +95,13 @@ void StoreFromManyThreadsAtOnce(bool singleProcessor) {
     EXPECT_EQ(OpenedThreadResultStore()->spinFlag, 0u);
 }
 
-TEST_F(ResultStore, ThreadsStoreAtOnce) { StoreFromManyThreadsAtOnce(false); }
+TEST_F(ResultStore, ThreadsStoreAtOnce) {
+    StoreFromManyThreadsAtOnce(false);
+}
 
-TEST_F(ResultStore, ThreadsStoreAtOnceOnOneProcessor) { StoreFromManyThreadsAtOnce(true); }
+TEST_F(ResultStore, ThreadsStoreAtOnceOnOneProcessor) {
+    StoreFromManyThreadsAtOnce(true);
+}
 
 TEST_F(ResultStore, ValuesOutliveTheirThreadsAndGoInOrderAtClosing) {
     std::vector<int> released;
@@ -104,10 +110,11 @@ TEST_F(ResultStore, ValuesOutliveTheirThreadsAndGoInOrderAtClosing) {
     for (int i = 0; i < 3; ++i) {
         records[i].val.w = i;
         std::thread([&, i] {
-            static_cast<void>(StoreThreadResult({static_cast<const XXloper*>(&records[i]), [&](const XXloper* value) {
-                                                     released.push_back(value->val.w);
-                                                     releasers.push_back(std::this_thread::get_id());
-                                                 }}));
+            static_cast<void>(
+                StoreThreadResult({static_cast<const XXloper*>(&records[i]), [&](const XXloper* value) {
+                                       released.push_back(value->val.w);
+                                       releasers.push_back(std::this_thread::get_id());
+                                   }}));
         }).join();
     }
     EXPECT_TRUE(released.empty());
