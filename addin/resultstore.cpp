@@ -1,5 +1,7 @@
 #include "addin/resultstore.h"
 
+#include "excelvalues/makers.h"
+
 #include <algorithm>
 #include <new>
 #include <utility>
@@ -11,10 +13,9 @@ ThreadResultStore* store = nullptr;
 
 // Excel reads what a worksheet function returns and doesn't write to it.
 LPXLOPER12 ValueError() noexcept {
-    static constexpr XLOPER12 error = [] {
+    static const XLOPER12 error = [] {
         XLOPER12 record{};
-        record.val.err = xlerrValue;
-        record.xltype = xltypeErr;
+        SetErrorValue(record, xlerrValue);
         return record;
     }();
     return const_cast<LPXLOPER12>(&error);
