@@ -157,7 +157,7 @@ TEST_F(Probe, IsUnloadedAtTheLastFree) {
         << "found in the program's folder; the fixture frees it";
 }
 
-TEST(Modules, DISABLED_ThreadsMayLoadAndLookUpAtOnce) {
+TEST(Modules, ThreadsMayLoadAndLookUpAtOnce) {
     const Wide path = FolderOf(PathOf(nullptr)) + TEXT("ProbeModule.dll");
     std::vector<std::thread> threads;
     for (int number = 0; number < 4; ++number) {

@@ -111,7 +111,7 @@ TEST(VersionInfo, ANodeWithoutAValueIsFoundEmpty) {
     }
 }
 
-TEST(VersionInfo, DISABLED_FilesWithoutItGiveNone) {
+TEST(VersionInfo, FilesWithoutItGiveNone) {
     struct Row {
         Wide path;
         DWORD error;

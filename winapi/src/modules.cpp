@@ -163,7 +163,11 @@ DWORD ReasonForRefusal(const std::string& path) noexcept {
 
 Library Load(const std::u16string& fileName) {
     const std::vector<Module> modules = LoadedModules();
-    if (const Module* loaded = FindByName(modules, fileName)) return Reopen(*loaded);
+    if (const Module* loaded = FindByName(modules, fileName)) {
+        // Not by Reopen: another thread may have let the image go since the list was made.
+        const char* const name = loaded->IsExecutable() ? nullptr : loaded->dlName.c_str();
+        if (Library library{dlopen(name, RTLD_NOW)}) return library;
+    }
 
     const std::string path = winapi::SystemPath(fileName);
     if (HasFolder(fileName)) {
