@@ -26,6 +26,6 @@ class XAddIn14 final : public AddIn {
 }  // namespace
 
 template <>
-std::shared_ptr<AddIn> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<AddIn> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XAddIn14>(source);
 }

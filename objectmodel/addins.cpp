@@ -28,6 +28,6 @@ class XAddIns14 final : public AddIns {
 }  // namespace
 
 template <>
-std::shared_ptr<AddIns> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<AddIns> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XAddIns14>(source);
 }

@@ -177,7 +177,7 @@ ComPtr<IDispatch> XApplication14::CellsIn(const ParsedExternalReference& referen
 }  // namespace
 
 template <>
-std::shared_ptr<Application> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Application> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XApplication14>(source);
 }
 

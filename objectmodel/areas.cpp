@@ -25,6 +25,6 @@ class XAreas14 final : public Areas {
 }  // namespace
 
 template <>
-std::shared_ptr<Areas> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Areas> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XAreas14>(source);
 }

@@ -25,6 +25,6 @@ class XAutoCorrect14 final : public AutoCorrect {
 }  // namespace
 
 template <>
-std::shared_ptr<AutoCorrect> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<AutoCorrect> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XAutoCorrect14>(source);
 }

@@ -33,6 +33,6 @@ class XComment14 final : public Comment {
 }  // namespace
 
 template <>
-std::shared_ptr<Comment> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Comment> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XComment14>(source);
 }

@@ -22,7 +22,7 @@ CStringW detail::TextOf(const OwnedVariant& value) {
     return TextOf(value->vt == VT_BSTR ? value->bstrVal : Changed(value.get(), VT_BSTR)->bstrVal);
 }
 
-ComPtr<IDispatch> InterfaceFromVariant(const OwnedVariant& value, REFIID iid) {
+ComPtr<IDispatch> detail::InterfaceFromVariant(const OwnedVariant& value, REFIID iid) {
     if (value->vt == VT_DISPATCH) return QueryFor(value->pdispVal, iid);
     if (value->vt == VT_UNKNOWN) return QueryFor(value->punkVal, iid);
 

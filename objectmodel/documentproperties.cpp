@@ -6,6 +6,7 @@
 namespace {
 
 using namespace MsExcel;
+using namespace detail;
 
 // Calls Office's interface by its virtual table.
 class XDocumentProperties14 final : public DocumentProperties {
@@ -20,7 +21,7 @@ class XDocumentProperties14 final : public DocumentProperties {
   private:
     ComPtr<IDocumentProperty> Item(const CStringW& name) const {
         if (!dispatch) IssueError(E_POINTER);
-        const OwnedVariant index = detail::VariantOf(name);
+        const OwnedVariant index = VariantOf(name);
         if (!index->bstrVal) IssueError(E_OUTOFMEMORY);
         ComPtr<IDocumentProperty> property;
         const HRESULT hresult = dispatch->get_Item(index.get(), 0, property.receive());
@@ -34,6 +35,6 @@ class XDocumentProperties14 final : public DocumentProperties {
 }  // namespace
 
 template <>
-std::shared_ptr<DocumentProperties> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<DocumentProperties> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XDocumentProperties14>(source);
 }

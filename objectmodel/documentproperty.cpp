@@ -5,6 +5,7 @@
 namespace {
 
 using namespace MsExcel;
+using namespace detail;
 
 // Calls Office's interface by its virtual table.
 class XDocumentProperty14 final : public DocumentProperty {
@@ -33,6 +34,6 @@ class XDocumentProperty14 final : public DocumentProperty {
 
 }  // namespace
 
-std::shared_ptr<DocumentProperty> WrapDocumentProperty(InterfaceSource<IDocumentProperty> source) {
+std::shared_ptr<DocumentProperty> detail::WrapDocumentProperty(InterfaceSource<IDocumentProperty> source) {
     return std::make_shared<XDocumentProperty14>(source);
 }

@@ -28,6 +28,6 @@ class XWindows14 final : public Windows {
 }  // namespace
 
 template <>
-std::shared_ptr<Windows> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Windows> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XWindows14>(source);
 }

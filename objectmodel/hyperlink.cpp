@@ -22,6 +22,6 @@ class XHyperlink14 final : public Hyperlink {
 }  // namespace
 
 template <>
-std::shared_ptr<Hyperlink> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Hyperlink> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XHyperlink14>(source);
 }

@@ -25,6 +25,6 @@ class XHyperlinks14 final : public Hyperlinks {
 }  // namespace
 
 template <>
-std::shared_ptr<Hyperlinks> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Hyperlinks> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XHyperlinks14>(source);
 }

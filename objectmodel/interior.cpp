@@ -24,6 +24,6 @@ class XInterior14 final : public Interior {
 }  // namespace
 
 template <>
-std::shared_ptr<Interior> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Interior> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XInterior14>(source);
 }

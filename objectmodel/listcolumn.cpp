@@ -22,6 +22,6 @@ class XListColumn14 final : public ListColumn {
 }  // namespace
 
 template <>
-std::shared_ptr<ListColumn> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<ListColumn> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XListColumn14>(source);
 }

@@ -25,6 +25,6 @@ class XListColumns14 final : public ListColumns {
 }  // namespace
 
 template <>
-std::shared_ptr<ListColumns> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<ListColumns> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XListColumns14>(source);
 }

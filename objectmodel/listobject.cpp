@@ -33,6 +33,6 @@ class XListObject14 final : public ListObject {
 }  // namespace
 
 template <>
-std::shared_ptr<ListObject> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<ListObject> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XListObject14>(source);
 }

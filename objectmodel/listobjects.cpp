@@ -25,6 +25,6 @@ class XListObjects14 final : public ListObjects {
 }  // namespace
 
 template <>
-std::shared_ptr<ListObjects> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<ListObjects> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XListObjects14>(source);
 }

@@ -27,6 +27,6 @@ class XMultiThreadedCalculation14 final : public MultiThreadedCalculationClass {
 }  // namespace
 
 template <>
-std::shared_ptr<MultiThreadedCalculationClass> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<MultiThreadedCalculationClass> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XMultiThreadedCalculation14>(source);
 }

@@ -48,6 +48,6 @@ class XName14 final : public Name {
 }  // namespace
 
 template <>
-std::shared_ptr<Name> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Name> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XName14>(source);
 }

@@ -31,6 +31,6 @@ class XNames14 final : public Names {
 }  // namespace
 
 template <>
-std::shared_ptr<Names> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Names> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XNames14>(source);
 }

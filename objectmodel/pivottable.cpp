@@ -22,6 +22,6 @@ class XPivotTable14 final : public PivotTable {
 }  // namespace
 
 template <>
-std::shared_ptr<PivotTable> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<PivotTable> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XPivotTable14>(source);
 }

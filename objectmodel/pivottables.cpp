@@ -25,6 +25,6 @@ class XPivotTables14 final : public PivotTables {
 }  // namespace
 
 template <>
-std::shared_ptr<PivotTables> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<PivotTables> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XPivotTables14>(source);
 }

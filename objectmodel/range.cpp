@@ -202,7 +202,7 @@ std::shared_ptr<Range> XRange14::GetCurrentArray() const {
 }  // namespace
 
 template <>
-std::shared_ptr<Range> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Range> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XRange14>(source);
 }
 

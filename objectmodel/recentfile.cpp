@@ -23,6 +23,6 @@ class XRecentFile14 final : public RecentFile {
 }  // namespace
 
 template <>
-std::shared_ptr<RecentFile> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<RecentFile> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XRecentFile14>(source);
 }

@@ -28,6 +28,6 @@ class XRecentFiles14 final : public RecentFiles {
 }  // namespace
 
 template <>
-std::shared_ptr<RecentFiles> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<RecentFiles> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XRecentFiles14>(source);
 }

@@ -33,6 +33,6 @@ class XSheets14 final : public Sheets {
 }  // namespace
 
 template <>
-std::shared_ptr<Sheets> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Sheets> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XSheets14>(source);
 }

@@ -64,7 +64,7 @@ class XWindow14 final : public Window {
 }  // namespace
 
 template <>
-std::shared_ptr<Window> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Window> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XWindow14>(source);
 }
 

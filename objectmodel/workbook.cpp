@@ -69,7 +69,7 @@ class XWorkbook14 final : public Workbook {
 }  // namespace
 
 template <>
-std::shared_ptr<Workbook> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Workbook> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XWorkbook14>(source);
 }
 

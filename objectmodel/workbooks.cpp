@@ -35,6 +35,6 @@ class XWorkbooks14 final : public Workbooks {
 }  // namespace
 
 template <>
-std::shared_ptr<Workbooks> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Workbooks> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XWorkbooks14>(source);
 }

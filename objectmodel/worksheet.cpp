@@ -62,7 +62,7 @@ class XWorksheet14 final : public Worksheet {
 }  // namespace
 
 template <>
-std::shared_ptr<Worksheet> Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Worksheet> detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XWorksheet14>(source);
 }
 

@@ -5,6 +5,8 @@
 #include "objectmodel/interfaces.h"
 #include "objectmodel/types.h"
 
+namespace detail {
+
 // The interface `iid` of `source`, in a pointer type that begins as that interface does. Null when the source
 // is null or has no such interface; any other failure raises _com_error.
 template <class Interface = IDispatch>
@@ -74,3 +76,5 @@ template <> std::shared_ptr<MsExcel::Workbook> Wrap(InterfaceSource<IDispatch> s
 template <> std::shared_ptr<MsExcel::Workbooks> Wrap(InterfaceSource<IDispatch> source);
 template <> std::shared_ptr<MsExcel::Worksheet> Wrap(InterfaceSource<IDispatch> source);
 // clang-format on
+
+}  // namespace detail
