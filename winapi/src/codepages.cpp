@@ -2,7 +2,6 @@
 #include <atomic>
 #include <climits>
 #include <cstdlib>
-#include <cstring>
 #include <new>
 #include <optional>
 #include <span>

@@ -224,12 +224,12 @@ WITH_AVX2 inline char* StoreKept(char* to, __m128i bytes, unsigned keeps) noexce
 // Eight units that are no surrogates; writes up to 28 bytes.
 WITH_AVX2 inline char* StoreUpToThree(char* to, __m128i units16) noexcept {
     const __m256i units = _mm256_cvtepu16_epi32(units16);
-    const __m256i six = _mm256_set1_epi32(0x3F);
+    const __m256i sixBits = _mm256_set1_epi32(0x3F);
     const __m256i isTwo = _mm256_cmpgt_epi32(units, _mm256_set1_epi32(0x7F));
     const __m256i isThree = _mm256_cmpgt_epi32(units, _mm256_set1_epi32(0x7FF));
 
-    const __m256i last = _mm256_and_si256(units, six);
-    const __m256i middle = _mm256_and_si256(_mm256_srli_epi32(units, 6), six);
+    const __m256i last = _mm256_and_si256(units, sixBits);
+    const __m256i middle = _mm256_and_si256(_mm256_srli_epi32(units, 6), sixBits);
     const __m256i two = _mm256_or_si256(
         _mm256_or_si256(_mm256_srli_epi32(units, 6), _mm256_slli_epi32(last, 8)), _mm256_set1_epi32(0x80C0));
     const __m256i three =
@@ -263,13 +263,13 @@ WITH_AVX2 Progress ToUtf8(std::u16string_view text, std::span<char> destination)
         const char16_t* const from = text.data() + at;
         const __m256i low = Load256(from);
         const __m256i high = Load256(from + 16);
-        if (_mm256_testz_si256(_mm256_or_si256(low, high), beyond1) != 0) {
+        const __m256i all = _mm256_or_si256(low, high);
+        if (_mm256_testz_si256(all, beyond1) != 0) {
             Store256(to, _mm256_permute4x64_epi64(_mm256_packus_epi16(low, high), 0xD8));
             at += lanes;
             to += lanes;
             continue;
         }
-        const __m256i all = _mm256_or_si256(low, high);
         if (_mm256_testz_si256(all, beyond2) != 0) {
             for (std::size_t lane = 0; lane < lanes; lane += 8) to = StoreUpToTwo(to, Load128(from + lane));
         } else if (!HasSurrogate(low) && !HasSurrogate(high)) {

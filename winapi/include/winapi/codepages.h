@@ -15,7 +15,7 @@
 #include "winapi/types.h"
 
 #define CP_ACP 0         // the ANSI code page: 1252, or what winapi/control.h says
-#define CP_OEMCP 1       // the ANSI code page where that is a double-byte one, else 437
+#define CP_OEMCP 1       // the ANSI code page where that is a multibyte one, else 437
 #define CP_THREAD_ACP 3  // the ANSI code page: threads have no locale of their own here
 #define CP_UTF8 65001
 
