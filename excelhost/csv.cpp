@@ -36,16 +36,16 @@ class CsvReader {
                 ReadPlain();
             }
         } while (Take(','));
-        if (next_ < text_.size() && !TakeLineEnd()) Fail("text stands behind the closing quote");
+        if (next_ < text_.size() && !TakeLineEnd()) throw FaultHere("text stands behind the closing quote");
     }
 
     void ReadPlain() {
         const std::size_t end = std::min(text_.find_first_of(",\"\r\n", next_), text_.size());
         table_.back().back() = text_.substr(next_, end - next_);
         next_ = end;
-        if (Peek() == '"') Fail("a quote stands inside a field that isn't quoted");
+        if (Peek() == '"') throw FaultHere("a quote stands inside a field that isn't quoted");
         if (Peek() == '\r' && !text_.substr(next_).starts_with("\r\n"))
-            Fail("a carriage return stands alone");
+            throw FaultHere("a carriage return stands alone");
     }
 
     void ReadQuoted() {
@@ -53,7 +53,7 @@ class CsvReader {
         ++next_;
         for (;;) {
             const std::size_t end = text_.find('"', next_);
-            if (end == std::string_view::npos) Fail("the quote isn't closed");
+            if (end == std::string_view::npos) throw FaultHere("the quote isn't closed");
             field += text_.substr(next_, end - next_);
             next_ = end + 1;
             if (!Take('"')) return;
@@ -64,8 +64,8 @@ class CsvReader {
     bool TakeLineEnd() { return text_.substr(next_).starts_with("\r\n") ? (next_ += 2, true) : Take('\n'); }
     bool Take(char wanted) { return Peek() == wanted && next_ < text_.size() ? (++next_, true) : false; }
     [[nodiscard]] char Peek() const { return next_ < text_.size() ? text_[next_] : '\0'; }
-    [[noreturn]] void Fail(const char* message) const {
-        throw CellFault(table_.size(), table_.back().size(), message);
+    [[nodiscard]] CellFault FaultHere(const char* message) const {
+        return {table_.size(), table_.back().size(), message};
     }
 
     std::string_view text_;

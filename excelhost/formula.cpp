@@ -70,21 +70,23 @@ class FormulaParser {
     explicit FormulaParser(TextView text) : text_(text) {}
 
     Formula Parse() {
-        if (text_.size() > kFormulaLimit) Fail(kFormulaLimit, "the formula has more than 8192 characters");
-        if (!text_.starts_with(WCHAR{'='})) Fail(0, "a formula begins with '='");
+        if (text_.size() > kFormulaLimit)
+            throw FaultAt(kFormulaLimit, "the formula has more than 8192 characters");
+        if (!text_.starts_with(WCHAR{'='})) throw FaultAt(0, "a formula begins with '='");
         next_ = 1;
         Expression();
-        if (!AtEnd()) Fail(next_, "an operator or the end of the formula is expected");
+        if (!AtEnd()) throw FaultAt(next_, "an operator or the end of the formula is expected");
         return std::move(formula_);
     }
 
   private:
-    [[noreturn]] static void Fail(std::size_t index, const std::string& message) {
-        throw FormulaFault(index + 1, message);
+    static FormulaFault FaultAt(std::size_t index, const std::string& message) {
+        return {index + 1, message};
     }
 
     void Expression() {
-        if (++nesting_ > kNestingLimit + 1) Fail(next_, "the formula is nested deeper than 64 levels");
+        if (++nesting_ > kNestingLimit + 1)
+            throw FaultAt(next_, "the formula is nested deeper than 64 levels");
         Operators(1);
         --nesting_;
     }
@@ -119,15 +121,16 @@ class FormulaParser {
 
     void Operand() {
         const std::size_t position = next_;
-        if (AtEnd()) Fail(next_, "an operand is expected");
+        if (AtEnd()) throw FaultAt(next_, "an operand is expected");
         const WCHAR unit = Peek();
         if (unit == '"') return TextLiteral();
         if (unit == '#') return ErrorLiteral();
         if (IsDigit(unit) || unit == '.') return NumberLiteral();
         if (BeginsWord(unit)) return Word();
-        if (!Take('(')) Fail(next_, "an operand is expected, not '" + Utf8(text_.substr(next_, 1)) + "'");
+        if (!Take('('))
+            throw FaultAt(next_, "an operand is expected, not '" + Utf8(text_.substr(next_, 1)) + "'");
         Expression();
-        if (!Take(')')) Fail(position, "the parenthesis isn't closed");
+        if (!Take(')')) throw FaultAt(position, "the parenthesis isn't closed");
     }
 
     void TextLiteral() {
@@ -135,7 +138,7 @@ class FormulaParser {
         Text value;
         for (;;) {
             const std::size_t end = text_.find(WCHAR{'"'}, next_);
-            if (end == TextView::npos) Fail(position, "the text isn't closed");
+            if (end == TextView::npos) throw FaultAt(position, "the text isn't closed");
             value += text_.substr(next_, end - next_);
             next_ = end + 1;
             if (Peek() != '"') break;
@@ -154,7 +157,7 @@ class FormulaParser {
             next_ += std::min(length, text_.size() - next_);
             return;
         }
-        Fail(next_, "no error value has this name");
+        throw FaultAt(next_, "no error value has this name");
     }
 
     void NumberLiteral() {
@@ -172,7 +175,7 @@ class FormulaParser {
         }
         double number = 0;
         if (!ReadNumber(Utf8(text_.substr(position, next_ - position)), number))
-            Fail(position, "a bad number");
+            throw FaultAt(position, "a bad number");
         Push(number, position);
     }
 
@@ -187,7 +190,7 @@ class FormulaParser {
         } else if (SameName(word, TEXT("TRUE")) || SameName(word, TEXT("FALSE"))) {
             Push(SameName(word, TEXT("TRUE")), position);
         } else {
-            Fail(position, "'" + Utf8(word) + "' is no cell of a sheet");
+            throw FaultAt(position, "'" + Utf8(word) + "' is no cell of a sheet");
         }
     }
 
@@ -197,7 +200,7 @@ class FormulaParser {
         if (Take(':')) {
             SkipSpace();
             const std::size_t position = next_;
-            if (!ReadCell(TakeWord(), last)) Fail(position, "a cell is expected behind ':'");
+            if (!ReadCell(TakeWord(), last)) throw FaultAt(position, "a cell is expected behind ':'");
         }
         return Area{{std::min(first.row, last.row), std::max(first.row, last.row),
                      std::min(first.column, last.column), std::max(first.column, last.column)}};
@@ -218,7 +221,7 @@ class FormulaParser {
                 }
                 ++count;
             } while (Take(','));
-            if (!Take(')')) Fail(position, "the parenthesis of '" + Utf8(name) + "' isn't closed");
+            if (!Take(')')) throw FaultAt(position, "the parenthesis of '" + Utf8(name) + "' isn't closed");
         }
         CheckCount(name, count, position);
         if (!isIf) {
@@ -247,9 +250,11 @@ class FormulaParser {
         const std::size_t fewest = isIf ? 2 : builtin != nullptr ? builtin->fewest : 0;
         const std::size_t most = isIf ? 3 : builtin != nullptr ? builtin->most : kArgumentLimit;
         if (count < fewest)
-            Fail(position, "'" + Utf8(name) + "' takes at least " + std::to_string(fewest) + " arguments");
+            throw FaultAt(position,
+                          "'" + Utf8(name) + "' takes at least " + std::to_string(fewest) + " arguments");
         if (count > most)
-            Fail(position, "'" + Utf8(name) + "' takes at most " + std::to_string(most) + " arguments");
+            throw FaultAt(position,
+                          "'" + Utf8(name) + "' takes at most " + std::to_string(most) + " arguments");
     }
 
     std::size_t Emit(Step step, std::size_t position) {
