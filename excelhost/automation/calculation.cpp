@@ -56,9 +56,10 @@ Grid ReferencedCells(const SheetNode& sheet, const Formula& formula) {
     if (bounds.Cells() > static_cast<std::int64_t>(kMaterialLimit)) throw Refusal::Result(E_OUTOFMEMORY);
     Grid grid(bounds.Rows(), bounds.Columns());
     for (const auto& [place, cell] : sheet.cells) {
-        const auto [row, column] = place;
+        const LONG row = place.first;
+        const LONG column = place.second;
         const bool referenced =
-            std::ranges::any_of(areas, [&](const Rect& area) { return area.Contains(row, column); });
+            std::ranges::any_of(areas, [=](const Rect& area) { return area.Contains(row, column); });
         if (referenced && !cell.IsEmpty()) grid.Set({row - 1, column - 1}, ToValue(sheet.Value(row, column)));
     }
     return grid;

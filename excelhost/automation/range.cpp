@@ -265,9 +265,9 @@ void DeleteCells(Call& call) {
 // Searching.
 
 bool Matches(const Text& shown, const Text& what, bool whole) {
-    return whole ? SameName(shown, what) : std::ranges::search(shown, what, [](WCHAR a, WCHAR b) {
-                                               return SameName(TextView(&a, 1), TextView(&b, 1));
-                                           }).begin() != shown.end();
+    if (whole) return SameName(shown, what);
+    const auto same = [](WCHAR a, WCHAR b) { return SameName(TextView(&a, 1), TextView(&b, 1)); };
+    return std::search(shown.begin(), shown.end(), what.begin(), what.end(), same) != shown.end();
 }
 
 // Row by row from behind the cell `after`, and from the start again; the null object when nothing matches.

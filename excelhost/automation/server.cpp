@@ -11,11 +11,6 @@ namespace {
 
 constexpr std::size_t watchedShells = 256;
 
-template <class... Kinds>
-struct Overloaded : Kinds... {
-    using Kinds::operator()...;
-};
-
 std::string HexText(SCODE code) {
     char text[16];
     std::snprintf(text, sizeof(text), "0x%08lX",
@@ -152,9 +147,8 @@ std::optional<Variant> AutomationServer::Scripted(const ObjectClass& objectClass
     });
     if (script == scripts_.end()) return std::nullopt;
     if (script->times > 0) --script->times;
-    return std::visit(Overloaded{[](const Refusal& refusal) -> std::optional<Variant> { throw refusal; },
-                                 [](const Variant& answer) { return std::optional(answer); }},
-                      script->outcome);
+    if (const auto* refusal = std::get_if<Refusal>(&script->outcome)) throw Refusal(*refusal);
+    return std::get<Variant>(script->outcome);
 }
 
 void AutomationServer::Retire(Object& object) noexcept {
