@@ -64,7 +64,7 @@ void ExpectOperandsInOrder() {
     EXPECT_EQ(call.result, result.get());
     EXPECT_EQ(call.resultTypeOnEntry, 0u);
     EXPECT_EQ(call.resultCodeOnEntry, 0);
-    for (const std::size_t bracket : {0, 2}) {
+    for (const std::size_t bracket : {0U, 2U}) {
         EXPECT_EQ(host.entries[bracket].count, 0);
         EXPECT_EQ(host.entries[bracket].result, nullptr);
         EXPECT_FALSE(host.entries[bracket].hasOperandArray);
