@@ -73,11 +73,22 @@ struct Cells {
 struct Words {
     const WCHAR* text;
 };
+// The same for an operation that takes the VARIANT by reference, and leaves it to its caller.
+struct LentWords {
+    const WCHAR* text;
+};
 inline std::shared_ptr<MsExcel::Range> Made(World& world, Cells cells) {
     return world.Range(cells.address);
 }
 inline VARIANT Made(World&, Words words) {
     return Variant(words.text).Detach();
+}
+struct LentVariant {
+    Variant variant;
+    operator const VARIANT&() const noexcept { return variant.Get(); }
+};
+inline LentVariant Made(World&, LentWords words) {
+    return {words.text};
 }
 template <class Given>
 const Given& Made(World&, const Given& given) {

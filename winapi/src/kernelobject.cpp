@@ -29,7 +29,7 @@ class Table {
     std::shared_ptr<KernelObject> Remove(HANDLE handle) {
         const std::lock_guard lock(mutex_);
         std::shared_ptr<KernelObject> object = std::move(Slot(handle));
-        if (--open_ == 0) objects_ = {};
+        if (--open_ == 0) std::vector<std::shared_ptr<KernelObject>>().swap(objects_);
         return object;
     }
 
