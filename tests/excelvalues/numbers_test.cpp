@@ -1,13 +1,20 @@
+// Numbers, errors coded in numbers, and VARIANTs: what each becomes as a value and what is read back.
+#include "excelhost/value.h"
 #include "excelvalues/xxloper.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cfloat>
 #include <cmath>
 #include <cstring>
 #include <random>
+#include <string>
 
 namespace {
+
+using excelhost::ErrorValue;
+using excelhost::Text;
 
 // Doubles travel as bits and by reference here: a function that returns one would quiet a signalling NaN on
 // 32-bit x86.
@@ -17,84 +24,51 @@ std::uint64_t BitsOf(const double& x) {
     return bits;
 }
 
-std::uint64_t BitsOf(double&& x) {
-    return BitsOf(static_cast<const double&>(x));
+// What a conversion made, as "error 15", "nil", or "number" with its bits.
+std::string Number(std::uint64_t bits) {
+    return "number " + std::to_string(bits);
+}
+std::string Shown(const XXloper& value) {
+    if (value.xltype == xltypeNum) return Number(BitsOf(value.val.num));
+    if (value.xltype == xltypeErr && value.val.returnCode == 0)
+        return "error " + std::to_string(value.val.err);
+    return value.xltype == xltypeNil ? "nil" : "type " + std::to_string(value.xltype);
 }
 
-// What a conversion made: an error with a code, the empty value, or a number with its bits.
-struct Outcome {
-    DWORD type;
-    std::uint64_t payload;
-
-    friend bool operator==(const Outcome&, const Outcome&) = default;
-    friend std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
-        return stream << "type " << outcome.type << ", payload 0x" << std::hex << outcome.payload << std::dec;
-    }
-};
-
-Outcome Error(int code) {
-    return {xltypeErr, static_cast<std::uint64_t>(code)};
-}
-Outcome Number(std::uint64_t bits) {
-    return {xltypeNum, bits};
-}
-constexpr Outcome Nil = {xltypeNil, 0};
-
-Outcome OutcomeOf(const XXloper& value) {
-    switch (value.xltype) {
-        case xltypeErr:
-            EXPECT_EQ(value.val.returnCode, 0);
-            return Error(value.val.err);
-        case xltypeNum:
-            return Number(BitsOf(value.val.num));
-        default:
-            return {value.xltype, 0};
-    }
-}
-
-struct Row {
-    std::uint64_t bits;
-    Outcome fromDouble;
-    Outcome fromNumber;
-    Outcome inPlace;
-};
-
-void ExpectRow(const Row& row) {
-    SCOPED_TRACE(testing::Message() << "bits 0x" << std::hex << row.bits);
+// Where no outcome is given it is the number itself.
+void ExpectConversions(std::uint64_t bits, std::string fromDouble, std::string fromNumber = "",
+                       std::string inPlace = "") {
+    SCOPED_TRACE(bits);
     double x;
-    std::memcpy(&x, &row.bits, sizeof x);
-    EXPECT_EQ(OutcomeOf(*XXloperFromDouble(x)), row.fromDouble);
-    EXPECT_EQ(OutcomeOf(*XXloperFromNumber(x)), row.fromNumber);
-    EXPECT_EQ(OutcomeOf(XXloper(x)), row.inPlace);
+    std::memcpy(&x, &bits, sizeof x);
+    EXPECT_EQ(Shown(*XXloperFromDouble(x)), fromDouble);
+    EXPECT_EQ(Shown(*XXloperFromNumber(x)), fromNumber.empty() ? Number(bits) : fromNumber);
+    EXPECT_EQ(Shown(XXloper(x)), inPlace.empty() ? Number(bits) : inPlace);
 }
 
-constexpr std::array<int, 14> ErrorNumbers = {0, 7, 15, 23, 29, 36, 42, 43, 45, 48, 49, 50, 46, 47};
-
-TEST(Numbers, ErrorNaNsAreDecodedByAll) {
-    ASSERT_EQ(ExcelErrorCodes, ErrorNumbers);
-    for (std::uint32_t i = 0; i < ErrorNumbers.size(); ++i) {
+TEST(Numbers, ErrorsAreCodedInNaNsAndComeBack) {
+    constexpr int codes[] = {0, 7, 15, 23, 29, 36, 42, 43, 45, 48, 49, 50, 46, 47};
+    for (std::uint32_t i = 0; i < std::size(codes); ++i) {
         const double nan = ErrorNaN(i);
+        const std::string error = "error " + std::to_string(codes[i]);
         EXPECT_EQ(BitsOf(nan), (0x7FF80000ULL + i) << 32);
-        EXPECT_TRUE(IsErrorNaN(nan));
-        ExpectRow({BitsOf(nan), Error(ErrorNumbers[i]), Error(ErrorNumbers[i]), Error(ErrorNumbers[i])});
+        ExpectConversions(BitsOf(nan), error, error, error);
+        EXPECT_EQ(BitsOf(DoubleFromXXloper(XXloperFromError(codes[i]))), BitsOf(nan));
+    }
+    for (const int code : {1, 14, 44, 51, 2015, -1}) {
+        EXPECT_EQ(BitsOf(DoubleFromXXloper(XXloperFromError(code))), 0x7FF8000E00000000u) << code;
     }
 }
 
-TEST(Numbers, SentinelsDifferByConversion) {
-    const Row rows[] = {
-        {0xFFFFFFFFFFFFFFF8, Nil, Number(0xFFFFFFFFFFFFFFF8), Number(0xFFFFFFFFFFFFFFF8)},
-        {0xFFFFFFFFFFFFFFF7, Error(42), Number(0xFFFFFFFFFFFFFFF7), Number(0xFFFFFFFFFFFFFFF7)},
-        {0xFFFFFFFFFFFFFFF2, Error(36), Number(0xFFFFFFFFFFFFFFF2), Number(0xFFFFFFFFFFFFFFF2)},
-        {0xFFFFFFFFFFFFFFF1, Error(7), Number(0xFFFFFFFFFFFFFFF1), Number(0xFFFFFFFFFFFFFFF1)},
-        {0xFFFFFFFFFFFFFFF5, Error(15), Error(15), Number(0xFFFFFFFFFFFFFFF5)},
-        {0xFFFFFFFFFFFFFFFF, Error(15), Error(15), Number(0xFFFFFFFFFFFFFFFF)},
-        {0x7FF0000000000000, Error(36), Number(0x7FF0000000000000), Number(0x7FF0000000000000)},
-        {0xFFF0000000000000, Error(36), Number(0xFFF0000000000000), Number(0xFFF0000000000000)},
-    };
-    for (const Row& row : rows) ExpectRow(row);
-}
-
-TEST(Numbers, OtherNaNsAreErrorsForOneAndNumbersForTwo) {
+TEST(Numbers, SentinelsAndOtherNaNsDifferByConversion) {
+    ExpectConversions(0xFFFFFFFFFFFFFFF8, "nil");
+    ExpectConversions(0xFFFFFFFFFFFFFFF7, "error 42");
+    ExpectConversions(0xFFFFFFFFFFFFFFF2, "error 36");
+    ExpectConversions(0xFFFFFFFFFFFFFFF1, "error 7");
+    ExpectConversions(0xFFFFFFFFFFFFFFF5, "error 15", "error 15");
+    ExpectConversions(0xFFFFFFFFFFFFFFFF, "error 15", "error 15");
+    ExpectConversions(0x7FF0000000000000, "error 36");
+    ExpectConversions(0xFFF0000000000000, "error 36");
     for (const std::uint64_t bits :
          {0x7FF8000E00000000ULL,                                                // index 14
           0x7FF8000200000001ULL,                                                // a low word
@@ -104,20 +78,15 @@ TEST(Numbers, OtherNaNsAreErrorsForOneAndNumbersForTwo) {
           0x7FF0000200000000ULL,                                                // signalling, like index 2
           0xFFFFFFFFFFFFFFF0ULL, 0xFFFFFFFFFFFFFFF3ULL, 0xFFFFFFFFFFFFFFF4ULL,  // beside the sentinels
           0xFFFFFFFFFFFFFFF6ULL, 0xFFFFFFFFFFFFFFF9ULL, 0xFFFFFFFFFFFFFFFEULL, 0x7FFFFFFFFFFFFFF8ULL}) {
-        ExpectRow({bits, Error(15), Number(bits), Number(bits)});
+        ExpectConversions(bits, "error 15");
     }
-}
-
-TEST(Numbers, FiniteOnesKeepEveryBit) {
-    for (const double x :
-         {0.0, -0.0, 1.0, -1.5, DBL_MAX, -DBL_MAX, DBL_MIN, DBL_TRUE_MIN, -DBL_TRUE_MIN, 0.1}) {
-        const std::uint64_t bits = BitsOf(x);
-        ExpectRow({bits, Number(bits), Number(bits), Number(bits)});
+    for (const double x : {0.0, -0.0, 1.0, DBL_MAX, -DBL_MAX, DBL_MIN, DBL_TRUE_MIN, -DBL_TRUE_MIN}) {
+        ExpectConversions(BitsOf(x), Number(BitsOf(x)));
     }
 }
 
 // Against the runtime library's own classification, which the product doesn't use.
-TEST(Numbers, RandomBitsFollowTheirClass) {
+TEST(Numbers, OfAnyBitsFollowTheirClass) {
     std::mt19937_64 random(20240229);
     for (int i = 0; i < 100000; ++i) {
         std::uint64_t bits = random();
@@ -127,75 +96,96 @@ TEST(Numbers, RandomBitsFollowTheirClass) {
         std::memcpy(&x, &bits, sizeof x);
         const bool errorNaN = bits >= 0x7FF8000000000000 && bits < 0x7FF8000E00000000 && bits << 32 == 0;
         ASSERT_EQ(IsErrorNaN(x), errorNaN);
-        const XXloperPtr value = XXloperFromDouble(x);
-        if (std::isfinite(x)) {
-            ASSERT_EQ(OutcomeOf(*value), Number(bits));
-        } else if (std::isinf(x)) {
-            ASSERT_EQ(OutcomeOf(*value), Error(36));
-        } else if (!errorNaN && bits < 0xFFFFFFFFFFFFFFF0) {
-            ASSERT_EQ(OutcomeOf(*value), Error(15));
+        if (errorNaN) continue;
+        ASSERT_EQ(Shown(XXloper(x)), Number(bits));
+        const std::string shown = Shown(*XXloperFromDouble(x));
+        if (bits < 0xFFFFFFFFFFFFFFF0) {
+            ASSERT_EQ(shown, std::isfinite(x) ? Number(bits) : std::isinf(x) ? "error 36" : "error 15");
         }
-        if (!errorNaN) {
-            ASSERT_EQ(OutcomeOf(XXloper(x)), Number(bits));
-        }
-    }
-}
-
-TEST(Numbers, ErrorsSurviveTheWayThereAndBack) {
-    for (const int code : ErrorNumbers) {
-        const double coded = DoubleFromXXloper(XXloperFromError(code));
-        EXPECT_EQ(OutcomeOf(*XXloperFromDouble(coded)), Error(code));
-        EXPECT_EQ(OutcomeOf(*XXloperFromNumber(coded)), Error(code));
-    }
-    for (const int code : {1, 14, 44, 51, 2015, -1}) {
-        const double unknown = DoubleFromXXloper(XXloperFromError(code));
-        EXPECT_EQ(BitsOf(unknown), 0x7FF8000E00000000u);
-        EXPECT_FALSE(IsErrorNaN(unknown));
-        EXPECT_EQ(OutcomeOf(*XXloperFromDouble(unknown)), Error(15));
-        EXPECT_EQ(OutcomeOf(*XXloperFromNumber(unknown)), Number(0x7FF8000E00000000));
     }
 }
 
 TEST(Numbers, EveryTypeReadsAsADouble) {
-    constexpr std::uint64_t valueError = 0x7FF8000200000000;
-    const auto record = [](DWORD type) {
-        XLOPER12 made{};
-        made.xltype = type;
-        return made;
+    XLOPER12 record{};
+    const auto check = [&](DWORD type, std::uint64_t bits) {
+        record.xltype = type | xlbitXLFree;
+        EXPECT_EQ(BitsOf(DoubleFromXXloper(static_cast<const XXloper&>(record))), bits) << type;
+        EXPECT_EQ(BitsOf(DoubleFromXXloper(XXloperLentByExcel(&record))), bits) << type;
     };
-    const auto check = [](const XLOPER12& made, std::uint64_t bits) {
-        SCOPED_TRACE(made.xltype);
-        EXPECT_EQ(BitsOf(DoubleFromXXloper(static_cast<const XXloper&>(made))), bits);
-        EXPECT_EQ(BitsOf(DoubleFromXXloper(XXloperLentByExcel(&made))), bits);
-    };
-    for (const std::uint64_t bits :
-         {BitsOf(1.25), BitsOf(-0.0), std::uint64_t{0xFFFFFFFFFFFFFFF8}, std::uint64_t{0x7FF8000300000000}}) {
-        XLOPER12 number = record(xltypeNum | xlbitXLFree);
-        std::memcpy(&number.val.num, &bits, sizeof bits);
-        check(number, bits);
+    for (const std::uint64_t bits : {0x3FF4000000000000u, 0x8000000000000000u, 0xFFFFFFFFFFFFFFF8u}) {
+        std::memcpy(&record.val.num, &bits, sizeof bits);
+        check(xltypeNum, bits);
     }
     for (const int w : {0, -5, 2147483647, -2147483647 - 1}) {
-        XLOPER12 integer = record(xltypeInt);
-        integer.val.w = w;
-        check(integer, BitsOf(static_cast<double>(w)));
-    }
-    for (const int truth : {0, 1, 2, -1}) {
-        XLOPER12 boolean = record(xltypeBool | xlbitDLLFree);
-        boolean.val.xbool = truth;
-        check(boolean, BitsOf(truth != 0 ? -1.0 : 0.0));
+        record.val.w = w;
+        check(xltypeInt, BitsOf(w));
+        check(xltypeBool, BitsOf(w != 0 ? -1.0 : 0.0));
     }
     for (const DWORD type : {xltypeStr, xltypeRef, xltypeSRef, xltypeMulti, xltypeMissing, xltypeNil,
                              xltypeFlow, xltypeBigData, DWORD{0}}) {
-        check(record(type), valueError);
+        check(type, 0x7FF8000200000000);
     }
-    EXPECT_EQ(BitsOf(DoubleFromXXloper(XXloperPtr())), valueError);
+    EXPECT_EQ(BitsOf(DoubleFromXXloper(XXloperPtr())), 0x7FF8000200000000u);
 }
 
-TEST(Numbers, ReadingReleasesTheHandle) {
-    XXloperPtr value = XXloperFromNumber(2.5);
-    const std::weak_ptr<const XXloper> watched = value;
-    EXPECT_EQ(DoubleFromXXloper(std::move(value)), 2.5);
-    EXPECT_TRUE(watched.expired());
+// A VARIANT whose unused bytes are nonsense: what a type doesn't use is not to be looked at.
+template <typename Content = int>
+VARIANT Variant(VARTYPE type, Content content = {}) {
+    VARIANT v;
+    std::memset(&v, 0xA5, sizeof v);
+    v.vt = type;
+    std::memcpy(&v.bVal, &content, sizeof content);
+    return v;
+}
+
+TEST(FromVariant, NumbersTruthAndTexts) {
+    const std::unique_ptr<WCHAR, decltype(&SysFreeString)> zero(SysAllocStringLen(TEXT("a\0b"), 3),
+                                                                &SysFreeString);
+    const std::unique_ptr<WCHAR, decltype(&SysFreeString)> longer(
+        SysAllocString(StdWString(40000, u'x').c_str()), &SysFreeString);
+    const std::pair<VARIANT, excelhost::Value> cases[] = {
+        {Variant(VT_I1, BYTE{0x80}), -128},
+        {Variant(VT_UI1, BYTE{0x80}), 128},
+        {Variant(VT_I2, short{-1}), -1},
+        {Variant(VT_UI2, USHORT{0xFFFF}), 65535},
+        {Variant(VT_I4, 0x80000000), -2147483647 - 1},
+        {Variant(VT_UI4, 0xFFFFFFFF), -1},
+        {Variant(VT_INT, 0x7FFFFFFF), 2147483647},
+        {Variant(VT_UINT, 0x80000000), -2147483647 - 1},
+        {Variant(VT_R4, 0.1F), static_cast<double>(0.1F)},
+        {Variant(VT_R8, HUGE_VAL), HUGE_VAL},
+        {Variant(VT_DATE, 45000.25), 45000.25},
+        {Variant(VT_R8, ErrorNaN(6)), ErrorValue{xlerrNA}},
+        {Variant(VT_BOOL, short{0}), false},
+        {Variant(VT_BOOL, short{2}), true},
+        {Variant(VT_ERROR, 0x800A07DF), ErrorValue{2015}},
+        {Variant(VT_ERROR, 0x0000FFFF), ErrorValue{65535}},
+        {Variant(VT_EMPTY), excelhost::Empty{}},
+        {Variant(VT_NULL), excelhost::Empty{}},
+        {Variant(VT_BSTR, zero.get()), Text(TEXT("a"))},
+        {Variant(VT_BSTR, longer.get()), Text(32767, u'x')},
+        {Variant(VT_BSTR, nullptr), Text()},
+        {Variant(VT_LPSTR, "narrow"), Text(TEXT("narrow"))},
+        {Variant(VT_LPSTR, nullptr), Text()},
+        {Variant(VT_LPWSTR, TEXT("wide")), Text(TEXT("wide"))},
+        {Variant(VT_LPWSTR, nullptr), Text()},
+    };
+    for (const auto& [variant, expected] : cases) {
+        EXPECT_EQ(excelhost::ValueFrom(*XXloperFromVariant(variant)), expected) << variant.vt;
+    }
+}
+
+TEST(FromVariant, EverythingElseIsVisualBasicsValueError) {
+    const VARTYPE known[] = {VT_EMPTY, VT_NULL, VT_I1,    VT_I2,   VT_UI1,   VT_UI2,
+                             VT_I4,    VT_UI4,  VT_INT,   VT_UINT, VT_R4,    VT_R8,
+                             VT_DATE,  VT_BOOL, VT_ERROR, VT_BSTR, VT_LPSTR, VT_LPWSTR};
+    for (const int flags : {0, 0x1000, 0x2000, 0x4000, 0x8000}) {  // vector, array, by reference, reserved
+        for (int type = 0; type < 0x1000; ++type) {
+            const auto whole = static_cast<VARTYPE>(type | flags);
+            if (std::ranges::count(known, whole) != 0) continue;
+            ASSERT_EQ(Shown(*XXloperFromVariant(Variant(whole))), "error 2015") << whole;
+        }
+    }
 }
 
 }  // namespace
