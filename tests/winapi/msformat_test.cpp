@@ -32,9 +32,7 @@ TEST(MsFormat, IntegerSizes) {
     ExpectRows({
         {Both("%I64d %I64u %I64X", wide, wide, wide), "320255973501901 320255973501901 123456789ABCD"},
         {Both("%lld %llx %jd", wide, wide, wide), "320255973501901 123456789abcd 320255973501901"},
-        {Both("%I64d|%d", INT64_MIN, 7), "-9223372036854775808|7"},
-        {Both("%I64u", UINT64_MAX), "18446744073709551615"},
-        {Both("%16.16I64X", std::uint64_t{255}), "00000000000000FF"},
+        {Both("%I64d|%I64u|%d", INT64_MIN, UINT64_MAX, 7), "-9223372036854775808|18446744073709551615|7"},
         {Both("%I32d %I32u", -1, -1), "-1 4294967295"},
         {Both("%ld %lu %8.8lX.", -1, -1, 5), "-1 4294967295 00000005."},
         {Both("%hd %hu %hx", 0x18000, 0x18000, -1), "-32768 32768 ffff"},
@@ -42,7 +40,6 @@ TEST(MsFormat, IntegerSizes) {
         {Both("%Id|%zd|%td|%Iu", pointerWide, pointerWide, pointerWide, std::size_t{9}),
          sizeof(void*) == 8 ? "320255973501901|320255973501901|320255973501901|9"
                             : "1737075661|1737075661|1737075661|9"},
-        {Both("%c%3.3I64d", ',', std::int64_t{7}), ",007"},
     });
 }
 
@@ -50,11 +47,8 @@ TEST(MsFormat, FlagsWidthAndPrecision) {
     ExpectRows({
         {Both("[%5d][%-5d][%05d][%+d][% d]", 42, 42, -42, 42, 42), "[   42][42   ][-0042][+42][ 42]"},
         {Both("[%+ d][%-05d][%05.3d][%.0d][%+.0d]", 1, 2, 3, 0, 0), "[+1][2    ][  003][][+]"},
-        {Both("[%#x][%#X][%#o][%#x][%#o][%#.0o]", 255, 255, 8, 0, 0, 0), "[0xff][0XFF][010][0][0][0]"},
         {Both("[%#08x][%#8x][%+u][% x]", 255, 255, 1U, 1U), "[0x0000ff][    0xff][1][1]"},
         {Both("[%*d][%*d][%.*d][%.*d][%-*d]", 4, 1, -4, 2, 3, 3, -1, 4, 3, 5), "[   1][2   ][003][4][5  ]"},
-        {Both("[%*d]", INT_MIN + 1 + INT_MAX, 5), "[5]"},
-        {Both("[%.f][%.d][%5.1f]", 2.5, 0, 2.25), "[2][][  2.2]"},
         {Both("100%%, %5%|"), "100%, %|"},
     });
 }
@@ -63,35 +57,19 @@ TEST(MsFormat, DoublesAreExactAndExponentsHaveTwoDigits) {
     ExpectRows({
         {Both("%g %g %g", 1234567.0, 1e-5, 1e100), "1.23457e+06 1e-05 1e+100"},
         {Both("%e %E", 1234567.0, 0.0), "1.234567e+06 0.000000E+00"},
-        {Both("%f %.2f %.0f %.0f", 1.0 / 3, 2.675, 0.5, 1.5), "0.333333 2.67 0 2"},
-        {Both("%.20f", 0.1), "0.10000000000000000555"},
-        {Both("%.17g %.3g %.0g", 0.1, 99999.0, 0.00015), "0.10000000000000001 1e+05 0.0001"},
-        {Both("%#g %#.3g %#.0g %#.0f %#.0e", 1.0, 100000.0, 2.0, 3.0, 4.0), "1.00000 1.00e+05 2. 3. 4.e+00"},
-        {Both("%#.3g %#.4g %#g", 0.0001, 123.0, 0.0), "0.000100 123.0 0.00000"},
+        {Both("%.20f|%.2f|%.0f|%.0f", 0.1, 2.675, 0.5, 1.5), "0.10000000000000000555|2.67|0|2"},
+        {Both("%#.3g %#.0g %#.0f %#.0e", 100000.0, 2.0, 3.0, 4.0), "1.00e+05 2. 3. 4.e+00"},
         {Both("%+f|% f|%08.2f|%-9.1f|%f", 1.0, 1.0, -1.5, 1.0, -0.0),
          "+1.000000| 1.000000|-0001.50|1.0      |-0.000000"},
-        {Both("%F %G", 1.5, 1e-10), "1.500000 1E-10"},
         {Both("%Lg", static_cast<long double>(0.5)), "0.5"},
-        {Both("%.3f", 1e22), "10000000000000000000000.000"},
         {Both("%g", std::numeric_limits<double>::denorm_min()), "4.94066e-324"},
+        {Both("%a %.0a %.1a %A", 1.0, 1.0, 1.96875, -0.5),
+         "0x1.0000000000000p+0 0x1p+0 0x2.0p+0 -0X1.0000000000000P-1"},
     });
     // The largest double has 309 whole digits, the smallest 1074 behind the point; beyond stand zeros.
     EXPECT_EQ(Both("%.1080f", std::numeric_limits<double>::denorm_min()).substr(1070), "265625000000");
     EXPECT_EQ(Both("%.2000f", DBL_MAX).size(), 309U + 1 + 2000);
-    EXPECT_EQ(Both("%.800e", 1.0), "1." + std::string(800, '0') + "e+00");
     EXPECT_EQ(Both("%#.1500g", 1.0), "1." + std::string(1499, '0'));
-    EXPECT_EQ(Both("%.1500g", 0.5), "0.5");
-}
-
-TEST(MsFormat, HexadecimalDoubles) {
-    ExpectRows({
-        {Both("%a %A", 1.0, -0.5), "0x1.0000000000000p+0 -0X1.0000000000000P-1"},
-        {Both("%.0a %#.0a %.1a %.1a", 1.0, 1.0, 1.65625, 1.96875), "0x1p+0 0x1.p+0 0x1.ap+0 0x2.0p+0"},
-        {Both("%.15a", 1.0), "0x1.000000000000000p+0"},
-        {Both("%012.2a|%12.2a", 1.0, 1.0), "0x0001.00p+0|   0x1.00p+0"},
-        {Both("%a", 0.0), "0x0.0000000000000p+0"},
-        {Both("%a", std::numeric_limits<double>::denorm_min()), "0x0.0000000000001p-1022"},
-    });
 }
 
 TEST(MsFormat, WhatIsNoNumber) {
@@ -99,13 +77,9 @@ TEST(MsFormat, WhatIsNoNumber) {
     const double quiet = DoubleOfBits(0x7FF8'0000'0000'0000);
     const double indeterminate = DoubleOfBits(0xFFF8'0000'0000'0000);
     ExpectRows({
-        {Both("%f %g %e %a %F %G", infinity, -infinity, infinity, infinity, infinity, -infinity),
-         "inf -inf inf inf INF -INF"},
-        {Both("%+f|% g|%6f|%-6f|%06f|%.1f", infinity, infinity, infinity, infinity, infinity, infinity),
-         "+inf| inf|   inf|inf   |   inf|inf"},
+        {Both("%f %G %+f|%06f|%.1f", infinity, -infinity, infinity, infinity, infinity),
+         "inf -INF +inf|   inf|inf"},
         {Both("%g %G %f", quiet, quiet, indeterminate), "nan NAN -nan(ind)"},
-        {Both("%E", indeterminate), "-NAN(IND)"},
-        {Both("%g", DoubleOfBits(0x7FF8'0000'0000'0001)), "nan"},
     });
 }
 
@@ -142,27 +116,13 @@ TEST(MsFormat, PrecisionReadsNothingBeyond) {
     EXPECT_EQ(Formatted(TEXT("%.3s|%.3S"), wide.data(), narrow.data()), TEXT("ab\x00E9|ab\x00E9"));
 }
 
-TEST(MsFormat, Pointers) {
-    const void* const pointer = reinterpret_cast<const void*>(std::uintptr_t{0xAB12});
-    const std::string zeros(2 * sizeof(void*) - 4, '0');
-    ExpectRows({
-        {Both("%p", pointer), zeros + "AB12"},
-        {Both("%*p|%-*p|", 20, pointer, 20, pointer), std::string(16 - zeros.size(), ' ') + zeros + "AB12|" +
-                                                          zeros + "AB12" +
-                                                          std::string(16 - zeros.size(), ' ') + "|"},
-        {Both("%p", static_cast<void*>(nullptr)), zeros + "0000"},
-    });
-}
-
 TEST(MsFormat, WhatTheRuntimeRefusesHasAResult) {
     int untouched = 42;
     ExpectRows({
         {Both("%y|%-5k|%d", 7), "y|k|7"},
         {Both("a%"), "a"},
-        {Both("a%-08.3ll"), "a"},
         {Both("%1$d", 7), "$d"},
         {Both("%n%d", &untouched, 7), "7"},
-        {Both(""), ""},
     });
     EXPECT_EQ(untouched, 42);
 }

@@ -15,14 +15,13 @@ class RandomFormats {
     // A specification with random flags, width, and precision (none if `mostPrecision` is negative), ended by
     // `size` and one of `conversions`.
     std::string Specification(std::string_view size, std::string_view conversions, int mostPrecision,
-                              bool alwaysPrecise = false, std::string_view flags = "-+ #0") {
+                              std::string_view flags = "-+ #0") {
         std::string text = "%";
         for (const char flag : flags) {
             if (Below(4) == 0) text += flag;
         }
         if (Below(2) == 0) text += std::to_string(Below(40) + 1);
-        if (mostPrecision >= 0 && (alwaysPrecise || Below(2) == 0))
-            text += "." + std::to_string(Below(mostPrecision + 1));
+        if (mostPrecision >= 0) text += "." + std::to_string(Below(mostPrecision + 1));
         text += size;
         text += conversions[static_cast<std::size_t>(Below(static_cast<int>(conversions.size())))];
         return text;
@@ -34,29 +33,9 @@ class RandomFormats {
         return Below(8) == 0 ? INT64_MIN : Below(8) == 0 ? 0 : bits;
     }
 
-    // Finite: any bits at all, decimals of few digits, ties of the binary fraction, whole numbers.
-    double Double() {
-        switch (Below(4)) {
-            case 0:
-                return AnyBits();
-            case 1:
-                return static_cast<double>(Integer() % 1'000'000) / std::pow(10.0, Below(9));
-            case 2:
-                return static_cast<double>(Integer() % 100'000) / 64;
-            default:
-                return static_cast<double>(Integer());
-        }
-    }
-
-    // Finite, and nowhere halfway between two short decimals.
-    double DoubleWithoutTies() {
-        return Below(2) == 0 ? AnyBits() : static_cast<double>(Integer() % 1000) / 7;
-    }
-
-    int Below(int bound) { return static_cast<int>(random_() % static_cast<unsigned>(bound)); }
-
-  private:
-    double AnyBits() {
+    // Finite: any bits at all, or a fraction with this denominator: 64 gives ties, 7 none, 1 whole numbers.
+    double Double(double denominator) {
+        if (Below(2) == 0) return static_cast<double>(Integer() % 100'000) / denominator;
         for (;;) {
             const std::uint64_t bits = random_();
             double value = 0;
@@ -65,5 +44,8 @@ class RandomFormats {
         }
     }
 
+    int Below(int bound) { return static_cast<int>(random_() % static_cast<unsigned>(bound)); }
+
+  private:
     std::mt19937_64 random_;
 };
