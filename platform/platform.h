@@ -2,6 +2,7 @@
 // limits) that the rest relies on. Each header tells its own.
 #pragma once
 
+#include "platform/checksums.h"
 #include "platform/fileversioninfo.h"
 #include "platform/modulepaths.h"
 #include "platform/mutex.h"

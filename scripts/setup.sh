@@ -14,7 +14,7 @@ sanitizers=(clang clang-tidy clang-format libclang-rt-14-dev)
 native32=(g++-multilib)
 mingw=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix)
 wine=(wine wine32:i386 wine64)
-bench=(libbenchmark-dev libicu-dev libfmt-dev libeigen3-dev)
+bench=(libbenchmark-dev libicu-dev libfmt-dev libeigen3-dev zlib1g-dev liblzma-dev)
 
 case "$what" in
   native)  packages=("${native[@]}"); want_wine= ;;

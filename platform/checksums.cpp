@@ -1,0 +1,136 @@
+#include "platform/checksums.h"
+
+#include "platform/crcfolding.h"
+
+#include <windows.h>
+
+#include <array>
+#include <cstdio>
+#include <memory>
+#include <numeric>
+
+namespace {
+
+template <typename State>
+using Table = std::array<State, 256>;
+
+// The state that each byte leaves of 0.
+template <typename State>
+constexpr Table<State> ReflectedTable(State polynomial) {
+    Table<State> table{};
+    for (std::size_t byte = 0; byte < table.size(); ++byte) {
+        auto entry = static_cast<State>(byte);
+        for (int bit = 0; bit < 8; ++bit) {
+            entry = static_cast<State>(entry >> 1 ^ (entry & 1 ? polynomial : 0));
+        }
+        table[byte] = entry;
+    }
+    return table;
+}
+
+constexpr Table<std::uint64_t> HighestBitFirstTable(std::uint64_t polynomial) {
+    Table<std::uint64_t> table{};
+    for (std::size_t byte = 0; byte < table.size(); ++byte) {
+        std::uint64_t entry = std::uint64_t{byte} << 56;
+        for (int bit = 0; bit < 8; ++bit) entry = entry << 1 ^ (entry >> 63 ? polynomial : 0);
+        table[byte] = entry;
+    }
+    return table;
+}
+
+constexpr auto crc16Table = ReflectedTable<std::uint16_t>(0xA001);
+constexpr auto crc32Table = ReflectedTable(detail::Crc32Polynomial);
+constexpr auto crc64Table = HighestBitFirstTable(detail::Crc64Polynomial);
+
+template <typename State>
+constexpr State ReflectedStep(const Table<State>& table, State state, unsigned char byte) noexcept {
+    return static_cast<State>(state >> 8 ^ table[(state ^ byte) & 0xFF]);
+}
+
+struct Crc32Check {
+    static std::uint32_t Step(std::uint32_t state, unsigned char byte) noexcept {
+        return ReflectedStep(crc32Table, state, byte);
+    }
+    static constexpr auto Fold = detail::FoldCrc32;
+};
+
+struct Crc64Check {
+    static std::uint64_t Step(std::uint64_t state, unsigned char byte) noexcept {
+        return state << 8 ^ crc64Table[state >> 56 ^ byte];
+    }
+    static constexpr auto Fold = detail::FoldCrc64;
+};
+
+template <typename Check, typename State>
+State StepOver(State state, const unsigned char* data, std::size_t length) noexcept {
+    for (const unsigned char* const end = data + length; data != end; ++data) {
+        state = Check::Step(state, *data);
+    }
+    return state;
+}
+
+template <typename Check, typename State>
+State Update(State state, const void* data, std::size_t length) noexcept {
+    const auto* next = static_cast<const unsigned char*>(data);
+    if (length >= detail::LeastToFold && detail::CanFold()) {
+        const std::size_t rest = length % sizeof(detail::CrcRemainder);
+        const detail::CrcRemainder remainder = Check::Fold(state, next, length - rest);
+        state = StepOver<Check>(State{0}, remainder.data(), remainder.size());
+        next += length - rest;
+        length = rest;
+    }
+    return StepOver<Check>(state, next, length);
+}
+
+struct CloseFile {
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+
+std::unique_ptr<std::FILE, CloseFile> OpenForReading(const CStringW& path) {
+    std::FILE* file = nullptr;
+    _wfopen_s(&file, path.GetString(), TEXT("rbS"));
+    return std::unique_ptr<std::FILE, CloseFile>(file);
+}
+
+}  // namespace
+
+std::uint16_t Crc16(const void* data, std::uint32_t length) noexcept {
+    const auto* const bytes = static_cast<const unsigned char*>(data);
+    return std::accumulate(
+        bytes, bytes + length, std::uint16_t{0},
+        [](std::uint16_t state, unsigned char byte) { return ReflectedStep(crc16Table, state, byte); });
+}
+
+std::uint32_t Crc32Update(std::uint32_t state, const void* data, std::size_t length) noexcept {
+    return Update<Crc32Check>(state, data, length);
+}
+
+std::uint32_t Crc32(const void* data, std::size_t length) noexcept {
+    return Crc32Update(0xFFFFFFFF, data, length);
+}
+
+std::uint32_t FileCrc32(const CStringW& path) {
+    std::uint32_t state = 0xFFFFFFFF;
+    const auto file = OpenForReading(path);
+    if (!file) return state;
+    std::vector<unsigned char> block(0x10000);
+    while (const std::size_t length = std::fread(block.data(), 1, block.size(), file.get())) {
+        state = Crc32Update(state, block.data(), length);
+    }
+    return state;
+}
+
+std::uint64_t Crc64Update(const std::uint64_t* state, const void* data, std::size_t length) noexcept {
+    return Update<Crc64Check>(*state, data, length);
+}
+
+std::uint64_t Crc64(const void* data, std::size_t length) noexcept {
+    const std::uint64_t start = ~std::uint64_t{0};
+    return ~Crc64Update(&start, data, length);
+}
+
+std::int32_t ByteSum(const void* data, std::uint32_t length) noexcept {
+    const auto* const bytes = static_cast<const unsigned char*>(data);
+    const std::uint32_t sum = std::accumulate(bytes, bytes + length, std::uint32_t{0});
+    return static_cast<std::int32_t>(sum) % 256;
+}
