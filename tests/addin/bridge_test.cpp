@@ -1,229 +1,151 @@
+// The worksheet functions: the roads that a call takes through Excel, and what is left when it is over.
 #include "addintest.h"
 #include "support/allocations.h"
 
-#include <cstring>
-
 #include <array>
+#include <cstring>
 #include <thread>
 
 namespace {
 
 using excelhost::Array;
 using excelhost::ErrorValue;
-using excelhost::Missing;
 using excelhost::Text;
 using excelhost::Value;
-using testing::ElementsAre;
-using testing::ElementsAreArray;
 
-// A worksheet function, its arguments' count and the name of its counterpart in the workbook.
-struct Function {
-    const char* name;
-    std::size_t arity;
-    StdWString counterpart;
-};
+// The worksheet functions and the counts of their arguments.
+const std::pair<std::string, std::size_t> functions[] = {{"NetOutputPrediction", 5},
+                                                         {"NetOutputProbabilityOfPrediction", 5},
+                                                         {"NetOutputProbabilityOfCategory", 6}};
 
-const Function functions[] = {
-    {"NetOutputPrediction", 5, TEXT("NetOutputPredictionVBA")},
-    {"NetOutputProbabilityOfPrediction", 5, TEXT("NetOutputProbabilityOfPredictionVBA")},
-    {"NetOutputProbabilityOfCategory", 6, TEXT("NetOutputProbabilityOfCategoryVBA")},
-};
+std::array<XLOPER12, 6> arguments{};
 
-XLOPER12* Call(const Function& function, std::span<XLOPER12> a) {
-    const FARPROC entry = ExportOfThisProgram(function.name);
+XLOPER12* Call(const std::string& function, std::array<XLOPER12, 6>& a = arguments) {
     using Five = LPXLOPER12(WINAPI*)(LPXLOPER12, LPXLOPER12, LPXLOPER12, LPXLOPER12, LPXLOPER12);
     using Six = LPXLOPER12(WINAPI*)(LPXLOPER12, LPXLOPER12, LPXLOPER12, LPXLOPER12, LPXLOPER12, LPXLOPER12);
-    void* const address = reinterpret_cast<void*>(entry);
-    if (function.arity == 5) return reinterpret_cast<Five>(address)(&a[0], &a[1], &a[2], &a[3], &a[4]);
+    void* const address = reinterpret_cast<void*>(ExportOfThisProgram(function.c_str()));
+    if (function != functions[2].first)
+        return reinterpret_cast<Five>(address)(&a[0], &a[1], &a[2], &a[3], &a[4]);
     return reinterpret_cast<Six>(address)(&a[0], &a[1], &a[2], &a[3], &a[4], &a[5]);
-}
-
-// What the host sees of one call of `function`: the brackets around it included.
-std::vector<int> Bracketed(std::initializer_list<int> entries) {
-    std::vector<int> bracketed;
-    for (const int function : entries) {
-        for (const int each : {xlEnableXLMsgs, function, xlDisableXLMsgs}) bracketed.push_back(each);
-    }
-    return bracketed;
 }
 
 class Bridge : public AddInTest {
   protected:
-    void Answer(const StdWString& workbook, Value value) {
-        for (const Function& function : functions) {
-            host.SetFunction(workbook, function.counterpart, [value](auto) { return value; });
-        }
+    void Answer(const WCHAR* workbook, Value value) {
+        for (const auto& [name, arity] : functions)
+            host.SetFunction(workbook, excelhost::Wide(name + "VBA"), [value](auto) { return value; });
     }
-    // Texts of the targets that were called, in order.
-    [[nodiscard]] std::vector<std::string> Targets() const {
-        std::vector<std::string> targets;
-        for (const excelhost::Entry& entry : host.Trace()) {
-            if (entry.function == xlUDF) targets.push_back(entry.operands.at(0).text);
+    // The entries of one call, without the switches of messages around each: function numbers, the targets
+    // of xlUDF and the operands of xlfError.
+    [[nodiscard]] std::string Entries() const {
+        std::string entries;
+        const auto trace = host.Trace();
+        for (std::size_t i = 0; i + 2 < trace.size(); i += 3) {
+            EXPECT_EQ(trace[i].function, xlEnableXLMsgs);
+            EXPECT_EQ(trace[i + 2].function, xlDisableXLMsgs);
+            const excelhost::Entry& entry = trace[i + 1];
+            EXPECT_TRUE(entry.messages);
+            EXPECT_TRUE(entry.function != xlUDF || !entry.alerts);
+            entries += excelhost::FunctionName(entry.function) + " ";
+            if (entry.function != xlFree) entries += entry.operands.at(0).text + " ";
         }
-        return targets;
+        return entries;
     }
-
-    std::array<XLOPER12, 6> arguments{};
 };
 
 TEST_F(Bridge, HandsEveryArgumentOnAsItCame) {
     static XCHAR text[] = {2, 'a', 'b'};
     const DWORD types[] = {xltypeMissing, xltypeNum, xltypeStr, xltypeSRef, xltypeErr, xltypeNil};
-    for (std::size_t i = 0; i < 6; ++i) arguments[i].xltype = types[i];
-    arguments[2].val.str = text;
-    for (const Function& function : functions) {
-        SCOPED_TRACE(function.name);
+    std::array<XLOPER12, 6> given{};
+    for (std::size_t i = 0; i < 6; ++i) given[i].xltype = types[i];
+    given[2].val.str = text;
+    for (const auto& [name, arity] : functions) {
         std::vector<const XLOPER12*> seen;
-        host.SetFunction(TEXT("Kestrolumen.XLA"), function.counterpart, [&](auto operands) {
+        host.SetFunction(TEXT("Kestrolumen.XLA"), excelhost::Wide(name + "VBA"), [&](auto operands) {
             seen.assign(operands.begin(), operands.end());
             return 0.75;
         });
-        const std::array<XLOPER12, 6> before = arguments;
-        const XLOPER12* const result = Call(function, arguments);
-        EXPECT_EQ(result->xltype, xltypeNum);
-        EXPECT_EQ(result->val.num, 0.75);
-        std::vector<const XLOPER12*> expected;
-        for (std::size_t i = 0; i < function.arity; ++i) expected.push_back(&arguments[i]);
-        EXPECT_EQ(seen, expected);
-        EXPECT_EQ(std::memcmp(before.data(), arguments.data(), sizeof before), 0);
+        const std::array<XLOPER12, 6> before = given;
+        EXPECT_EQ(excelhost::ValueFrom(*Call(name, given)), Value(0.75));
+        ASSERT_EQ(seen.size(), arity);
+        for (std::size_t i = 0; i < arity; ++i) EXPECT_EQ(seen[i], &given[i]);
+        EXPECT_EQ(std::memcmp(before.data(), given.data(), sizeof before), 0);
     }
 }
 
-TEST_F(Bridge, FirstTargetFound) {
-    for (const Function& function : functions) {
-        SCOPED_TRACE(function.name);
-        Answer(TEXT("Kestrolumen.XLA"), 1.5);
-        Call(function, arguments);  // leaves a result in the slot
-        host.ClearTrace();
-        EXPECT_EQ(Call(function, arguments)->val.num, 1.5);
-        EXPECT_THAT(host.TracedFunctions(),
-                    ElementsAreArray(Bracketed({xlfError, xlFree, xlUDF, xlfError, xlFree, xlFree})));
-        const std::string target = "\"=Kestrolumen.XLA!" + std::string(function.name) + "VBA\"";
-        EXPECT_THAT(Targets(), ElementsAre(target));
-    }
-}
-
-TEST_F(Bridge, FirstTargetRefusedSecondFound) {
-    for (const Function& function : functions) {
-        SCOPED_TRACE(function.name);
-        host.CloseWorkbook(TEXT("Kestrolumen.XLA"));
-        Answer(TEXT("Kestrolumen.XLS"), Text(TEXT("from the second")));
-        Call(function, arguments);
-        host.ClearTrace();
-        const XLOPER12* const result = Call(function, arguments);
-        EXPECT_EQ(excelhost::ValueFrom(*result), Value(Text(TEXT("from the second"))));
-        EXPECT_THAT(
-            host.TracedFunctions(),
-            ElementsAreArray(Bracketed({xlfError, xlFree, xlUDF, xlUDF, xlFree, xlfError, xlFree, xlFree})));
-        EXPECT_THAT(Targets(), ElementsAre("\"=Kestrolumen.XLA!" + std::string(function.name) + "VBA\"",
-                                           "\"=Kestrolumen.XLS!" + std::string(function.name) + "VBA\""));
-    }
-}
-
-TEST_F(Bridge, BothTargetsRefused) {
-    for (const Function& function : functions) {
-        for (const int code : {xlretFailed, xlretUncalced, xlretAbort, 0x60}) {
-            SCOPED_TRACE(std::string(function.name) + ", " + std::to_string(code));
-            host.StopRefusing();
-            host.Refuse(xlUDF, code);
-            Call(function, arguments);
+TEST_F(Bridge, TakesOneRoadOfThree) {
+    const std::string off = "xlfError int 0 xlFree ";
+    const std::string on = "xlfError int 1 xlFree ";
+    for (const auto& [name, arity] : functions) {
+        const std::string first = "xlUDF \"=Kestrolumen.XLA!" + name + "VBA\" ";
+        const std::string second = "xlUDF \"=Kestrolumen.XLS!" + name + "VBA\" ";
+        const auto expectEntries = [&, name = name](const std::string& expected) {
+            SCOPED_TRACE(name);
+            Call(name);  // leaves a result in the slot, which goes last
             host.ClearTrace();
-            const XLOPER12* const result = Call(function, arguments);
-            EXPECT_EQ(result->xltype, xltypeErr);
-            EXPECT_EQ(result->val.err, xlerrValue);
-            EXPECT_EQ(result->val.returnCode, code);
-            EXPECT_THAT(host.TracedFunctions(),
-                        ElementsAreArray(
-                            Bracketed({xlfError, xlFree, xlUDF, xlUDF, xlFree, xlfError, xlFree, xlFree})));
-            EXPECT_EQ(host.AlertsShown(), 0u);
+            const XLOPER12* const result = Call(name);
+            EXPECT_EQ(Entries(), expected + "xlFree ");
             EXPECT_TRUE(host.MacroAlerts());
+            return result;
+        };
+        Answer(TEXT("Kestrolumen.XLA"), 1.5);
+        EXPECT_EQ(excelhost::ValueFrom(*expectEntries(off + first + on)), Value(1.5));
+        host.CloseWorkbook(TEXT("Kestrolumen.XLA"));
+        Answer(TEXT("Kestrolumen.XLS"), Text(TEXT("second")));
+        EXPECT_EQ(excelhost::ValueFrom(*expectEntries(off + first + second + "xlFree " + on)),
+                  Value(Text(TEXT("second"))));
+        for (const int code : {xlretFailed, xlretUncalced, xlretAbort, 0x60}) {
+            host.Refuse(xlUDF, code);
+            const XLOPER12* const result = expectEntries(off + first + second + "xlFree " + on);
+            EXPECT_EQ(excelhost::ValueFrom(*result), Value(ErrorValue{xlerrValue}));
+            EXPECT_EQ(result->val.returnCode, code);
+            host.StopRefusing();
         }
+        EXPECT_EQ(host.AlertsShown(), 0u);
     }
 }
 
 TEST_F(Bridge, AnErrorThatTheFunctionGaveIsAnAnswer) {
+    Answer(TEXT("Kestrolumen.XLS"), 1.0);
     for (const int number : {xlerrNull, xlerrDiv0, xlerrValue, xlerrRef, xlerrName, xlerrNum, xlerrNA}) {
         Answer(TEXT("Kestrolumen.XLA"), ErrorValue{number});
-        Answer(TEXT("Kestrolumen.XLS"), 1.0);
-        host.ClearTrace();
-        EXPECT_EQ(excelhost::ValueFrom(*Call(functions[0], arguments)), Value(ErrorValue{number}));
-        EXPECT_EQ(Targets().size(), 1u);
+        EXPECT_EQ(excelhost::ValueFrom(*Call(functions[0].first)), Value(ErrorValue{number}));
     }
-}
-
-TEST_F(Bridge, AlertsAreSwitchedByIntegers) {
-    Answer(TEXT("Kestrolumen.XLA"), 1.0);
-    Call(functions[0], arguments);
-    std::vector<std::string> switches;
-    for (const excelhost::Entry& entry : host.Trace()) {
-        if (entry.function == xlUDF) {
-            EXPECT_FALSE(entry.alerts);
-            EXPECT_TRUE(entry.messages);
-        }
-        if (entry.function != xlfError) continue;
-        ASSERT_EQ(entry.count, 1);
-        EXPECT_EQ(entry.operands[0].type, xltypeInt);
-        switches.push_back(entry.operands[0].text);
-    }
-    EXPECT_THAT(switches, ElementsAre("int 0", "int 1"));
-}
-
-TEST_F(Bridge, SwitchingThatExcelRefusesChangesNothing) {
-    Answer(TEXT("Kestrolumen.XLA"), 3.0);
+    // Nor do switches matter that Excel refuses.
     host.Refuse(xlfError, xlretFailed);
-    EXPECT_EQ(Call(functions[0], arguments)->val.num, 3.0);
+    EXPECT_EQ(excelhost::ValueFrom(*Call(functions[0].first)), Value(ErrorValue{xlerrNA}));
 }
 
-TEST_F(Bridge, ResultsStayAliveUntilTheThreadsNextCall) {
-    Array array{2, 2, {Text(TEXT("a")), 1.0, ErrorValue{xlerrNA}, Text(StdWString(32767, u'z'))}};
+TEST_F(Bridge, ResultsStayAliveUntilTheThreadsNextCallAndNeedAStore) {
+    const Array array{2, 2, {Text(TEXT("a")), 1.0, ErrorValue{xlerrNA}, Text(StdWString(32767, u'z'))}};
     Answer(TEXT("Kestrolumen.XLA"), array);
-    const XLOPER12* const result = Call(functions[0], arguments);
-    const auto account = host.GetAccount();
-    EXPECT_EQ(account.allocated - account.freed, 1u);
+    const XLOPER12* const result = Call(functions[0].first);
+    EXPECT_EQ(host.GetAccount().Leaked(), 1u);
     EXPECT_EQ(excelhost::ValueFrom(*result), Value(array));
     Answer(TEXT("Kestrolumen.XLA"), 1.0);
-    Call(functions[0], arguments);
+    Call(functions[0].first);
     EXPECT_EQ(host.GetAccount().Leaked(), 0u);
-}
 
-TEST_F(Bridge, CallsByTheHundredThousandLeaveNothing) {
-    host.KeepTrace(false);
-    int calls = 0;
-    host.SetFunction(TEXT("Kestrolumen.XLS"), TEXT("NetOutputPredictionVBA"), [&](auto) -> Value {
-        switch (++calls % 4) {
-            case 0:
-                return Text(TEXT("text"));
-            case 1:
-                return Array{1, 2, {Text(TEXT("a")), 2.0}};
-            case 2:
-                return ErrorValue{xlerrNum};
-            default:
-                return 0.5;
-        }
-    });
-    for (int i = 0; i < 100000; ++i) Call(functions[0], arguments);
-    EXPECT_EQ(calls, 100000);
     xlAutoClose();
-    const auto account = host.GetAccount();
-    EXPECT_EQ(account.Leaked(), 0u);
-    EXPECT_EQ(account.freedTwice, 0u);
-    EXPECT_EQ(account.results + account.failures, account.returned);
+    Answer(TEXT("Kestrolumen.XLA"), Text(TEXT("lost")));
+    EXPECT_EQ(excelhost::ValueFrom(*Call(functions[0].first)), Value(ErrorValue{xlerrValue}));
+    EXPECT_EQ(host.GetAccount().Leaked(), 0u) << "the value went back at once";
 }
 
 TEST_F(Bridge, ThreadsHaveResultsOfTheirOwn) {
     host.SetFunction(TEXT("Kestrolumen.XLA"), TEXT("NetOutputPredictionVBA"), [](auto operands) -> Value {
-        return Text(StdWString(TEXT("answer ")) + static_cast<WCHAR>(TEXT('A') + operands[0]->val.w));
+        return Text(3, static_cast<WCHAR>(TEXT('A') + operands[0]->val.w));
     });
     std::vector<std::thread> threads;
     std::atomic<int> right = 0;
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([&, i] {
-            std::array<XLOPER12, 5> own{};
+            std::array<XLOPER12, 6> own{};
             own[0].xltype = xltypeInt;
             own[0].val.w = i;
-            const Text expected = StdWString(TEXT("answer ")) + static_cast<WCHAR>(TEXT('A') + i);
+            const Value expected = Text(3, static_cast<WCHAR>(TEXT('A') + i));
             for (int round = 0; round < 100; ++round) {
-                if (excelhost::ValueFrom(*Call(functions[0], own)) == Value(expected)) ++right;
+                if (excelhost::ValueFrom(*Call(functions[0].first, own)) == expected) ++right;
             }
         });
     }
@@ -231,25 +153,14 @@ TEST_F(Bridge, ThreadsHaveResultsOfTheirOwn) {
     EXPECT_EQ(right, 800);
 }
 
-TEST_F(Bridge, WithoutAStoreTheCellShowsAValueError) {
-    Answer(TEXT("Kestrolumen.XLA"), Text(TEXT("lost")));
-    xlAutoClose();
-    const XLOPER12* const result = Call(functions[0], arguments);
-    EXPECT_EQ(result->xltype, xltypeErr);
-    EXPECT_EQ(result->val.err, xlerrValue);
-    EXPECT_EQ(host.GetAccount().Leaked(), 0u) << "the value went back at once";
-}
-
-// A host that allocates nothing, so that every allocation that fails is the add-in's.
+// A host that allocates nothing, so that every block that is alive, and every allocation that fails, is the
+// add-in's.
 struct FrugalHost {
-    static inline std::array<int, 64> functions{};
-    static inline std::size_t count = 0;
     static inline int lent = 0;
     static inline bool alerts = true;
     static inline int udfCode = xlretSuccess;
 
     static int PASCAL CallBack(int function, int, LPXLOPER12* operands, LPXLOPER12 result) {
-        functions.at(count++) = function;
         if (function == xlfError) alerts = operands[0]->val.w != 0;
         if (function == xlFree) --lent;
         if (result == nullptr) return xlretSuccess;
@@ -258,11 +169,7 @@ struct FrugalHost {
         return function == xlUDF ? udfCode : xlretSuccess;
     }
 
-    explicit FrugalHost(int code) {
-        count = 0;
-        udfCode = code;
-        previous_ = std::exchange(Excel12EntryPoint, &CallBack);
-    }
+    explicit FrugalHost(int code) : previous_(std::exchange(Excel12EntryPoint, &CallBack)) { udfCode = code; }
     ~FrugalHost() { Excel12EntryPoint = previous_; }
     FrugalHost(const FrugalHost&) = delete;
     FrugalHost& operator=(const FrugalHost&) = delete;
@@ -271,36 +178,61 @@ struct FrugalHost {
     EXCEL12PROC previous_;
 };
 
+TEST_F(Bridge, CallsByTheHundredThousandLeaveNothing) {
+    host.KeepTrace(false);
+    int calls = 0;
+    host.SetFunction(TEXT("Kestrolumen.XLS"), TEXT("NetOutputPredictionVBA"), [&](auto) -> Value {
+        const Value values[] = {Text(TEXT("text")), Array{1, 2, {Text(TEXT("a")), 2.0}}, ErrorValue{}, 0.5};
+        return values[++calls % 4];
+    });
+    for (int i = 0; i < 100000; ++i) Call(functions[0].first);
+    EXPECT_EQ(calls, 100000);
+    Answer(TEXT("Kestrolumen.XLS"), 1.0);
+    Call(functions[0].first);
+    const auto account = host.GetAccount();
+    EXPECT_EQ(account.Leaked(), 0u);
+    EXPECT_EQ(account.freedTwice, 0u);
+
+    // The simulated host keeps blocks that were freed, for a while. Beside one that has none of its own the
+    // add-in's can be counted: each of its calls ends with as many as it found.
+    for (const int code : {xlretSuccess, xlretFailed}) {
+        const FrugalHost frugal(code);
+        Call(functions[0].first);
+        const int lent = FrugalHost::lent;
+        const std::int64_t before = support::LiveBlocks();
+        for (int i = 0; i < 100000; ++i) Call(functions[0].first);
+        EXPECT_EQ(support::LiveBlocks(), before);
+        EXPECT_EQ(FrugalHost::lent, lent);
+        static_cast<void>(StoreThreadResult(XXloperFromInt(1)));
+    }
+}
+
 TEST_F(Bridge, AnExceptionPassesOnWithNothingHeldAndAlertsOn) {
     for (const int code : {xlretSuccess, xlretFailed}) {
         SCOPED_TRACE(code);
         const FrugalHost frugal(code);
         static_cast<void>(StoreThreadResult(XXloperFromInt(1)));  // the thread's slot is there
+        FrugalHost::lent = 0;
         std::size_t faults = 0;
-        std::size_t raised = 0;
         std::size_t alertsLeftOff = 0;
         const std::int64_t left = support::BlocksLeftBy([&] {
-            raised = alertsLeftOff = 0;
+            alertsLeftOff = 0;
             faults = support::FailEachAllocation(
                 [&] {
-                    FrugalHost::count = 0;
                     FrugalHost::alerts = true;
                     try {
-                        Call(functions[0], arguments);
+                        Call(functions[0].first);
                     } catch (const std::bad_alloc&) {
-                        ++raised;
+                        EXPECT_EQ(FrugalHost::lent, 0);
+                        alertsLeftOff += FrugalHost::alerts ? 0 : 1;
                     }
                 },
-                [&] {
-                    EXPECT_EQ(FrugalHost::lent, 0);
-                    if (!FrugalHost::alerts) ++alertsLeftOff;
-                });
+                [] {});
             // The call that went through has left its result in the slot.
             static_cast<void>(StoreThreadResult(XXloperFromInt(1)));
         });
         EXPECT_EQ(left, 0);
         EXPECT_EQ(FrugalHost::lent, 0);
-        EXPECT_EQ(raised, faults);
         // 5 handles of arguments; integer, record, handle; text, its units, record, handle; once more the
         // last four when refused; integer, record, handle. The narrow text's widening may take some more.
         EXPECT_GE(faults, code == xlretSuccess ? 15u : 19u);

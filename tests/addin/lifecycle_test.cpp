@@ -1,18 +1,17 @@
+// Attaching, opening and closing, and the store of results between the two.
 #include "addintest.h"
 #include "errors/vex.h"
 #include "support/allocations.h"
 
-#include <cstring>
+#include <array>
+#include <barrier>
+#include <thread>
 #include <utility>
 
 namespace {
 
 StdWString Joined(const CStringW& a, const CStringW& b) {
     return StdWString(a.GetString()) + b.GetString();
-}
-
-int PASCAL AnotherCallBack(int, int, LPXLOPER12*, LPXLOPER12) {
-    return xlretAbort;
 }
 
 TEST(Attach, NotesTheFactsOfAFileWithAVersion) {
@@ -23,51 +22,55 @@ TEST(Attach, NotesTheFactsOfAFileWithAVersion) {
     EXPECT_EQ(ModuleHandle, library);
     EXPECT_EQ(AddInModule.productMajorVersion, 8);
     EXPECT_EQ(AddInModule.fileVersionText, CStringW(TEXT("8.2.1.4")));
-    EXPECT_EQ(AddInModule.fullPath, GetModulePath(library));
     EXPECT_EQ(AddInModule.fileName, CStringW(TEXT("kestrolumen.xll")));
     EXPECT_EQ(AddInModule.baseName, CStringW(TEXT("kestrolumen")));
     EXPECT_EQ(AddInModule.directory.Right(1), CStringW(TEXT("\\")));
-    EXPECT_EQ(Joined(AddInModule.directory, AddInModule.fileName),
-              StdWString(AddInModule.fullPath.GetString()));
+    EXPECT_EQ(AddInModule.fullPath, GetModulePath(library));
+    EXPECT_EQ(AddInModule.fullPath, Joined(AddInModule.directory, AddInModule.fileName).c_str());
     EXPECT_EQ(AddInModule.temporaryDirectory, TempDirectory());
     FreeLibrary(library);
 }
 
-TEST(Attach, NotesTheFactsOfAFileWithoutAVersion) {
+TEST(Attach, NotesTheFactsOfAFileWithoutAVersionForThatReasonAlone) {
     AddInModule = {};
+    int anything = 0;
+    for (const DWORD reason : {DWORD{DLL_PROCESS_DETACH}, DWORD{DLL_THREAD_ATTACH}, DWORD{4}}) {
+        EXPECT_EQ(DllMain(reinterpret_cast<HINSTANCE>(&anything), reason, nullptr), TRUE);
+        EXPECT_TRUE(AddInModule.fullPath.IsEmpty());
+    }
     ASSERT_EQ(DllMain(GetModuleHandleW(nullptr), DLL_PROCESS_ATTACH, nullptr), TRUE);
     EXPECT_EQ(ModuleHandle, GetModuleHandleW(nullptr));
     EXPECT_EQ(AddInModule.productMajorVersion, 0xFFFF);
     EXPECT_TRUE(AddInModule.fileVersionText.IsEmpty());
     EXPECT_EQ(AddInModule.fullPath, GetModulePath(nullptr));
-    EXPECT_EQ(Joined(AddInModule.directory, AddInModule.fileName),
-              StdWString(AddInModule.fullPath.GetString()));
-    EXPECT_FALSE(AddInModule.temporaryDirectory.IsEmpty());
 }
 
-TEST(Attach, FindsTheCallbackOfTheExecutableOnce) {
-    Excel12EntryPoint = nullptr;
+int PASCAL AnotherCallBack(int, int, LPXLOPER12*, LPXLOPER12) {
+    return xlretAbort;
+}
+
+// XLCall32 comes first if it is there and knows an entry point, and Excel is looked for once.
+TEST(Attach, FindsTheCallbackOfTheExecutableOrOfXLCall32) {
+    const EXCEL12PROC executables = std::exchange(Excel12EntryPoint, nullptr);
     LocateExcel12Entry();
-    ASSERT_NE(Excel12EntryPoint, nullptr);
     excelhost::Host host;
     Excel12(xlEnableXLMsgs, nullptr, 0);
     EXPECT_EQ(host.TracedFunctions(), std::vector<int>{xlEnableXLMsgs});
 
-    const EXCEL12PROC found = std::exchange(Excel12EntryPoint, &AnotherCallBack);
-    LocateExcel12Entry();
-    EXPECT_EQ(Excel12EntryPoint, &AnotherCallBack);
-    Excel12EntryPoint = found;
-}
-
-TEST(Attach, OtherReasonsDoNothing) {
-    const HMODULE before = ModuleHandle;
-    int anything = 0;
-    const auto module = reinterpret_cast<HINSTANCE>(&anything);
-    for (const DWORD reason :
-         {DWORD{DLL_PROCESS_DETACH}, DWORD{DLL_THREAD_ATTACH}, DWORD{DLL_THREAD_DETACH}, DWORD{4}}) {
-        EXPECT_EQ(DllMain(module, reason, nullptr), TRUE);
-        EXPECT_EQ(ModuleHandle, before);
+    const HMODULE library = LoadLibraryW(TEXT("XLCall32.dll"));
+    ASSERT_NE(library, nullptr);
+    const auto set = reinterpret_cast<void(PASCAL*)(EXCEL12PROC)>(
+        reinterpret_cast<void*>(GetProcAddress(library, "SetExcel12EntryPt")));
+    for (const EXCEL12PROC given : {EXCEL12PROC{&AnotherCallBack}, EXCEL12PROC{nullptr}}) {
+        set(given);
+        LocateExcel12Entry();
+        EXPECT_EQ(Excel12(xlEnableXLMsgs, nullptr, 0), xlretSuccess) << "found already";
+        Excel12EntryPoint = nullptr;
+        LocateExcel12Entry();
+        EXPECT_EQ(Excel12(xlEnableXLMsgs, nullptr, 0), given != nullptr ? xlretAbort : xlretSuccess);
+        Excel12EntryPoint = executables;
     }
+    FreeLibrary(library);
 }
 
 TEST(Attach, SucceedsWithoutMemory) {
@@ -79,7 +82,6 @@ TEST(Attach, SucceedsWithoutMemory) {
     std::size_t faults = 0;
     EXPECT_EQ(support::BlocksLeftBy([&] { faults = support::FailEachAllocation(attach, [] {}); }), 0);
     EXPECT_GT(faults, 0u);
-    attach();
     EXPECT_NE(Excel12EntryPoint, nullptr);
     EXPECT_FALSE(AddInModule.fileName.IsEmpty());
 }
@@ -90,23 +92,14 @@ TEST(Lifecycle, EntriesGiveOneWhateverCameBefore) {
         EXPECT_EQ(xlAutoOpen(), 1);
         const ThreadResultStore* const store = OpenedThreadResultStore();
         ASSERT_NE(store, nullptr);
-        EXPECT_TRUE(store->slots.empty());
         EXPECT_EQ(xlAutoOpen(), 1);
         EXPECT_EQ(OpenedThreadResultStore(), store) << "opening twice keeps the store";
         EXPECT_EQ(xlAutoAdd(), 1);
         EXPECT_EQ(xlAutoRemove(), 1);
+        xlAutoFree(nullptr);
         EXPECT_EQ(xlAutoClose(), 1);
         EXPECT_EQ(OpenedThreadResultStore(), nullptr);
     }
-}
-
-TEST(Lifecycle, FreeIgnoresWhatItGets) {
-    XLOPER12 record{};
-    record.xltype = xltypeStr | xlbitDLLFree;
-    XLOPER12 before = record;
-    xlAutoFree(&record);
-    xlAutoFree(nullptr);
-    EXPECT_EQ(std::memcmp(&record, &before, sizeof record), 0);
 }
 
 TEST(Lifecycle, OpeningWithoutMemoryOrIndexMakesNoStore) {
@@ -115,7 +108,6 @@ TEST(Lifecycle, OpeningWithoutMemoryOrIndexMakesNoStore) {
         EXPECT_EQ(xlAutoOpen(), 1);
     }
     EXPECT_EQ(OpenedThreadResultStore(), nullptr);
-
     std::vector<DWORD> indexes;
     for (DWORD index = TlsAlloc(); index != TLS_OUT_OF_INDEXES; index = TlsAlloc()) indexes.push_back(index);
     const std::int64_t before = support::LiveBlocks();
@@ -123,7 +115,6 @@ TEST(Lifecycle, OpeningWithoutMemoryOrIndexMakesNoStore) {
     EXPECT_EQ(OpenedThreadResultStore(), nullptr);
     EXPECT_EQ(support::LiveBlocks(), before);
     for (const DWORD index : indexes) TlsFree(index);
-    EXPECT_EQ(xlAutoClose(), 1);
 }
 
 TEST(Lifecycle, OpeningGivesZeroOnAVexExceptionAndOnNoOther) {
@@ -134,6 +125,103 @@ TEST(Lifecycle, OpeningGivesZeroOnAVexExceptionAndOnNoOther) {
     EXPECT_EQ(OpenedThreadResultStore(), nullptr);
     const support::AllocationFault fault(1, [] { throw 7; });
     EXPECT_THROW(xlAutoOpen(), int);
+}
+
+class ResultStore : public testing::Test {
+  protected:
+    ResultStore() { OpenThreadResultStore(); }
+    ~ResultStore() override { CloseThreadResultStore(); }
+
+    // Only a test changes the store from outside.
+    static ThreadResultStore& Store() { return *const_cast<ThreadResultStore*>(OpenedThreadResultStore()); }
+
+    // The value is refused: the cell shows #VALUE!, and nobody holds the value.
+    void ExpectNotKept() {
+        const XLOPER12* const record = StoreThreadResult(value);
+        EXPECT_EQ(record->xltype, xltypeErr);
+        EXPECT_EQ(record->val.err, xlerrValue);
+        EXPECT_EQ(record->val.returnCode, 0);
+        EXPECT_EQ(value.use_count(), 1);
+        EXPECT_TRUE(OpenedThreadResultStore() == nullptr || Store().slots.empty());
+        EXPECT_TRUE(OpenedThreadResultStore() == nullptr || Store().spinFlag == 0);
+    }
+
+    const XXloperPtr value = XXloperFromInt(1);
+};
+
+// The new value stands in the slot when the old one goes: a policy that looks sees it.
+TEST_F(ResultStore, EachValueReplacesTheOneBefore) {
+    const XLOPER12* seen = nullptr;
+    XLOPER12 record{};
+    EXPECT_EQ(StoreThreadResult({static_cast<const XXloper*>(&record),
+                                 [&seen](const XXloper*) { seen = Store().slots[0]->result.get(); }}),
+              &record);
+    EXPECT_EQ(seen, nullptr);
+    EXPECT_EQ(StoreThreadResult(value), value.get());
+    EXPECT_EQ(seen, value.get());
+    const std::size_t before = support::Allocations();
+    for (int i = 0; i < 100; ++i) EXPECT_EQ(StoreThreadResult(value), value.get());
+    EXPECT_EQ(support::Allocations(), before) << "calls after the first allocate nothing";
+    EXPECT_EQ(value.use_count(), 2);
+    EXPECT_EQ(Store().slots.size(), 1u);
+    EXPECT_EQ(StoreThreadResult({})->xltype, xltypeErr);
+    EXPECT_EQ(value.use_count(), 1) << "an empty handle replaces it, too";
+}
+
+TEST_F(ResultStore, ThreadsStoreAtOnce) {
+    for (const bool singleProcessor : {false, true}) {
+        CloseThreadResultStore();
+        OpenThreadResultStore();
+        Store().singleProcessor = singleProcessor;
+        std::barrier start(16);
+        std::array<const XLOPER12*, 16> last{};
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 16; ++i) {
+            threads.emplace_back([&, i] {
+                start.arrive_and_wait();
+                for (int round = 0; round < 200; ++round)
+                    last.at(static_cast<std::size_t>(i)) = StoreThreadResult(XXloperFromInt(i));
+            });
+        }
+        for (std::thread& thread : threads) thread.join();
+        EXPECT_EQ(Store().slots.size(), 16u) << "each thread has a slot of its own";
+        for (int i = 0; i < 16; ++i) EXPECT_EQ(last.at(static_cast<std::size_t>(i))->val.w, i);
+    }
+}
+
+TEST_F(ResultStore, ValuesOutliveTheirThreadsAndGoInOrderAtClosing) {
+    const DWORD index = Store().tlsIndex;
+    std::vector<int> released;
+    XLOPER12 records[3] = {};
+    for (int i = 0; i < 3; ++i) {
+        records[i].val.w = i;
+        std::thread([&, i] {
+            static_cast<void>(
+                StoreThreadResult({static_cast<const XXloper*>(&records[i]),
+                                   [&](const XXloper* each) { released.push_back(each->val.w); }}));
+        }).join();
+    }
+    EXPECT_TRUE(released.empty());
+    CloseThreadResultStore();
+    EXPECT_EQ(released, (std::vector<int>{0, 1, 2}));
+    OpenThreadResultStore();
+    EXPECT_TRUE(Store().slots.empty());
+    EXPECT_EQ(Store().tlsIndex, index) << "it was given back";
+    EXPECT_EQ(TlsGetValue(index), nullptr);
+}
+
+TEST_F(ResultStore, WhatCantBeKeptIsNotReferredTo) {
+    const std::int64_t before = support::LiveBlocks();
+    for (std::size_t nth = 1; nth <= 2; ++nth) {  // the slot, the list's storage
+        const support::AllocationFault fault(nth);
+        ExpectNotKept();
+        EXPECT_TRUE(fault.Struck());
+        EXPECT_EQ(support::LiveBlocks(), before);
+    }
+    TlsFree(std::exchange(Store().tlsIndex, TLS_OUT_OF_INDEXES));  // so that TlsSetValue refuses
+    ExpectNotKept();
+    CloseThreadResultStore();
+    ExpectNotKept();
 }
 
 }  // namespace
