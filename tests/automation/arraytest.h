@@ -1,4 +1,4 @@
-// What the tests of arrays share.
+// What the tests of strings and arrays share.
 #pragma once
 
 #include "automation/automation.h"
@@ -17,9 +17,17 @@ struct TestArray {
 
     TestArray() = default;
     explicit TestArray(SAFEARRAY* made) : array(made) {}
+    // `counts` leftmost dimension first; `features` such as FADF_FIXEDSIZE, which Visual Basic's Dim a(...)
+    // has.
+    TestArray(VARTYPE type, std::initializer_list<ULONG> counts, LONG lowerBound = 0, int features = 0) {
+        std::vector<SAFEARRAYBOUND> bounds;
+        for (const ULONG count : counts) bounds.push_back({count, lowerBound});
+        array = SafeArrayCreate(type, static_cast<UINT>(bounds.size()), bounds.data());
+        array->fFeatures |= static_cast<USHORT>(features);
+    }
     ~TestArray() {
         if (array == nullptr) return;
-        array->fFeatures &= static_cast<USHORT>(~FADF_FIXEDSIZE);
+        array->fFeatures &= static_cast<USHORT>(~(FADF_FIXEDSIZE | FADF_STATIC));
         EXPECT_EQ(array->cLocks, 0u);
         EXPECT_EQ(SafeArrayDestroy(array), S_OK);
     }
@@ -35,30 +43,24 @@ struct TestArray {
     }
 };
 
-// `counts` leftmost dimension first.
-inline SAFEARRAY* MakeArray(VARTYPE type, std::initializer_list<ULONG> counts, LONG lowerBound = 0) {
-    std::vector<SAFEARRAYBOUND> bounds;
-    for (const ULONG count : counts) bounds.push_back({count, lowerBound});
-    return SafeArrayCreate(type, static_cast<UINT>(bounds.size()), bounds.data());
-}
-
-// As Visual Basic's Dim a(...) makes it.
-inline SAFEARRAY* MakeFixedArray(VARTYPE type, std::initializer_list<ULONG> counts, LONG lowerBound = 0) {
-    SAFEARRAY* const array = MakeArray(type, counts, lowerBound);
-    array->fFeatures |= FADF_FIXEDSIZE;
-    return array;
-}
-
-// Expects that `attempt` raises a record of the class `key`.
-inline void ExpectRaised(const char* key, const char* function, std::int32_t code,
-                         const std::vector<CStringW>& args, const std::function<void()>& attempt) {
+// What the body raises, as "key function code <argument>"; empty for nothing.
+inline std::string Raised(const std::function<void()>& body) {
+    const auto narrow = [](const CStringW& text) { return std::string(CStringA(text).GetString()); };
     try {
-        attempt();
-        ADD_FAILURE() << "nothing was raised";
-    } catch (VexException record) {
-        EXPECT_EQ(record.key, key);
-        EXPECT_EQ(record.function, function);
-        EXPECT_EQ(record.code, code);
-        EXPECT_EQ(record.args, args);
+        body();
+        return "";
+    } catch (const VexException& record) {
+        std::string text =
+            narrow(record.key) + " " + narrow(record.function) + " " + std::to_string(record.code);
+        for (const CStringW& argument : record.args) text += " <" + narrow(argument) + ">";
+        return text;
     }
+}
+
+// The bytes behind a BSTR, and those of UTF-16 units.
+inline std::string BytesOf(BSTR text) {
+    return {reinterpret_cast<const char*>(text), SysStringByteLen(text)};
+}
+inline std::string Wide(const StdWString& units) {
+    return {reinterpret_cast<const char*>(units.data()), units.size() * sizeof(WCHAR)};
 }

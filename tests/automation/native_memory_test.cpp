@@ -1,101 +1,78 @@
 // Every allocation of every operation fails once: the failure is raised, the slots hold what they should, and
 // nothing is lost.
-#include "automation/automation.h"
-#include "errors/vex.h"
+#include "automation/arraytest.h"
 #include "support/allocations.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
 #include <new>
+#include <utility>
 
 namespace {
 
-// Runs `body` with each of its allocations failing in turn; `body` cleans up what it makes. A failure must be
-// raised as std::bad_alloc or with `code`, at least one of them with `code`. `whenRaised` checks and clears
-// what the failure left.
-void FailEach(std::int32_t code, const std::function<void()>& body, const std::function<void()>& whenRaised) {
-    const auto before = support::LiveBlocks();
-    enum { none, badAlloc, outOfMemory, other } raised = none;
-    int withCode = 0;
-    support::FailEachAllocation(
-        [&] {
-            raised = none;
-            try {
-                body();
-            } catch (const VexOutOfMemory& record) {
-                raised = record.code == code ? outOfMemory : other;
-            } catch (const std::bad_alloc&) {
-                raised = badAlloc;
-            }
-        },
-        [&] {
-            EXPECT_TRUE(raised == badAlloc || raised == outOfMemory) << raised;
-            withCode += raised == outOfMemory ? 1 : 0;
-            whenRaised();
-            EXPECT_EQ(support::LiveBlocks(), before);
-        });
-    EXPECT_EQ(raised, none);
-    EXPECT_GT(withCode, 0);
-}
-
-TEST(OutOfMemory, LeavesASlotOfABstrNull) {
+TEST(OutOfMemory, IsRaisedAndLeavesNothing) {
     BSTR slot = nullptr;
-    const auto slotIsNull = [&] { EXPECT_EQ(slot, nullptr); };
+    TestArray array;
+    VARIANT variant;
+    VariantInit(&variant);
+    const std::vector<CStringW> texts = {TEXT("one"), TEXT("two")};
     const auto freeSlot = [&] { SysFreeString(std::exchange(slot, nullptr)); };
-    for (const bool ansiBytes : {false, true}) {
-        const auto assignA = [&] {
-            AssignBstrA(slot, ansiBytes, "text");
-            freeSlot();
-        };
-        const auto assignW = [&] {
-            AssignBstrW(slot, ansiBytes, TEXT("text"));
-            freeSlot();
-        };
-        FailEach(VexCode::BstrAllocation, assignA, slotIsNull);
-        FailEach(VexCode::BstrAllocation, assignW, slotIsNull);
-    }
-
-    slot = SysAllocString(TEXT("old"));
-    {
-        const support::AllocationFault fault(1);
-        EXPECT_THROW(AssignBstrW(slot, false, TEXT("new")), VexOutOfMemory);
-    }
-    EXPECT_EQ(slot, nullptr) << "the old one is gone before the new one is asked for";
-}
-
-TEST(OutOfMemory, LeavesNothingOfANewBstr) {
-    const auto nothing = [] {};
-    FailEach(
-        VexCode::BstrAllocation, [] { SysFreeString(MakeBstr("text")); }, nothing);
-    FailEach(
-        VexCode::BstrAllocation, [] { SysFreeString(MakeBstr(TEXT("text"))); }, nothing);
-    FailEach(
-        VexCode::BstrAllocation,
-        [] {
-            VARIANT variant = VariantFromCStringW(TEXT("text"));
-            VariantClear(&variant);
-        },
-        nothing);
-}
-
-TEST(OutOfMemory, NamesTheOperationThatRaised) {
-    const auto raiserOf = [](const std::function<void()>& attempt) {
-        // The record's own texts are allocated, so that only the first allocation may fail.
-        const support::AllocationFault fault(1);
-        try {
-            attempt();
-        } catch (const VexOutOfMemory& record) {
-            return record.function;
-        }
-        return CStringW();
+    const auto freeArray = [&] { DestroyVbArray(&array.array); };
+    const struct {
+        const char* raiser;  // the operation whose own allocation fails first
+        std::function<void()> act;
+        std::function<void()> cleanUp;
+    } cases[] = {
+        {"AssignBstrA", [&] { AssignBstrA(slot, false, "text"); }, freeSlot},
+        {"AssignBstrA", [&] { AssignBstrA(slot, true, "text"); }, freeSlot},
+        {"AssignBstrW", [&] { AssignBstrW(slot, false, TEXT("text")); }, freeSlot},
+        {"AssignBstrW", [&] { AssignBstrW(slot, true, TEXT("text")); }, freeSlot},
+        {"MakeBstr", [&] { slot = MakeBstr("text"); }, freeSlot},
+        {"MakeBstr", [&] { slot = MakeBstr(TEXT("text")); }, freeSlot},
+        {"MakeBstr", [&] { variant = VariantFromCStringW(texts[0]); }, [&] { VariantClear(&variant); }},
+        {"AssignBstrW", [&] { array.array = VbArrayFromVectorCStringW(texts, false, 1); }, freeArray},
+        {"AssignBstrW", [&] { AssignVbArrayFromVectorCStringW(texts, true, 1, array.array); }, freeArray},
+        {"ReDimVbArray",
+         [&] {
+             array.array = VbArrayFromMatrix({{1, 2}, {3, 4}}, 1);
+         },
+         freeArray},
+        {"ReDimVbArray",
+         [&] {
+             array.array = VbArrayFromVectorDouble({1, 2}, 1);
+         },
+         freeArray},
     };
-    BSTR slot = nullptr;
-    const CStringW text = TEXT("text");
-    EXPECT_EQ(raiserOf([&] { AssignBstrA(slot, true, "x"); }), TEXT("AssignBstrA"));
-    EXPECT_EQ(raiserOf([&] { AssignBstrW(slot, false, TEXT("x")); }), TEXT("AssignBstrW"));
-    EXPECT_EQ(raiserOf([&] { slot = MakeBstr(TEXT("x")); }), TEXT("MakeBstr"));
-    EXPECT_EQ(raiserOf([&] { slot = VariantFromCStringW(text).bstrVal; }), TEXT("MakeBstr"));
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.raiser);
+        const auto before = support::LiveBlocks();
+        bool named = false;
+        std::size_t raised = 0;
+        const std::size_t faults = support::FailEachAllocation(
+            [&] {
+                bool failed = true;
+                try {
+                    each.act();
+                    failed = false;
+                } catch (const VexOutOfMemory& record) {
+                    named = named || record.function == each.raiser;
+                } catch (const std::bad_alloc&) {
+                }
+                if (failed) {
+                    ++raised;
+                    EXPECT_EQ(slot, nullptr);
+                }
+                each.cleanUp();
+            },
+            [&] { EXPECT_EQ(support::LiveBlocks(), before); });
+        EXPECT_EQ(raised, faults);
+        EXPECT_TRUE(named);
+    }
+}
+
+TEST(OutOfMemory, AnOldBstrIsGoneBeforeTheNewOneIsAskedFor) {
+    BSTR slot = SysAllocString(TEXT("old"));
+    const support::AllocationFault fault(1);
+    EXPECT_THROW(AssignBstrW(slot, false, TEXT("new")), VexOutOfMemory);
+    EXPECT_EQ(slot, nullptr);
 }
 
 TEST(OutOfMemory, ReadingCopiesWideTextOnce) {
@@ -105,7 +82,7 @@ TEST(OutOfMemory, ReadingCopiesWideTextOnce) {
 
     const BSTR text = SysAllocString(TEXT("a text of some length"));
     before = support::Allocations();
-    const CStringW read = CStringWFromBstr(text, false);
+    EXPECT_EQ(CStringWFromBstr(text, false).GetLength(), 21);
     EXPECT_EQ(support::Allocations() - before, 1u);
     SysFreeString(text);
 }

@@ -6,7 +6,7 @@
 #include <activscp.h>
 
 #include <memory>
-#include <random>
+#include <algorithm>
 
 namespace {
 
@@ -40,30 +40,11 @@ struct Release {
 template <typename Interface>
 using Owned = std::unique_ptr<Interface, Release>;
 
-// A VARIANT of the test's own.
-struct Value {
-    VARIANT variant;
-
-    Value() { VariantInit(&variant); }
-    explicit Value(const VARIANT& owned) : variant(owned) {}
-    ~Value() { VariantClear(&variant); }
-    Value(const Value&) = delete;
-    Value& operator=(const Value&) = delete;
-};
-
 VARIANT OfLong(LONG number) {
     VARIANT variant;
     VariantInit(&variant);
     variant.vt = VT_I4;
     variant.lVal = number;
-    return variant;
-}
-
-VARIANT OfArray(int elementType, SAFEARRAY* array) {
-    VARIANT variant;
-    VariantInit(&variant);
-    variant.vt = static_cast<VARTYPE>(VT_ARRAY | elementType);
-    variant.parray = array;
     return variant;
 }
 
@@ -116,26 +97,13 @@ class VbScript : public testing::Test {
   private:
     static constexpr const WCHAR* code =
         LR"(
-Function Bounds(a, dimension)
-  Bounds = 1000 * LBound(a, dimension) + UBound(a, dimension)
-End Function
-
-Function At1(a, i)
-  At1 = a(i)
-End Function
-
-Function At2(a, r, c)
-  At2 = a(r, c)
-End Function
-
-Function Texts(count)
-  Dim a()
-  ReDim a(count - 1)
-  Dim i
-  For i = 0 To count - 1
-    a(i) = "text " & i
+Function Shown(a)
+  Dim r, c
+  For r = LBound(a, 1) To UBound(a, 1)
+    For c = LBound(a, 2) To UBound(a, 2)
+      Shown = Shown & r & "," & c & "=" & a(r, c) & " "
+    Next
   Next
-  Texts = a
 End Function
 
 Function Table(rows, columns)
@@ -156,55 +124,42 @@ End Function
     Owned<IDispatch> functions_;
 };
 
-TEST_F(VbScript, ReadsAMatrixAsRowsAndColumns) {
-    const Matrix matrix = {{1.5, 2, 3}, {4, -5, 6}, {7, 8, 9e99}, {10, 11, 12}};
-    const Value array(OfArray(VT_R8, VbArrayFromMatrix(matrix, 1)));
-    for (LONG r = 0; r < 4; ++r) {
-        for (LONG c = 0; c < 3; ++c) {
-            const Value element(Call(TEXT("At2"), {array.variant, OfLong(r + 1), OfLong(c + 1)}));
-            ASSERT_EQ(element.variant.vt, VT_R8);
-            EXPECT_EQ(element.variant.dblVal,
-                      matrix[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)]);
-        }
-    }
-    EXPECT_EQ(Value(Call(TEXT("Bounds"), {array.variant, OfLong(1)})).variant.lVal, 1004);
-    EXPECT_EQ(Value(Call(TEXT("Bounds"), {array.variant, OfLong(2)})).variant.lVal, 1003);
-}
-
-TEST_F(VbScript, ReadsStringsFromTheirLowerBoundOn) {
-    const std::vector<CStringW> strings = {TEXT("one"), TEXT(""), TEXT("caf\xE9 \x4E00")};
-    const Value array(VariantFromVectorCStringW(strings));
-    for (LONG i = 0; i < 3; ++i) {
-        const Value element(Call(TEXT("At1"), {array.variant, OfLong(i + 1)}));
-        ASSERT_EQ(element.variant.vt, VT_BSTR);
-        EXPECT_EQ(CStringWFromBstr(element.variant.bstrVal, false), strings[static_cast<std::size_t>(i)]);
+TEST_F(VbScript, ReadsAMatrixAndPairsAsRowsAndColumns) {
+    TestArray pairs(VT_BSTR, {2, 2}, 1);
+    VbArrayFromPairs(false, pairs.array, {{TEXT("k1"), TEXT("v1")}, {TEXT("k2"), TEXT("")}}, 1);
+    const TestArray matrix(VbArrayFromMatrix({{1.5, 2, 3}, {4, -5, 6}}, -1));
+    const struct {
+        int type;
+        SAFEARRAY* array;
+        const WCHAR* expected;
+    } cases[] = {
+        {VT_R8, matrix, TEXT("-1,-1=1.5 -1,0=2 -1,1=3 0,-1=4 0,0=-5 0,1=6 ")},
+        {VT_BSTR, pairs, TEXT("1,1=k1 1,2=v1 2,1=k2 2,2= ")},
+    };
+    for (const auto& each : cases) {
+        VARIANT argument = OfLong(0);
+        argument.vt = static_cast<VARTYPE>(VT_ARRAY | each.type);
+        argument.parray = each.array;
+        VARIANT shown = Call(TEXT("Shown"), {argument});
+        EXPECT_EQ(CStringWFromBstr(shown.bstrVal, false), each.expected);
+        VariantClear(&shown);
     }
 }
 
-TEST_F(VbScript, MakesTextsThatAreRead) {
-    const Value texts(Call(TEXT("Texts"), {OfLong(3)}));
-    const std::vector<CStringW> expected = {TEXT("text 0"), TEXT("text 1"), TEXT("text 2")};
-    EXPECT_EQ(VectorCStringWFromVariantContainingArrayOfVariantContainingBSTR(&texts.variant), expected);
-    ASSERT_EQ(texts.variant.vt, VT_ARRAY | VT_VARIANT);
-    EXPECT_EQ(VectorCStringWFromBstrArray(texts.variant.parray, false), expected);
-    EXPECT_EQ(CStringWFromBstrArray(texts.variant.parray, false, 2), expected[2]);
-}
-
-TEST_F(VbScript, MakesTablesWhoseRowsAreTheFirstDimension) {
-    const Value table(Call(TEXT("Table"), {OfLong(3), OfLong(2)}));
-    SAFEARRAY* const array = table.variant.parray;
-    ASSERT_EQ(VbArrayDimensions(array), (std::vector<std::uint32_t>{3, 2}));
-    const VbArrayLock lock(array);
-    const auto* const elements = static_cast<const VARIANT*>(lock.data);
-    for (int r = 0; r < 3; ++r) {
-        for (int c = 0; c < 2; ++c) {
-            EXPECT_EQ(CStringWFromBstr(elements[c * 3 + r].bstrVal, false),
-                      CStringWFormat(TEXT("r%dc%d"), r, c));
-        }
+TEST_F(VbScript, MakesTablesThatAreRead) {
+    VARIANT table = Call(TEXT("Table"), {OfLong(3), OfLong(2)});
+    ASSERT_EQ(table.vt, VT_ARRAY | VT_VARIANT);
+    EXPECT_EQ(VbArrayDimensions(table.parray), (std::vector<std::uint32_t>{3, 2}));
+    {
+        const VbArrayLock lock(table.parray);
+        EXPECT_EQ(CStringWFromBstr(static_cast<const VARIANT*>(lock.data)[5].bstrVal, false), TEXT("r2c1"));
+        EXPECT_EQ(CStringWFromBstr(static_cast<const VARIANT*>(lock.data)[1].bstrVal, false), TEXT("r1c0"));
     }
-    const Value row(Call(TEXT("Table"), {OfLong(1), OfLong(3)}));
-    EXPECT_EQ(VectorCStringWFromVariantContainingArrayOfVariantContainingBSTR(&row.variant),
+    VariantClear(&table);
+    VARIANT row = Call(TEXT("Table"), {OfLong(1), OfLong(3)});
+    EXPECT_EQ(VectorCStringWFromVariantContainingArrayOfVariantContainingBSTR(&row),
               (std::vector<CStringW>{TEXT("r0c0"), TEXT("r0c1"), TEXT("r0c2")}));
+    VariantClear(&row);
 }
 
 }  // namespace
