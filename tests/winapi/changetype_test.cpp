@@ -101,9 +101,6 @@ TEST(VariantChangeType, PairsOfScalarTypes) {
         {{VT_ERROR, &VARIANT::scode, DISP_E_PARAMNOTFOUND}, "-|-|-|-|-|-|-|-|-|-|-|-"},
         // Whole numbers: by value, but for those of the same width, which keep their bits.
         {{VT_I1, &VARIANT::bVal, 0xFB}, "251|-5|-5|over|-5|-5|-5|-50000|-5|-1|-5|-5e-0"},
-        {{VT_I2, &VARIANT::iVal, -300}, "over|-300|-300|over|-300|-300|-300|-3000000|-300|-1|-300|-300e-0"},
-        {{VT_UI2, &VARIANT::uiVal, 65535},
-         "over|-1|65535|65535|65535|65535|65535|655350000|65535|-1|65535|65535e-0"},
         {I4(INT_MAX),
          "over|over|2147483647|2147483647|2147483647|2.147484e+09|2147483647|21474836470000|over|-1|"
          "2147483647|2147483647e-0"},
@@ -119,7 +116,6 @@ TEST(VariantChangeType, PairsOfScalarTypes) {
         {{VT_R4, &VARIANT::fltVal, 0.1F},
          "0|0|0|0|0|0.1|0.100000001490116|1000|0.100000001490116|-1|0.1|1e-1"},
         {R8(-2.5), "over|-2|-2|over|-2|-2.5|-2.5|-25000|-2.5|-1|-2.5|-25e-1"},
-        {R8(32767.5), "over|over|32768|32768|32768|32767.5|32767.5|327675000|32767.5|-1|32767.5|327675e-1"},
         {R8(-2147483648.5),
          "over|over|-2147483648|over|-2147483648|-2.147484e+09|-2147483648.5|-21474836485000|over|-1|"
          "-2147483648.5|-21474836485e-1"},
@@ -132,7 +128,6 @@ TEST(VariantChangeType, PairsOfScalarTypes) {
         {{VT_DATE, &VARIANT::date, 45000.75},
          "over|over|45001|45001|45001|45000.75|45000.75|450007500|45000.75|-1|3/15/2023 6:00:00 PM|"
          "4500075e-2"},
-        {Decimal(true, 0, 25, 1), "over|-2|-2|over|-2|-2.5|-2.5|-25000|-2.5|-1|-2.5|-25e-1"},
         {Decimal(false, UINT_MAX, ULLONG_MAX, 0),
          "over|over|over|over|over|7.922816e+28|7.92281625142643e+28|over|?|-1|79228162514264337593543950335|"
          "4294967295:18446744073709551615e-0"},
@@ -140,13 +135,11 @@ TEST(VariantChangeType, PairsOfScalarTypes) {
         {Text(nullptr), "-|-|-|-|-|-|-|-|-|-||-"},
         {Text(TEXT(" 12\t")), "12|12|12|12|12|12|12|120000|-|-1| 12\t|12e-0"},
         {Text(TEXT("-12.5")), "over|-12|-12|over|-12|-12.5|-12.5|-125000|-|-1|-12.5|-125e-1"},
-        {Text(TEXT("1E+3")), "over|1000|1000|1000|1000|1000|1000|10000000|-|-1|1E+3|1000e-0"},
         {Text(TEXT("9007199254740993")),
          "over|over|over|over|9007199254740993|9.007199e+15|9.00719925474099e+15|over|-|-1|9007199254740993|"
          "9007199254740993e-0"},
         {Text(TEXT("1e400")), "over|over|over|over|over|over|over|over|-|over|1e400|over"},
         {Text(TEXT("fALSE")), "-|-|-|-|-|-|-|-|-|0|fALSE|-"},
-        {Text(TEXT("#TRUE#")), "-|-|-|-|-|-|-|-|-|-1|#TRUE#|-"},
         {Text(TEXT("12abc")), "-|-|-|-|-|-|-|-|-|-|12abc|-"},
     };
     for (const auto& row : rows) {
@@ -167,17 +160,10 @@ TEST(VariantChangeType, PairsOfScalarTypes) {
 }
 
 TEST(VariantChangeType, DatesBecomeTextAndComeBack) {
-    const struct {
-        double days;
-        const WCHAR* text;
-    } rows[] = {
-        {0.5, TEXT("12:00:00 PM")},
-        {0, TEXT("12:00:00 AM")},
-        {45293.0 + 1.0 / 86400, TEXT("1/2/2024 12:00:01 AM")},
-        {-1.25, TEXT("12/29/1899 6:00:00 AM")},
-        {2958465, TEXT("12/31/9999")},
-        {60, TEXT("2/28/1900")},
-        {61, TEXT("3/1/1900")},
+    const std::pair<double, const WCHAR*> rows[] = {
+        {0.5, TEXT("12:00:00 PM")}, {45293.0 + 1.0 / 86400, TEXT("1/2/2024 12:00:01 AM")},
+        {0, TEXT("12:00:00 AM")},   {-1.25, TEXT("12/29/1899 6:00:00 AM")},
+        {60, TEXT("2/28/1900")},    {2958465, TEXT("12/31/9999")},
     };
     for (const auto& [days, text] : rows) {
         const Variant source = Text(text);
@@ -185,14 +171,10 @@ TEST(VariantChangeType, DatesBecomeTextAndComeBack) {
         EXPECT_EQ(Converted(source, VT_DATE), Floating(days)) << Shown(source);
     }
     EXPECT_EQ(Converted(Text(TEXT(" 2024-01-02 18:00:00 ")), VT_DATE), "45293.75");
-    EXPECT_EQ(Converted(Text(TEXT("2/29/2024")), VT_DATE), "45351");
     for (const WCHAR* const text : {TEXT("2/30/2024"), TEXT("24:00"), TEXT("15:60"), TEXT("1/2/2024 x")}) {
-        const Variant source = Text(text);
-        EXPECT_EQ(Converted(source, VT_DATE), "-") << Shown(source);
+        EXPECT_EQ(Converted(Text(text), VT_DATE), "-");
     }
-    EXPECT_EQ(Converted(R8(2958466), VT_DATE), "over");
-    EXPECT_EQ(Converted(R8(-657435), VT_DATE), "over");
-    EXPECT_EQ(Converted(R8(-657434), VT_DATE), "-657434");
+    for (const double outside : {2958466.0, -657435.0}) EXPECT_EQ(Converted(R8(outside), VT_DATE), "over");
 }
 
 TEST(VariantChangeType, InPlaceAndOntoAValueThatOwnsSomething) {
@@ -212,33 +194,25 @@ TEST(VariantChangeType, InPlaceAndOntoAValueThatOwnsSomething) {
 
 TEST(VariantChangeType, ReferencesCountAsWhatTheyPointTo) {
     LONG number = 300;
-    Variant reference(VT_BYREF | VT_I4, &VARIANT::plVal, &number);
-    EXPECT_EQ(Converted(reference, VT_BSTR), "300");
-    EXPECT_EQ(Converted(reference, VT_UI1), "over");
     Variant inner = Text(TEXT("2.5"));
+    EXPECT_EQ(Converted(Variant(VT_BYREF | VT_I4, &VARIANT::plVal, &number), VT_UI1), "over");
     EXPECT_EQ(Converted(Variant(VT_BYREF | VT_VARIANT, &VARIANT::pvarVal, &inner), VT_R8), "2.5");
     EXPECT_EQ(Converted(Variant(VT_BYREF | VT_BSTR, &VARIANT::pbstrVal, &inner.bstrVal), VT_R8), "2.5");
     EXPECT_EQ(Shown(inner), "2.5") << "what a reference points to is borrowed";
 }
 
 TEST(VariantChangeType, ObjectsByQueryInterfaceAndByTheirDefaultProperty) {
-    Counted automatic;
-    Counted plain(false);
+    Counted automatic, plain(false);
     {
-        automatic.AddRef();
-        automatic.AddRef();
-        plain.AddRef();
-        const Variant dispatch(VT_DISPATCH, &VARIANT::pdispVal, &automatic);
+        Variant dispatch(VT_DISPATCH, &VARIANT::pdispVal, &automatic);
         Variant unknown(VT_UNKNOWN, &VARIANT::punkVal, &automatic);
-        Variant noDispatch(VT_UNKNOWN, &VARIANT::punkVal, &plain);
+        const Variant noDispatch(VT_UNKNOWN, &VARIANT::punkVal, &plain);
+        for (Counted* const object : {&automatic, &automatic, &plain}) object->AddRef();
         EXPECT_EQ(Converted(dispatch, VT_UNKNOWN), "type 13");
         EXPECT_EQ(Converted(unknown, VT_DISPATCH), "type 9");
         EXPECT_EQ(Converted(noDispatch, VT_DISPATCH), "hresult " + std::to_string(E_NOINTERFACE));
         EXPECT_EQ(Converted(dispatch, VT_R8), "42");
         EXPECT_EQ(Converted(unknown, VT_R8), "-");
-        Variant target;
-        EXPECT_TRUE(
-            FAILED(VariantChangeType(&target, const_cast<Variant*>(&dispatch), VARIANT_NOVALUEPROP, VT_R8)));
         EXPECT_EQ(automatic.references, 3U);
         // In place, the old reference goes with the new one that comes.
         EXPECT_EQ(VariantChangeType(&unknown, &unknown, 0, VT_DISPATCH), S_OK);
