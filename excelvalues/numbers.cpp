@@ -31,15 +31,18 @@ std::size_t ErrorIndex(std::uint64_t bits) noexcept {
     return isErrorNaN ? static_cast<std::size_t>(index) : ExcelErrorCodes.size();
 }
 
-// An ErrorNaN becomes its error, anything else a number. The number goes from memory to memory as bits: no
-// register of a floating-point unit sees it.
-void SetFromCodedBits(XLOPER12& record, std::uint64_t bits) noexcept {
-    if (const std::size_t index = ErrorIndex(bits); index < ExcelErrorCodes.size()) {
-        SetErrorValue(record, ExcelErrorCodes[index]);
-        return;
-    }
+// The number goes from memory to memory as bits: no register of a floating-point unit sees it.
+void SetNumber(XLOPER12& record, std::uint64_t bits) noexcept {
     record.xltype = xltypeNum;
     std::memcpy(&record.val.num, &bits, sizeof bits);
+}
+
+// An ErrorNaN becomes its error, anything else a number.
+void SetFromCodedBits(XLOPER12& record, std::uint64_t bits) noexcept {
+    if (const std::size_t index = ErrorIndex(bits); index < ExcelErrorCodes.size()) {
+        return SetErrorValue(record, ExcelErrorCodes[index]);
+    }
+    SetNumber(record, bits);
 }
 
 bool IsFinite(std::uint64_t bits) noexcept {
@@ -49,6 +52,30 @@ bool IsFinite(std::uint64_t bits) noexcept {
 
 bool IsInfinite(std::uint64_t bits) noexcept {
     return bits << 1 == 0xFFE0000000000000;
+}
+
+void SetFromNonFinite(XLOPER12& record, std::uint64_t bits) noexcept {
+    if (ErrorIndex(bits) < ExcelErrorCodes.size()) return SetFromCodedBits(record, bits);
+    if (IsInfinite(bits)) return SetErrorValue(record, xlerrNum);
+    switch (bits) {
+        case SentinelEmpty:
+            record.xltype = xltypeNil;
+            return;
+        case SentinelNA:
+            return SetErrorValue(record, xlerrNA);
+        case SentinelNum:
+            return SetErrorValue(record, xlerrNum);
+        case SentinelDiv0:
+            return SetErrorValue(record, xlerrDiv0);
+        default:
+            return SetErrorValue(record, xlerrValue);
+    }
+}
+
+// The finite numbers, which are nearly all, in a few instructions.
+inline void SetFromBits(XLOPER12& record, std::uint64_t bits) noexcept {
+    if (!IsFinite(bits)) return SetFromNonFinite(record, bits);
+    SetNumber(record, bits);
 }
 
 }  // namespace
@@ -74,22 +101,11 @@ void SetFromNumber(XLOPER12& record, double x) noexcept {
 }
 
 void SetFromDouble(XLOPER12& record, double x) noexcept {
-    const std::uint64_t bits = BitsOf(x);
-    if (IsFinite(bits) || ErrorIndex(bits) < ExcelErrorCodes.size()) return SetFromCodedBits(record, bits);
-    if (IsInfinite(bits)) return SetErrorValue(record, xlerrNum);
-    switch (bits) {
-        case SentinelEmpty:
-            record.xltype = xltypeNil;
-            return;
-        case SentinelNA:
-            return SetErrorValue(record, xlerrNA);
-        case SentinelNum:
-            return SetErrorValue(record, xlerrNum);
-        case SentinelDiv0:
-            return SetErrorValue(record, xlerrDiv0);
-        default:
-            return SetErrorValue(record, xlerrValue);
-    }
+    SetFromBits(record, BitsOf(x));
+}
+
+void SetFromDoubles(XLOPER12* first, std::span<const double> values) noexcept {
+    for (const double& x : values) SetFromBits(*first++, BitsOf(x));
 }
 
 }  // namespace detail

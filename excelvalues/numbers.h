@@ -19,6 +19,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 
 // Excel's error numbers; the index of a number is the payload of its ErrorNaN. The order is that of their
 // arrival in Excel, not of the numbers.
@@ -65,5 +66,8 @@ namespace detail {
 // What XXloperFromDouble and XXloperFromNumber make, in a record whose content is overwritten and not freed.
 void SetFromDouble(XLOPER12& record, double x) noexcept;
 void SetFromNumber(XLOPER12& record, double x) noexcept;
+
+// The same as SetFromDouble for each of `values`, into the records from `first` on.
+void SetFromDoubles(XLOPER12* first, std::span<const double> values) noexcept;
 
 }  // namespace detail

@@ -66,6 +66,18 @@ class XXloper : public XLOPER12 {
     // reference; those of all elements of an array; one or none, by `countEmpty`, for an empty or missing
     // value and for xltypeFlow; none for xltypeBigData.
     [[nodiscard]] std::int64_t CellCount(bool countEmpty) const noexcept;
+
+    // `crc` with the value folded in, by Crc64Update (platform/checksums.h); complements are the caller's.
+    // What is folded, bytes as they lie in memory, is the same on 32 and 64 bits:
+    //   always                    xltype with its flags, 4 bytes
+    //   xltypeNum, xltypeErr      8 bytes: the number; the error and its return code
+    //   xltypeStr                 the count, 2 bytes, and the units
+    //   xltypeBool, xltypeInt     4 bytes
+    //   xltypeRef                 the low 4 bytes of the sheet's number, the count, 2 bytes, the rectangles
+    //   xltypeSRef                the count, 2 bytes, and the rectangle
+    //   xltypeMulti               rows and columns, 4 bytes each, then each element by these same rules
+    // A null pointer counts as a text, reference or array with nothing in it.
+    [[nodiscard]] std::uint64_t Crc64(std::uint64_t crc) const noexcept;
 };
 static_assert(sizeof(XXloper) == sizeof(XLOPER12) && !std::is_polymorphic_v<XXloper>);
 

@@ -10,6 +10,7 @@ namespace {
 
 std::atomic<std::int64_t> live_blocks = 0;
 std::atomic<std::size_t> allocations = 0;
+std::atomic<std::size_t> allocated_bytes = 0;
 
 // The thread whose allocation is to fail, 0 for none. No thread_local variable does this job: where the
 // compiler emulates those, they allocate on first use.
@@ -22,8 +23,9 @@ bool IsFaultyThread() noexcept {
     return faulty_thread.load(std::memory_order_relaxed) == GetCurrentThreadId();
 }
 
-bool Fails() noexcept {
+bool Fails(std::size_t size) noexcept {
     allocations.fetch_add(1, std::memory_order_relaxed);
+    allocated_bytes.fetch_add(size, std::memory_order_relaxed);
     return IsFaultyThread() && allocations_to_fault != 0 && --allocations_to_fault == 0;
 }
 
@@ -42,6 +44,10 @@ std::int64_t LiveBlocks() noexcept {
 
 std::size_t Allocations() noexcept {
     return allocations;
+}
+
+std::size_t AllocatedBytes() noexcept {
+    return allocated_bytes;
 }
 
 AllocationFault::AllocationFault(std::size_t nth, void (*raise)()) noexcept {
@@ -73,15 +79,15 @@ void* __wrap_realloc(void* block, std::size_t size);
 void __wrap_free(void* block);
 
 void* __wrap_malloc(std::size_t size) {
-    return Fails() ? nullptr : Count(__real_malloc(size));
+    return Fails(size) ? nullptr : Count(__real_malloc(size));
 }
 
 void* __wrap_calloc(std::size_t count, std::size_t size) {
-    return Fails() ? nullptr : Count(__real_calloc(count, size));
+    return Fails(count * size) ? nullptr : Count(__real_calloc(count, size));
 }
 
 void* __wrap_realloc(void* block, std::size_t size) {
-    if (Fails()) return nullptr;
+    if (Fails(size)) return nullptr;
     void* const moved = __real_realloc(block, size);
     return block == nullptr ? Count(moved) : moved;
 }

@@ -20,8 +20,9 @@ template <typename Body>
     return LiveBlocks() - before;
 }
 
-// Allocations so far, of all threads.
+// Allocations so far, of all threads, and the bytes they asked for.
 [[nodiscard]] std::size_t Allocations() noexcept;
+[[nodiscard]] std::size_t AllocatedBytes() noexcept;
 
 // Lets the nth allocation of the thread that makes this fail (1 is the next one), once. An operator new that
 // fails raises std::bad_alloc, or what `raise` raises. One at a time in the process.
