@@ -10,8 +10,7 @@
 namespace {
 
 // The DISPIDs of IDictionary, as the Microsoft Scripting Runtime's type library publishes them.
-constexpr DISPID dispidItem = 0, dispidAdd = 1, dispidCount = 2, dispidExists = 3, dispidRemove = 6,
-                 dispidRemoveAll = 8;
+constexpr DISPID dispidItem = 0, dispidAdd = 1, dispidCount = 2, dispidExists = 3, dispidRemove = 6;
 
 constexpr WCHAR twoVariants[] = {VT_VARIANT, VT_VARIANT, 0};
 constexpr WCHAR oneVariant[] = {VT_VARIANT, 0};
@@ -36,19 +35,6 @@ class Dictionary : public testing::Test {
         if (initialized) CoUninitialize();
     }
 
-    void Add(LONG key, const wchar_t* text) {
-        VARIANT item;
-        item.vt = VT_BSTR;
-        item.bstrVal = SysAllocString(text);
-        const OwnedVariant owned(item);
-        const VARIANT name = Key(key);
-        DispatchInvoke(dictionary, dispidAdd, DISPATCH_METHOD, 0, nullptr, twoVariants, &name, &item);
-    }
-    [[nodiscard]] LONG Count() {
-        LONG count = -1;
-        DispatchInvoke(dictionary, dispidCount, DISPATCH_PROPERTYGET, VT_I4, &count, nullptr);
-        return count;
-    }
     static VARIANT Key(LONG number) {
         VARIANT key;
         key.vt = VT_I4;
@@ -61,49 +47,40 @@ class Dictionary : public testing::Test {
 };
 
 TEST_F(Dictionary, KeepsWhatIsPut) {
-    Add(1, L"one");
     const VARIANT key = Key(2);
     const VARIANT number = Key(22);
     DispatchInvoke(dictionary, dispidItem, DISPATCH_PROPERTYPUT, 0, nullptr, twoVariants, &key, &number);
-    EXPECT_EQ(Count(), 2);
-
-    BSTR text = nullptr;
-    const VARIANT first = Key(1);
-    DispatchInvoke(dictionary, dispidItem, DISPATCH_PROPERTYGET, VT_BSTR, &text, oneVariant, &first);
-    EXPECT_STREQ(OwnedBstr(text).get(), L"one");
+    LONG count = -1;
+    DispatchInvoke(dictionary, dispidCount, DISPATCH_PROPERTYGET, VT_I4, &count, nullptr);
+    EXPECT_EQ(count, 1);
     double converted = 0;
     DispatchInvoke(dictionary, dispidItem, DISPATCH_PROPERTYGET, VT_R8, &converted, oneVariant, &key);
     EXPECT_EQ(converted, 22.0);
-
+    BSTR text = nullptr;
+    DispatchInvoke(dictionary, dispidItem, DISPATCH_PROPERTYGET, VT_BSTR, &text, oneVariant, &key);
+    EXPECT_STREQ(OwnedBstr(text).get(), L"22");
     VARIANT_BOOL exists = VARIANT_FALSE;
     DispatchInvoke(dictionary, dispidExists, DISPATCH_METHOD, VT_BOOL, &exists, oneVariant, &key);
     EXPECT_EQ(exists, VARIANT_TRUE);
-    DispatchInvoke(dictionary, dispidRemoveAll, DISPATCH_METHOD, 0, nullptr, nullptr);
-    EXPECT_EQ(Count(), 0);
-    DispatchInvoke(dictionary, dispidExists, DISPATCH_METHOD, VT_BOOL, &exists, oneVariant, &key);
-    EXPECT_EQ(exists, VARIANT_FALSE);
 }
 
 TEST_F(Dictionary, ItsRefusalsAreRaised) {
-    const auto raised = [&](DISPID dispid, WORD flags, const WCHAR* types,
-                            const auto&... arguments) -> HRESULT {
+    const auto raised = [&](DISPID dispid, const WCHAR* types, const auto&... arguments) -> HRESULT {
         try {
-            DispatchInvoke(dictionary, dispid, flags, 0, nullptr, types, arguments...);
+            DispatchInvoke(dictionary, dispid, DISPATCH_METHOD, 0, nullptr, types, arguments...);
+            return S_OK;
         } catch (const _com_error& error) {
             return error.Error();
         }
-        return S_OK;
     };
-    Add(1, L"one");
-    const VARIANT present = Key(1);
-    const VARIANT absent = Key(9);
+    const VARIANT key = Key(1);
+    EXPECT_EQ(raised(dispidAdd, twoVariants, &key, &key), S_OK);
     // Its numbers are those of Visual Basic: 457, the key is there already; 32811, the element isn't found.
-    EXPECT_EQ(raised(dispidAdd, DISPATCH_METHOD, twoVariants, &present, &present),
-              static_cast<HRESULT>(0x800A01C9));
-    EXPECT_EQ(raised(dispidRemove, DISPATCH_METHOD, oneVariant, &absent), static_cast<HRESULT>(0x800A802B));
-    EXPECT_EQ(raised(dispidAdd, DISPATCH_METHOD, oneVariant, &absent), DISP_E_BADPARAMCOUNT);
-    EXPECT_EQ(raised(9999, DISPATCH_METHOD, nullptr), DISP_E_MEMBERNOTFOUND);
-    EXPECT_EQ(Count(), 1);
+    EXPECT_EQ(raised(dispidAdd, twoVariants, &key, &key), static_cast<HRESULT>(0x800A01C9));
+    const VARIANT absent = Key(9);
+    EXPECT_EQ(raised(dispidRemove, oneVariant, &absent), static_cast<HRESULT>(0x800A802B));
+    EXPECT_EQ(raised(dispidAdd, oneVariant, &absent), DISP_E_BADPARAMCOUNT);
+    EXPECT_EQ(raised(9999, nullptr), DISP_E_MEMBERNOTFOUND);
 }
 
 }  // namespace

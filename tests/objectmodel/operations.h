@@ -170,8 +170,8 @@ struct Operation {
     // `sent`: the calls that the operation makes, as Describe tells them. `given`: what it gives, as Shown
     // tells it.
     template <class Method, class... Given>
-    Operation(Method method, std::tuple<Given...> arguments, const char* calls, const char* result)
-        : slot(SlotOf(method)), sent(calls), given(result) {
+    Operation(Method method, std::tuple<Given...> arguments, std::string calls, const char* result)
+        : slot(SlotOf(method)), sent(std::move(calls)), given(result) {
         run = [method, arguments](World& world, Class& object) {
             // Ranges that are arguments come to life before the call.
             const auto made =
@@ -203,6 +203,22 @@ using AnyOperation = std::function<void(World&)>;
 // A class's table, and the way to an object of the class.
 template <class Class>
 struct Table {
+    // A row is an operation, or a property: the operations that get and put it, the value to put, the class
+    // and the DISPID in the calls of both, what the first gives and what the second sends.
+    struct Row : std::vector<Operation<Class>> {
+        template <class Method, class... Given>
+        Row(Method method, std::tuple<Given...> arguments, const char* calls, const char* result)
+            : std::vector<Operation<Class>>{{method, arguments, calls, result}} {}
+        template <class Getter, class Putter, class... Given>
+        Row(Getter get, Putter put, std::tuple<Given...> value, const std::string& member, const char* given,
+            const std::string& sent)
+            : std::vector<Operation<Class>>{{get, std::tuple<>(), member + " get", given},
+                                            {put, value, member + " put = " + sent, ""}} {}
+    };
+    Table(std::shared_ptr<Class> (*way)(World&), std::initializer_list<Row> table) : reach(way) {
+        for (const Row& row : table) rows.insert(rows.end(), row.begin(), row.end());
+    }
+
     std::shared_ptr<Class> (*reach)(World&);
     std::vector<Operation<Class>> rows;
 
