@@ -51,35 +51,27 @@ std::string Created(HANDLE handle) {
     return "error " + std::to_string(error);
 }
 
-// ---- What children do ----------------------------------------------------------------------------------
-
-// Opens, closes and releases at its parent's word, and ends with what it has then.
+// Opens, owns, closes and releases at its parent's word, and ends with what it has then. As a hammer, it
+// opens and closes as fast as it can.
 const support::Role user("use a mutex", [](const Arguments& arguments) {
+    const Wide name = Widened(arguments[0]);
     HANDLE handle = nullptr;
     for (std::string order = support::Hear(); !order.empty(); order = support::Hear()) {
         if (order == "open" || order == "own") {
-            handle = Create(Widened(arguments[0]), order == "own");
+            handle = Create(name, order == "own");
             support::Say(Created(handle));
+        } else if (order == "hammer") {
+            for (int round = 0; round < 300; ++round) {
+                const Handle created(Create(name)), opened(Open(name));
+                if (created == nullptr || opened == nullptr) return 1;
+            }
         } else {
-            support::Say((order == "close" ? CloseHandle(handle) : ReleaseMutex(handle)) != FALSE ? "done"
-                                                                                                  : "failed");
+            const BOOL done = order == "close" ? CloseHandle(handle) : ReleaseMutex(handle);
+            support::Say(done != FALSE ? "done" : "failed");
         }
     }
     return 0;
 });
-
-// Opens and closes as fast as it can.
-const support::Role hammer("hammer", [](const Arguments& arguments) {
-    const Wide name = Widened(arguments[0]);
-    for (int round = 0; round < 300; ++round) {
-        const Handle created(Create(name));
-        const Handle opened(Open(name));
-        if (created == nullptr || opened == nullptr) return 1;
-    }
-    return 0;
-});
-
-// ---- Tests ---------------------------------------------------------------------------------------------
 
 class Mutexes : public testing::Test {
   protected:
@@ -97,10 +89,7 @@ TEST_F(Mutexes, NamesAreToldApartAsPublished) {
     EXPECT_FALSE(Exists(name));
     EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
     const Wide stem(280, TEXT('n'));  // longer than a file name may be
-    const struct {
-        Wide name;
-        const char* created;
-    } rows[] = {
+    const std::pair<Wide, const char*> rows[] = {
         {name, "new"},
         {TEXT("Local\\") + name, "existing"},  // no prefix means Local
         {TEXT("Global\\") + name, "new"},
@@ -118,11 +107,11 @@ TEST_F(Mutexes, NamesAreToldApartAsPublished) {
         {TEXT("\\a"), "error 161"},
     };
     std::vector<HANDLE> handles;
-    for (const auto& row : rows) {
+    for (const auto& [wanted, created] : rows) {
         SetLastError(ERROR_SUCCESS);
-        handles.push_back(Create(row.name));
-        EXPECT_EQ(Created(handles.back()), row.created) << testing::PrintToString(row.name);
-        EXPECT_EQ(Exists(row.name), handles.back() != nullptr && !row.name.empty());
+        handles.push_back(Create(wanted));
+        EXPECT_EQ(Created(handles.back()), created) << testing::PrintToString(wanted);
+        EXPECT_EQ(Exists(wanted), handles.back() != nullptr && !wanted.empty());
     }
     for (const HANDLE handle : handles) EXPECT_EQ(CloseHandle(handle) != FALSE, handle != nullptr);
     EXPECT_FALSE(CloseHandle(handles.front())) << "closed twice";
@@ -134,16 +123,14 @@ TEST_F(Mutexes, NamesAreToldApartAsPublished) {
 TEST_F(Mutexes, OneThreadAtATimeWhichReleasesAsOftenAsItOwnsOrAbandons) {
     int number = 0;
     std::vector<std::thread> threads;
-    const Handle kept(Create(name));
+    const Handle mutex(Create(name)), second(Create(name));
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {
-            const Handle mutex(Create(name));
             for (int round = 0; round < 200; ++round) {
                 ASSERT_EQ(WaitForSingleObject(mutex, INFINITE), DWORD{WAIT_OBJECT_0});
-                ASSERT_EQ(WaitForSingleObject(kept, 0), DWORD{WAIT_OBJECT_0})
-                    << "owned again by another handle";
+                ASSERT_EQ(WaitForSingleObject(second, 0), DWORD{WAIT_OBJECT_0}) << "owned again";
                 ++number;
-                ASSERT_TRUE(ReleaseMutex(kept));
+                ASSERT_TRUE(ReleaseMutex(second));
                 ASSERT_TRUE(ReleaseMutex(mutex));
             }
             EXPECT_FALSE(ReleaseMutex(mutex));
@@ -152,10 +139,9 @@ TEST_F(Mutexes, OneThreadAtATimeWhichReleasesAsOftenAsItOwnsOrAbandons) {
     }
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(number, 800);
-    std::thread([&] { EXPECT_EQ(WaitForSingleObject(kept, 0), DWORD{WAIT_OBJECT_0}); }).join();
-    EXPECT_EQ(WaitForSingleObject(kept, INFINITE), DWORD{WAIT_ABANDONED});
-    EXPECT_TRUE(ReleaseMutex(kept));
-    EXPECT_EQ(WaitForSingleObject(kept, INFINITE), DWORD{WAIT_OBJECT_0}) << "told only once";
+    std::thread([&] { EXPECT_EQ(WaitForSingleObject(mutex, 0), DWORD{WAIT_OBJECT_0}); }).join();
+    EXPECT_EQ(WaitForSingleObject(mutex, INFINITE), DWORD{WAIT_ABANDONED});
+    EXPECT_EQ(WaitForSingleObject(mutex, INFINITE), DWORD{WAIT_OBJECT_0}) << "told only once";
 }
 
 TEST_F(Mutexes, AreSeenByOtherProcessesUntilTheseEnd) {
@@ -166,11 +152,8 @@ TEST_F(Mutexes, AreSeenByOtherProcessesUntilTheseEnd) {
             const Handle mutex(Create(name));
             EXPECT_EQ(Created(mutex), "existing");
             EXPECT_EQ(WaitForSingleObject(mutex, 20), DWORD{WAIT_TIMEOUT});
-            EXPECT_FALSE(ReleaseMutex(mutex));
-            std::thread waiting([&] {
-                EXPECT_EQ(WaitForSingleObject(mutex, INFINITE), DWORD{WAIT_OBJECT_0});
-                EXPECT_TRUE(ReleaseMutex(mutex));
-            });
+            std::thread waiting(
+                [&] { EXPECT_EQ(WaitForSingleObject(mutex, INFINITE), DWORD{WAIT_OBJECT_0}); });
             EXPECT_EQ(Ask(child, "release"), "done");
             waiting.join();
         }
@@ -192,7 +175,6 @@ TEST_F(Mutexes, OurHandleOutlivesTheProcessThatMadeTheNameAndOwnedIt) {
     child.Kill();
     EXPECT_EQ(Ask(second, "open"), "existing");
     EXPECT_EQ(WaitForSingleObject(mutex, INFINITE), DWORD{WAIT_ABANDONED});
-    EXPECT_TRUE(ReleaseMutex(mutex));
 }
 
 TEST_F(Mutexes, OfManyProcessesOneSeesANewName) {
@@ -206,9 +188,8 @@ TEST_F(Mutexes, OfManyProcessesOneSeesANewName) {
         for (Child& child : children) ASSERT_EQ(Ask(child, "close"), "done");
         ASSERT_FALSE(Exists(name));
     }
-    std::vector<Child> hammers;
-    for (int i = 0; i < 4; ++i) hammers.emplace_back("hammer", Arguments{narrowName});
-    for (Child& child : hammers) EXPECT_EQ(child.Finish(), 0);
+    for (Child& child : children) child.WriteLine("hammer");
+    for (Child& child : children) EXPECT_EQ(child.Finish(), 0);
     EXPECT_FALSE(Exists(name));
     EXPECT_TRUE(folder.Files().empty());
 }

@@ -34,74 +34,62 @@ Bytes GoodBlock() {
     return {block.bytes.begin(), block.bytes.begin() + static_cast<std::ptrdiff_t>(block.size)};
 }
 
-// Puts a value into an image under construction, which grows as needed.
-template <class Value>
-void Put(Bytes& image, std::size_t at, const Value& value) {
-    if (image.size() < at + sizeof value) image.resize(at + sizeof value);
-    std::memcpy(image.data() + at, &value, sizeof value);
-}
-
 // A library of this width, with the block in the section that the stand-in looks for.
 Bytes ElfImage(const Bytes& block) {
-    const std::string names = std::string("\0.shstrtab\0.version_resource", 28) + '\0';
-    ElfW(Ehdr) header{};
-    std::memcpy(header.e_ident, ELFMAG, SELFMAG);
-    header.e_ident[EI_CLASS] = sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32;
-    header.e_shentsize = sizeof(ElfW(Shdr));
-    header.e_shnum = 3;
-    header.e_shstrndx = 1;
-    header.e_shoff = sizeof header;
-    ElfW(Shdr) sections[3]{};
-    sections[1].sh_name = 1;
-    sections[1].sh_type = SHT_STRTAB;
-    sections[1].sh_offset = sizeof header + sizeof sections;
-    sections[1].sh_size = static_cast<ElfW(Word)>(names.size());
-    sections[2].sh_name = 11;
-    sections[2].sh_type = SHT_PROGBITS;
-    sections[2].sh_offset = sections[1].sh_offset + sections[1].sh_size;
-    sections[2].sh_size = static_cast<ElfW(Word)>(block.size());
-    Bytes image;
-    Put(image, 0, header);
-    Put(image, sizeof header, sections);
-    image.insert(image.end(), names.begin(), names.end());
-    image.insert(image.end(), block.begin(), block.end());
-    return image;
+    struct {
+        ElfW(Ehdr) header;
+        ElfW(Shdr) sections[3];
+        char names[32];
+    } image{};
+    std::memcpy(image.header.e_ident, ELFMAG, SELFMAG);
+    image.header.e_ident[EI_CLASS] = sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32;
+    image.header.e_shentsize = sizeof(ElfW(Shdr));
+    image.header.e_shnum = 3;
+    image.header.e_shstrndx = 1;
+    image.header.e_shoff = offsetof(decltype(image), sections);
+    image.sections[1].sh_offset = offsetof(decltype(image), names);
+    image.sections[1].sh_size = sizeof image.names;
+    image.sections[2].sh_offset = sizeof image;
+    image.sections[2].sh_size = static_cast<ElfW(Word)>(block.size());
+    image.sections[2].sh_name = 1;
+    image.sections[2].sh_type = SHT_PROGBITS;
+    std::strcpy(image.names + 1, ".version_resource");
+    Bytes bytes(sizeof image);
+    std::memcpy(bytes.data(), &image, sizeof image);
+    bytes.insert(bytes.end(), block.begin(), block.end());
+    return bytes;
 }
 
-// A DLL of Windows, of either width, with one section that holds the resources.
+// A DLL of Windows, of either width, with one section that holds the resources: two types, of which the
+// second is a version; then one name and one language.
 Bytes PeImage(WORD magic, const Bytes& block) {
-    constexpr std::size_t pe = 0x80, coff = pe + 4, optional = coff + 20, optionalSize = 240;
-    constexpr std::size_t section = optional + optionalSize, content = 0x200;
-    constexpr DWORD address = 0x3000, flag = 0x80000000;
+    constexpr std::size_t pe = 0x80, coff = pe + 4, optional = coff + 20, section = optional + 240;
+    constexpr DWORD address = 0x3000, content = 0x200, subdirectory = 0x80000000;
+    const struct {
+        struct {
+            DWORD unused[3], counts, entries[4];
+        } directories[3];
+        DWORD address, size;
+    } resources = {{{{}, 2 << 16, {3, 0, 16, subdirectory | 0x20}},
+                    {{}, 1 << 16, {1, subdirectory | 0x40}},
+                    {{}, 1 << 16, {0x409, 0x60}}},
+                   address + sizeof resources,
+                   static_cast<DWORD>(block.size())};
+    Bytes image(content + sizeof resources);
+    const auto put = [&](std::size_t at, DWORD value) { std::memcpy(&image[at], &value, sizeof value); };
     const std::size_t directories = optional + (magic == 0x10B ? 96 : 112);
-    Bytes image = {'M', 'Z'};
-    const std::pair<std::size_t, DWORD> values[] = {
-        {0x3C, pe},
-        {pe, 0x4550},
-        {coff + 2, 1},
-        {coff + 16, optionalSize},
-        {directories - 4, 16},
-        {directories + 16, address},
-        {section + 12, address},
-        {section + 16, 0x100 + block.size()},
-        {section + 20, content},
-        // Two types, of which the second is a version; then one name and one language.
-        {content + 14, 2},
-        {content + 16, 3},
-        {content + 24, 16},
-        {content + 28, flag | 0x40},
-        {content + 0x40 + 14, 1},
-        {content + 0x40 + 16, 1},
-        {content + 0x40 + 20, flag | 0x60},
-        {content + 0x60 + 14, 1},
-        {content + 0x60 + 16, 0x409},
-        {content + 0x60 + 20, 0x80},
-        {content + 0x80, address + 0x100},
-        {content + 0x84, block.size()},
-    };
-    for (const auto& [at, value] : values) Put(image, at, value);
-    Put(image, optional, magic);
-    image.resize(content + 0x100);
+    put(0, 0x5A4D);
+    put(0x3C, pe);
+    put(pe, 0x4550);
+    put(coff + 2, 1);
+    put(coff + 16, section - optional);
+    put(optional, magic);
+    put(directories - 4, 16);
+    put(directories + 16, address);
+    put(section + 12, address);
+    put(section + 16, sizeof resources + resources.size);
+    put(section + 20, content);
+    std::memcpy(&image[content], &resources, sizeof resources);
     image.insert(image.end(), block.begin(), block.end());
     return image;
 }
@@ -121,7 +109,7 @@ class VersionFiles : public testing::Test {
         return block;
     }
 
-    // Asks for what there may be and reads what is found. Gives how many bytes.
+    // Reads what there may be. Gives how many bytes.
     static std::size_t ReadAll(const BYTE* block, DWORD size) {
         Bytes read;
         for (const WCHAR* path :
