@@ -120,30 +120,6 @@ TEST_F(Mutexes, NamesAreToldApartAsPublished) {
     EXPECT_TRUE(folder.Files().empty());
 }
 
-TEST_F(Mutexes, OneThreadAtATimeWhichReleasesAsOftenAsItOwnsOrAbandons) {
-    int number = 0;
-    std::vector<std::thread> threads;
-    const Handle mutex(Create(name)), second(Create(name));
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            for (int round = 0; round < 200; ++round) {
-                ASSERT_EQ(WaitForSingleObject(mutex, INFINITE), DWORD{WAIT_OBJECT_0});
-                ASSERT_EQ(WaitForSingleObject(second, 0), DWORD{WAIT_OBJECT_0}) << "owned again";
-                ++number;
-                ASSERT_TRUE(ReleaseMutex(second));
-                ASSERT_TRUE(ReleaseMutex(mutex));
-            }
-            EXPECT_FALSE(ReleaseMutex(mutex));
-            EXPECT_EQ(GetLastError(), DWORD{ERROR_NOT_OWNER});
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(number, 800);
-    std::thread([&] { EXPECT_EQ(WaitForSingleObject(mutex, 0), DWORD{WAIT_OBJECT_0}); }).join();
-    EXPECT_EQ(WaitForSingleObject(mutex, INFINITE), DWORD{WAIT_ABANDONED});
-    EXPECT_EQ(WaitForSingleObject(mutex, INFINITE), DWORD{WAIT_OBJECT_0}) << "told only once";
-}
-
 TEST_F(Mutexes, AreSeenByOtherProcessesUntilTheseEnd) {
     for (const bool killed : {false, true}) {
         Child child("use a mutex", {narrowName});

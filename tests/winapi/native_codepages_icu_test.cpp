@@ -1,9 +1,8 @@
-// UTF-8 conversions and single-byte pages held against ICU.
+// UTF-8 conversions held against ICU.
 #include "codepagetext.h"
 
 #include <cstdint>
 
-#include <unicode/ucnv.h>
 #include <unicode/ustring.h>
 
 namespace {
@@ -31,25 +30,6 @@ TEST(Icu, AgreesAboutUtf8) {
                            replacement, nullptr, &error);
         ASSERT_TRUE(U_SUCCESS(error));
         ASSERT_EQ(NarrowOf(CP_UTF8, wide), theirBytes.substr(0, static_cast<std::size_t>(count)));
-    }
-}
-
-// ICU's converters and ours may differ where a page leaves bytes undefined and in what they call the best
-// fit; text of the page alone has neither.
-TEST(Icu, AgreesAboutSingleBytePages) {
-    for (const auto& [number, name] :
-         {std::pair{1250u, "windows-1250"}, {1251u, "windows-1251"}, {1252u, "windows-1252"}}) {
-        UErrorCode error = U_ZERO_ERROR;
-        const std::unique_ptr<UConverter, decltype(&ucnv_close)> converter(ucnv_open(name, &error),
-                                                                           &ucnv_close);
-        ASSERT_TRUE(U_SUCCESS(error));
-        std::string bytes;
-        for (int byte = 1; byte < 256; ++byte) bytes += static_cast<char>(byte);
-        Wide theirs(bytes.size(), WCHAR{});
-        ucnv_toUChars(converter.get(), theirs.data(), Size(theirs.size()), bytes.data(), Size(bytes.size()),
-                      &error);
-        EXPECT_EQ(WideOf(number, bytes), theirs) << name;
-        EXPECT_EQ(NarrowOf(number, theirs), bytes) << name;
     }
 }
 

@@ -75,16 +75,4 @@ TEST(OleMemory, BlocksBeyondThirtyTwoBitsAreRefused) {
     EXPECT_EQ(SafeArrayCreateVector(VT_R8, 0, 0x20000000), nullptr);
 }
 
-TEST(OleMemory, AVectorsBlockMovesOutAsItGrows) {
-    const auto grow = [] {
-        const Array array(SafeArrayCreateVector(VT_I4, 0, 2));
-        array.Data<LONG>()[1] = 5;
-        for (SAFEARRAYBOUND bound{1000, 0}; bound.cElements <= 2000; bound.cElements += 1000) {
-            EXPECT_EQ(SafeArrayRedim(array, &bound), S_OK);
-            EXPECT_EQ(array.Data<LONG>()[1], 5);
-        }
-    };
-    EXPECT_EQ(support::BlocksLeftBy(grow), 0);
-}
-
 }  // namespace

@@ -35,19 +35,6 @@ TEST(Tls, EachThreadHasItsOwnValueAndAReusedIndexReadsNull) {
     EXPECT_TRUE(TlsFree(index));
 }
 
-TEST(Tls, WhatIsNoIndexIsRefused) {
-    const DWORD freed = TlsAlloc();
-    EXPECT_TRUE(TlsFree(freed));
-    EXPECT_FALSE(TlsFree(freed));
-    for (const DWORD index : {DWORD{5000}, DWORD{TLS_OUT_OF_INDEXES}}) {
-        SetLastError(ERROR_SUCCESS);
-        EXPECT_EQ(TlsGetValue(index), nullptr);
-        EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
-        EXPECT_FALSE(TlsSetValue(index, nullptr));
-        EXPECT_FALSE(TlsFree(index));
-    }
-}
-
 TEST(Tls, IndexesRunOutAndComeBack) {
     std::set<DWORD> indexes;
     for (DWORD index = TlsAlloc(); index != TLS_OUT_OF_INDEXES; index = TlsAlloc()) {
