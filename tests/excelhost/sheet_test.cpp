@@ -1,13 +1,198 @@
-// Sheets: reading cells, order of calculation, circles, and functions of an add-in.
+// A sheet from its CSV to its calculated cells: fields, the language of formulas, and the order of cells.
+#include "excelhost/calculate.h"
+#include "excelhost/csv.h"
+#include "excelhost/host.h"
 #include "excelhost/sheet.h"
 
 #include <gmock/gmock.h>
+
+#include <memory>
 
 namespace excelhost {
 namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+
+TEST(CsvTest, ReadsTables) {
+    const std::pair<std::string, CsvTable> cases[] = {
+        {"", {}},
+        {"a,b\nc,d", {{"a", "b"}, {"c", "d"}}},
+        {"a,b\r\nc,d\r\n", {{"a", "b"}, {"c", "d"}}},
+        {"\xEF\xBB\xBFx\n", {{"x"}}},
+        {",\n,\n", {{"", ""}, {"", ""}}},
+        {"\"a,b\",\"c\"\"d\"\n\"line\r\nend\",\"\"\"\"", {{"a,b", "c\"d"}, {"line\r\nend", "\""}}},
+        {std::string("a\0b,c", 5), {{std::string("a\0b", 3), "c"}}},
+    };
+    for (const auto& [text, table] : cases) EXPECT_EQ(ParseCsv(text), table) << text;
+}
+
+TEST(CsvTest, WhatItWritesReadsBack) {
+    const CsvTable table = {
+        {"plain", "a,b", "say \"so\""}, {"", "two\nlines", "cr\rcr"}, {" ", "\"", "\xC3\xA4"}};
+    std::string text;
+    for (const auto& row : table) text += CsvLine(row);
+    EXPECT_EQ(ParseCsv(text), table);
+    EXPECT_EQ(CsvLine(table[0]), "plain,\"a,b\",\"say \"\"so\"\"\"\n");
+}
+
+std::string Repeated(const std::string& text, int times) {
+    std::string all;
+    for (int i = 0; i < times; ++i) all += text;
+    return all;
+}
+
+// A sheet for the formulas, three rows and three columns; row 3 of column A is empty.
+Grid Sample() {
+    Grid grid(3, 3);
+    grid.Set({0, 0}, 5.0);
+    grid.Set({1, 0}, Text(TEXT("7")));
+    grid.Set({0, 1}, true);
+    grid.Set({1, 1}, Text(TEXT("word")));
+    grid.Set({2, 1}, ErrorValue{xlerrNA});
+    grid.Set({0, 2}, 1.0);
+    grid.Set({1, 2}, 2.0);
+    grid.Set({2, 2}, 3.0);
+    return grid;
+}
+
+// A function that tells what it was given.
+Value Tell(TextView name, std::span<const Value> arguments) {
+    std::string told = Utf8(name) + "(";
+    for (const Value& argument : arguments) told += Describe(argument) + ";";
+    return Wide(told + ")");
+}
+
+// The value of a formula that stands in D2, in words.
+std::string Result(const std::string& formula) {
+    static const Grid grid = Sample();
+    return Describe(CalculateFormula(ParseFormula(Wide(formula)), {1, 3}, grid, Tell));
+}
+
+TEST(FormulaTest, GivesWhatExcelGives) {
+    const std::pair<std::string, const char*> cases[] = {
+        // Literals and space.
+        {"=1", "1"},
+        {"=1.5E-3", "0.0015"},
+        {"=\"a \"\"b\"\"\"", "\"a \"b\"\""},
+        {"=#DIV/0!", "#DIV/0!"},
+        // Order of operators.
+        {"=1+2*3", "7"},
+        {"=-2^2", "4"},
+        {"=2^-1", "0.5"},
+        {"=2^3^2", "64"},
+        {"=100/10/5", "2"},
+        {"=-50%", "-0.5"},
+        {"=1&2+3", "\"15\""},
+        {"=1&2=12", "FALSE"},
+        {"=--\"3\"", "3"},
+        {"=+\"3\"", "\"3\""},
+        // Values as numbers and as text.
+        {"=A1+A2", "12"},
+        {"=A3+1", "1"},
+        {"=A3&\"x\"", "\"x\""},
+        {"=B1&A1", "\"TRUE5\""},
+        {"=B2+1", "#VALUE!"},
+        {"=\" 3 \"+1", "4"},
+        {"=0.1+0.2&\"\"", "\"0.3\""},
+        // Errors.
+        {"=1/0", "#DIV/0!"},
+        {"=1E300*1E300", "#NUM!"},
+        {"=(-1)^0.5", "#NUM!"},
+        {"=0^0", "#NUM!"},
+        {"=B3+1/0", "#N/A"},
+        {"=B3=B3", "#N/A"},
+        // Comparisons: numbers before text before booleans, without regard to case.
+        {"=\"a\"=\"A\"", "TRUE"},
+        {"=\"a\"<\"ab\"", "TRUE"},
+        {"=99<\"1\"", "TRUE"},
+        {"=\"z\"<FALSE", "TRUE"},
+        {"=A3=0", "TRUE"},
+        {"=2>=2", "TRUE"},
+        // References: single cells, implicit intersection, order of corners.
+        {"=$A$1+A$1+$A1", "15"},
+        {"=C1:C3", "2"},
+        {"=C3:C1*10", "20"},
+        {"=A1:B3", "#VALUE!"},
+        // Conditions are lazy.
+        {"=IF(A1>4,\"yes\",1/0)", "\"yes\""},
+        {"=IF(FALSE,1)", "FALSE"},
+        {"=IF(TRUE,,2)", "0"},
+        {"=IF(B3,1,2)", "#N/A"},
+        {"=if(1,if(0,1,2),3)+IF(1,10,20)", "12"},
+        {"=SUM(IF(1,C1:C3,A1))", "6"},
+        // Functions that are built in.
+        {"=SUM(C1:C3,10)", "16"},
+        {"=SUM(\"7\",TRUE,,1)", "9"},
+        {"=SUM(A1:C3)", "#N/A"},
+        {"=SUM(C1:XFD1048576)", "6"},
+        {"=SUM(1E308,1E308)", "#NUM!"},
+        {"=AVERAGE(C1:C3)", "2"},
+        {"=AVERAGE(A3)", "#DIV/0!"},
+        {"=COUNT(A1:C3,1,\"2\",\"x\",TRUE,#N/A)", "7"},
+        {"=MIN(C1:C3,-4)", "-4"},
+        {"=MAX(A3)", "0"},
+        {"=ROUND(-2.5,0)", "-3"},
+        {"=ROUND(1.005,2)", "1.01"},
+        {"=ROUND(1234.5,-2)", "1200"},
+        {"=ABS(-3)", "3"},
+        {"=EXACT(\"a\",\"A\")", "FALSE"},
+        {"=EXACT(5,A1)", "TRUE"},
+        {"=IFERROR(1/0,\"none\")", "\"none\""},
+        {"=NA()", "#N/A"},
+        // Other functions are handed on with their arguments as they are.
+        {"=F()", "\"F()\""},
+        {"=F(A1,,2)", "\"F(A1;(missing);2;)\""},
+        {"=F(A1:B2,\"x\",TRUE,A3+0)", "\"F(A1:B2;\"x\";TRUE;0;)\""},
+        {"=LOG10(G(1),1/0)", "\"LOG10(\"G(1;)\";#DIV/0!;)\""},
+    };
+    for (const auto& [formula, result] : cases) EXPECT_EQ(Result(formula), result) << formula;
+}
+
+TEST(FormulaTest, NamesThePositionOfAFault) {
+    const struct {
+        std::string formula;
+        std::size_t position;
+        const char* message;
+    } cases[] = {
+        {"1", 1, "a formula begins with '='"},
+        {"=", 2, "an operand is expected"},
+        {"=1+", 4, "an operand is expected"},
+        {"=A1 B1", 5, "an operator or the end"},
+        {"=1)", 3, "an operator or the end"},
+        {"=F(1", 2, "the parenthesis of 'F' isn't closed"},
+        {"=\"abc", 2, "the text isn't closed"},
+        {"=1+rate", 4, "'rate' is no cell of a sheet"},
+        {"=XFE1", 2, "'XFE1' is no cell"},
+        {"=A1048577", 2, "'A1048577' is no cell"},
+        {"=A1:", 5, "a cell is expected behind ':'"},
+        {"=#WRONG!", 2, "no error value has this name"},
+        {"=1E999", 2, "a bad number"},
+        {"=IF(1)", 2, "'IF' takes at least 2 arguments"},
+        {"=1+IF(1,2,3,4)", 4, "'IF' takes at most 3 arguments"},
+        {"=F(" + Repeated("1,", 255) + "1)", 2, "'F' takes at most 255"},
+        {"=" + Repeated("(", 65) + "1", 67, "the formula is nested deeper than 64 levels"},
+        {"=" + Repeated("F(", 65) + "1", 132, "the formula is nested deeper than 64 levels"},
+        {"=" + std::string(8192, '1'), 8193, "the formula has more than 8192"},
+    };
+    for (const auto& c : cases) {
+        try {
+            (void)ParseFormula(Wide(c.formula));
+            ADD_FAILURE() << "no fault in " << c.formula;
+        } catch (const FormulaFault& fault) {
+            EXPECT_EQ(fault.Position(), c.position) << c.formula << ": " << fault.what();
+            EXPECT_THAT(fault.what(), testing::StartsWith(c.message)) << c.formula;
+        }
+    }
+}
+
+TEST(FormulaTest, TakesTheLongestFormulasWithoutDepth) {
+    EXPECT_EQ(Result("=" + Repeated("(", 64) + "1" + Repeated(")", 64)), "1");
+    EXPECT_EQ(Result("=" + Repeated("1+", 4095) + "1"), "4096");
+    EXPECT_EQ(Result("=" + Repeated("-", 8190) + "1"), "1");
+    EXPECT_EQ(Result("=1" + Repeated("%", 8000)), "0");
+    EXPECT_EQ(Result("=\"" + Repeated("x", 8000) + "\"&\"\"").size(), std::string("\"…\"").size() + 60);
+}
 
 std::vector<std::string> Words(const std::vector<CellFault>& faults) {
     std::vector<std::string> words;
@@ -68,25 +253,14 @@ class SheetTest : public ::testing::Test {
 };
 
 TEST_F(SheetTest, ReadsFieldsAsExcelDoes) {
-    const Sheet sheet("1.50,-3e2,true,FALSE,#N/A,,text,\"=\",+7,1 000,\"2\",'x,#n/a,\xC3\xA4\n");
-    const Value expected[] = {1.5,
-                              -300.0,
-                              true,
-                              false,
-                              ErrorValue{xlerrNA},
-                              Empty{},
-                              Text(TEXT("text")),
-                              Text(TEXT("=")),
-                              7.0,
-                              Text(TEXT("1 000")),
-                              2.0,
-                              Text(TEXT("'x")),
-                              Text(TEXT("#n/a")),
-                              Text(1, WCHAR{0xE4})};
-    for (std::size_t i = 0; i < std::size(expected); ++i) {
-        EXPECT_EQ(sheet.Values().At({0, static_cast<COL>(i)}), expected[i]) << i;
-    }
-    EXPECT_EQ(sheet.Csv(), "1.5,-300,TRUE,FALSE,#N/A,,text,=,7,1 000,2,'x,#n/a,\xC3\xA4\n");
+    const Sheet sheet("1.50,-3e2,+7,true,#N/A,,text,=,1 000,0x10,inf,1e999,'x,#n/a,\xC3\xA4\n");
+    std::string values;
+    for (COL column = 0; column < 15; ++column) values += Describe(sheet.Values().At({0, column})) + " ";
+    EXPECT_EQ(
+        values,
+        "1.5 -300 7 TRUE #N/A (empty) \"text\" \"=\" \"1 000\" \"0x10\" \"inf\" \"1e999\" \"'x\" \"#n/a\" "
+        "\"\xC3\xA4\" ");
+    EXPECT_EQ(sheet.Csv(), "1.5,-300,7,TRUE,#N/A,,text,=,1 000,0x10,inf,1e999,'x,#n/a,\xC3\xA4\n");
     EXPECT_EQ(Sheet("").Csv(), "");
 }
 
@@ -117,12 +291,19 @@ TEST_F(SheetTest, ReportsEveryBadCell) {
     EXPECT_THAT(Refused("=1+,2\n=A1,=(3\n"),
                 ElementsAre("1,1: bad formula =1+: at character 4, an operand is expected",
                             "2,2: bad formula =(3: at character 2, the parenthesis isn't closed"));
-    EXPECT_THAT(Refused("a,b\nc\n"), ElementsAre("2,2: the row has 1 fields, the first one has 2"));
-    EXPECT_THAT(Refused("a,\xFF\n"), ElementsAre("1,2: the text isn't UTF-8"));
-    EXPECT_THAT(Refused(std::string(32768, 'x')), ElementsAre("1,1: a text has at most 32,767 characters"));
-    EXPECT_THAT(Refused(std::string(16384, ',')), ElementsAre("1,16385: a sheet has at most 16,384 columns"));
-    EXPECT_THAT(Refused(std::string(1048577, '\n')),
-                ElementsAre("1048577,1: a sheet has at most 1,048,576 rows"));
+    const std::pair<std::string, const char*> badSheets[] = {
+        {"a,\"b", "1,2: the quote isn't closed"},
+        {"a,b\"c", "1,2: a quote stands inside"},
+        {"\"a\"b,c", "1,1: text stands behind"},
+        {"a\rb", "1,1: a carriage return stands alone"},
+        {"a,b\nc\n", "2,2: the row has 1 fields, the first one has 2"},
+        {"a,\xFF\n", "1,2: the text isn't UTF-8"},
+        {std::string(32768, 'x'), "1,1: a text has at most 32,767 characters"},
+        {std::string(16384, ','), "1,16385: a sheet has at most 16,384 columns"},
+        {std::string(1048577, '\n'), "1048577,1: a sheet has at most 1,048,576 rows"},
+    };
+    for (const auto& [csv, fault] : badSheets)
+        EXPECT_THAT(Refused(csv), ElementsAre(testing::StartsWith(fault)));
 }
 
 TEST_F(SheetTest, CallsRegisteredFunctionsOnceEach) {
@@ -137,14 +318,6 @@ TEST_F(SheetTest, TellsOfFunctionsItCannotCallAndGoesOn) {
     EXPECT_EQ(Calculated("=Foo(1),\"=IFERROR(A1,0)\",\"=SumOfTwo(1,2,3)\",=1\n"), "#NAME?,0,#VALUE!,1\n");
     EXPECT_THAT(faults,
                 ElementsAre("1,1: unknown function 'Foo'", "1,3: 'SumOfTwo' takes 2 arguments, not 3"));
-}
-
-TEST_F(SheetTest, ServesTheHostsReferences) {
-    Calculated("1,2\n3,4\n");
-    EXPECT_EQ(host.Dereference(Area{{0, 0, 1, 1}}), Value(2.0));
-    EXPECT_EQ(host.Dereference(Reference{1, {Area{{1, 2, 1, 1}}}}), Value(Array{2, 1, {4.0, Empty{}}}));
-    EXPECT_EQ(host.Dereference(Area{{0, kRowLimit - 1, 0, kColumnLimit - 1}}), Value(ErrorValue{xlerrValue}))
-        << "too large to be given by value";
 }
 
 }  // namespace
