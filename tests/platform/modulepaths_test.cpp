@@ -1,4 +1,9 @@
 #include "platform/modulepaths.h"
+#include "platform/tempdirectory.h"
+
+#include "support/home.h"
+
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -11,19 +16,18 @@ struct Parts {
 };
 
 TEST(SplitPath, GivesTheFourParts) {
-    struct Row {
+    const struct {
         const WCHAR *path, *drive, *dir, *fname, *ext;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {TEXT("C:\\dir\\sub\\name.ext"), TEXT("C:"), TEXT("\\dir\\sub\\"), TEXT("name"), TEXT(".ext")},
-        {TEXT("C:/dir/name"), TEXT("C:"), TEXT("/dir/"), TEXT("name"), TEXT("")},
-        {TEXT("name.a.b"), TEXT(""), TEXT(""), TEXT("name.a"), TEXT(".b")},
+        {TEXT("C:/dir/name."), TEXT("C:"), TEXT("/dir/"), TEXT("name"), TEXT(".")},
+        {TEXT("C:name.a.b"), TEXT("C:"), TEXT(""), TEXT("name.a"), TEXT(".b")},
         {TEXT("\\\\server\\share\\x"), TEXT(""), TEXT("\\\\server\\share\\"), TEXT("x"), TEXT("")},
-        {TEXT("C:\\dir.d\\"), TEXT("C:"), TEXT("\\dir.d\\"), TEXT(""), TEXT("")},
-        {TEXT(""), TEXT(""), TEXT(""), TEXT(""), TEXT("")},
+        {TEXT("dir.d\\"), TEXT(""), TEXT("dir.d\\"), TEXT(""), TEXT("")},
+        {TEXT("ab:c"), TEXT(""), TEXT(""), TEXT("ab:c"), TEXT("")},
         {nullptr, TEXT(""), TEXT(""), TEXT(""), TEXT("")},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const Parts parts(row.path);
         EXPECT_EQ(parts.drive, row.drive);
         EXPECT_EQ(parts.dir, row.dir);
@@ -32,70 +36,50 @@ TEST(SplitPath, GivesTheFourParts) {
     }
 }
 
-TEST(SplitPath, HasNoLimitOfLength) {
-    const CStringW folder = TEXT("\\") + CStringW(TEXT('d'), 40000) + TEXT("\\");
-    const CStringW name(TEXT('n'), 30000);
-    const CStringW extension = TEXT(".") + CStringW(TEXT('e'), 20000);
-    const Parts parts((TEXT("C:") + folder + name + extension).GetString());
-    EXPECT_EQ(parts.drive, TEXT("C:"));
-    EXPECT_EQ(parts.dir, folder);
-    EXPECT_EQ(parts.fname, name);
-    EXPECT_EQ(parts.ext, extension);
-}
-
-TEST(SplitPath, MayWriteOverItsInput) {
-    CStringW path = TEXT("C:\\a\\b.c"), other, fname, ext;
-    SplitPath(path.GetString(), other, path, fname, ext);
-    EXPECT_EQ(path, TEXT("\\a\\"));
-    EXPECT_EQ(ext, TEXT(".c"));
+TEST(SplitPath, HasNoLimitOfLengthAndMayWriteOverItsInput) {
+    const CStringW folder = TEXT("\\") + CStringW(TEXT('d'), 40000) + TEXT("\\"), name(TEXT('n'), 30000);
+    CStringW path = TEXT("C:") + folder + name + TEXT(".c"), drive, fname, ext;
+    SplitPath(path.GetString(), drive, path, fname, ext);
+    EXPECT_EQ(path, folder);
+    EXPECT_EQ(fname, name);
 }
 
 TEST(TrailingBackslash, IsAddedOnceAndTakenOnce) {
-    struct Row {
-        const WCHAR *path, *with, *without;
-    };
-    const Row rows[] = {
-        {TEXT(""), TEXT("\\"), TEXT("")},
-        {TEXT("\\"), TEXT("\\"), TEXT("")},
-        {TEXT("a"), TEXT("a\\"), TEXT("a")},
-        {TEXT("a\\"), TEXT("a\\"), TEXT("a")},
-        {TEXT("a\\\\"), TEXT("a\\\\"), TEXT("a\\")},
-        {TEXT("a/"), TEXT("a/\\"), TEXT("a/")},
-        {TEXT("C:"), TEXT("C:\\"), TEXT("C:")},
-    };
-    for (const Row& row : rows) {
-        EXPECT_EQ(AddTrailingBackslash(row.path), row.with);
-        EXPECT_EQ(RemoveTrailingBackslash(row.path), row.without);
+    for (const auto& [path, with] : {std::pair{TEXT(""), TEXT("\\")}, {TEXT("a/"), TEXT("a/\\")}}) {
+        EXPECT_EQ(AddTrailingBackslash(path), with);
+        EXPECT_EQ(AddTrailingBackslash(with), with);
+        EXPECT_EQ(RemoveTrailingBackslash(with), path);
+        EXPECT_EQ(RemoveTrailingBackslash(path), path);
     }
-}
-
-TEST(ModulePath, OfTheExecutableAndOfNoModule) {
-    const CStringW path = GetModulePath(nullptr);
-    EXPECT_EQ(path, GetModulePath(GetModuleHandleW(nullptr)));
-    WCHAR system[2048];
-    const DWORD length = GetModuleFileNameW(nullptr, system, 2048);
-    EXPECT_EQ(path, CStringW(system, static_cast<int>(length)));
-    int none = 0;
-    EXPECT_TRUE(GetModulePath(reinterpret_cast<HMODULE>(&none)).IsEmpty());
+    EXPECT_EQ(RemoveTrailingBackslash(TEXT("a\\\\")), TEXT("a\\"));
 }
 
 TEST(ModulePath, ComesApart) {
+    int none = 0;
+    EXPECT_TRUE(GetModulePath(reinterpret_cast<HMODULE>(&none)).IsEmpty());
     const HMODULE module = LoadLibraryW(TEXT("ProbeModule.dll"));
-    ASSERT_NE(module, nullptr);
     CStringW directory, baseName, fileName;
     const CStringW path = GetModulePathParts(module, &directory, &baseName, &fileName);
     EXPECT_EQ(path, GetModulePath(module));
     EXPECT_EQ(path, directory + fileName);
-    EXPECT_EQ(directory.Right(1), TEXT("\\"));
-    EXPECT_EQ(directory.GetAt(1), TEXT(':'));
     EXPECT_EQ(baseName.CompareNoCase(TEXT("ProbeModule")), 0);
     EXPECT_EQ(fileName.CompareNoCase(TEXT("ProbeModule.dll")), 0);
-
-    EXPECT_EQ(GetModulePathParts(module, nullptr, nullptr, nullptr), path);
-    CStringW only;
-    GetModulePathParts(module, nullptr, nullptr, &only);
-    EXPECT_EQ(only, fileName);
     FreeLibrary(module);
+}
+
+TEST(TempDirectory, IsGivenWithABackslashAndWithout) {
+    const std::string longest(255, 'y');  // 259 units with "Z:\" and the last backslash, the most that fit
+    const std::pair<std::string, std::string> rows[] = {
+        {"Z:/some//folder\\", "Z:\\some\\folder"},
+        {"Z:\\", "Z:"},
+        {"Z:\\" + longest, "Z:\\" + longest},
+        {"Z:\\y" + longest, "C:"},  // the system gives no folder: it would be too long
+    };
+    for (const auto& [value, folder] : rows) {
+        const support::EnvironmentVariable tmp("TMP", value);
+        EXPECT_EQ(TempDirectoryNoSlash(), CStringW(folder.c_str()));
+        EXPECT_EQ(TempDirectory(), CStringW(folder.c_str()) + TEXT("\\"));
+    }
 }
 
 }  // namespace
