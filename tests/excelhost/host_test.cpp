@@ -1,5 +1,5 @@
-// The simulated Excel as an add-in sees it: values, function numbers, registration, and the account of memory
-// on which every test of an add-in rests.
+// The simulated Excel as an add-in sees it: what it lends, what it takes back, and the account of both, on
+// which every test of an add-in rests.
 #include "excelhost/host.h"
 
 #include <gmock/gmock.h>
@@ -12,53 +12,6 @@ namespace excelhost {
 namespace {
 
 using ::testing::HasSubstr;
-
-TEST(ValueTest, SurvivesTheWayThroughARecord) {
-    const Value values[] = {Empty{},
-                            Missing{},
-                            -0.5,
-                            42,
-                            true,
-                            Text(TEXT("nul\0inside"), 10),
-                            ErrorValue{xlerrNA},
-                            Area{{1, 2, 3, 4}},
-                            Reference{9, {Area{{0, 0, 0, 0}}, Area{{1, 1048575, 2, 16383}}}},
-                            Array{2, 2, {1.0, Text(TEXT("a")), Empty{}, Array{1, 1, {Text(TEXT("deep"))}}}}};
-    for (const Value& value : values) {
-        Blocks blocks;
-        XLOPER12 flagged = RecordFrom(value, blocks);
-        flagged.xltype |= xlbitXLFree | xlbitDLLFree;
-        EXPECT_EQ(ValueFrom(flagged), value) << Describe(value);
-    }
-    EXPECT_NE(Value(1), Value(1.0)) << "another type";
-    XLOPER12 array{};
-    array.xltype = xltypeMulti;
-    array.val.array = {&array, 1, 1};  // holds itself
-    EXPECT_TRUE(ValueFrom(array).Is<Array>());
-    array.val.array.rows = -1;
-    EXPECT_EQ(ValueFrom(array), Value(ErrorValue{xlerrValue}));
-    array.xltype = xltypeStr;
-    array.val.str = nullptr;
-    EXPECT_EQ(ValueFrom(array), Value(ErrorValue{xlerrValue}));
-}
-
-TEST(ValueTest, NamesCellsAndWritesNumbersInFifteenDigits) {
-    EXPECT_EQ(AreaName({{0, 8, 25, 26}}), "Z1:AA9");
-    EXPECT_EQ(AreaName({{0, 1048575, 702, 16383}}), "AAA1:XFD1048576");
-    for (const int error : {0, 7, 15, 23, 29, 36, 42, 43}) EXPECT_EQ(ErrorNumber(ErrorName(error)), error);
-    const std::pair<double, const char*> numbers[] = {{-0.0, "0"},
-                                                      {0.1 + 0.2, "0.3"},
-                                                      {1.0 / 3, "0.333333333333333"},
-                                                      {123456789012345, "123456789012345"},
-                                                      {1e15, "1E+15"},
-                                                      {-2.5e-7, "-2.5E-07"},
-                                                      {999999999999999.9, "1E+15"}};
-    for (const auto& [number, text] : numbers) EXPECT_EQ(NumberText(number), text);
-    const std::string text = "a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x8C\xB7";  // one to four bytes
-    EXPECT_EQ(Wide(text).size(), 5U) << "the last one is a pair";
-    EXPECT_EQ(Utf8(Wide(text)), text);
-    EXPECT_EQ(Utf8(Wide("a\xFFz")), "a\xEF\xBF\xBDz");
-}
 
 // Worksheet functions of a module that lives in this program.
 extern "C" LPXLOPER12 PASCAL ReturnsNothing() {
@@ -97,8 +50,6 @@ class HostTest : public ::testing::Test {
         host.SetFunction(TEXT("Book"), TEXT("Table"), [](auto) {
             return Array{1, 2, {Text(TEXT("a")), Array{1, 1, {Text(TEXT("deep"))}}}};
         });
-        host.SetFunction(TEXT("Book"), TEXT("Fail"),
-                         [](auto) -> Value { throw std::runtime_error("division"); });
     }
 
     // Calls the host as an add-in does, by the export, with operands built for the call.
@@ -127,54 +78,6 @@ class HostTest : public ::testing::Test {
     Host host;
     Blocks blocks;
 };
-
-TEST_F(HostTest, AnswersBadCallsWithACodeAndLeavesTheResultAlone) {
-    XLOPER12 number{};
-    number.xltype = xltypeNum;
-    LPXLOPER12 withNull[] = {&number, nullptr};
-    std::vector<LPXLOPER12> many(256, &number);
-    const struct {
-        int function;
-        int count;
-        LPXLOPER12* operands;
-        int code;
-    } cases[] = {
-        {4242, 0, nullptr, xlretInvXlfn},          {xlfError, -1, withNull, xlretInvCount},
-        {xlFree, 256, many.data(), xlretInvCount}, {xlfError, 1, nullptr, xlretInvXloper},
-        {xlUDF, 2, withNull, xlretInvXloper},      {xlfError, 0, nullptr, xlretInvCount},
-        {xlUDF, 1, many.data(), xlretFailed},      {xlEnableXLMsgs, 1, withNull, xlretInvCount},
-    };
-    for (const auto& each : cases) {
-        XLOPER12 result{};
-        result.xltype = 0x0ABC;
-        EXPECT_EQ(MdCallBack12(each.function, each.count, each.operands, &result), each.code);
-        EXPECT_EQ(result.xltype, 0x0ABCU);
-        EXPECT_EQ(host.Trace().back().returnCode, each.code);
-    }
-    EXPECT_EQ(host.GetAccount().failures, std::size(cases));
-}
-
-TEST_F(HostTest, CallsAWorkbooksFunctionByItsTarget) {
-    for (const WCHAR* target : {TEXT("=Book!Text"), TEXT("='BOOK'!text")}) {
-        XLOPER12 text = Give(target);
-        EXPECT_EQ(ValueFrom(text), Value(Text(TEXT("text"))));
-        EXPECT_EQ(Free(text), xlretSuccess);
-    }
-    EXPECT_EQ(ValueFrom(Give(TEXT("=Book!Fail"))), Value(ErrorValue{xlerrValue}));
-    EXPECT_THAT(host.Trace().back().note, HasSubstr("division"));
-    const std::pair<const WCHAR*, const char*> unknown[] = {{TEXT("=Gone!Text"), "no workbook 'Gone'"},
-                                                            {TEXT("=Book!Other"), "has no function 'Other'"},
-                                                            {TEXT("=Text"), "names no workbook"}};
-    for (const auto& [target, note] : unknown) {
-        EXPECT_EQ(CallBack(xlUDF, {Text(target)}), xlretFailed);
-        EXPECT_THAT(host.Trace().back().note, HasSubstr(note));
-    }
-    EXPECT_EQ(host.AlertsShown(), 3U);
-    CallBack(xlfError, {0});
-    EXPECT_FALSE(host.MacroAlerts());
-    EXPECT_EQ(CallBack(xlUDF, {Text(TEXT("=Text"))}), xlretFailed);
-    EXPECT_EQ(host.AlertsShown(), 3U) << "no alert once they are off";
-}
 
 TEST_F(HostTest, CountsEveryValueFromItsBirthToItsEnd) {
     CallBack(xlUDF, {Text(TEXT("=Book!Text"))});
@@ -214,29 +117,6 @@ TEST_F(HostTest, CountsEveryValueFromItsBirthToItsEnd) {
     EXPECT_THAT(Describe(host.GetAccount()), HasSubstr("leaked 0, freed twice 4, foreign 2"));
 }
 
-TEST_F(HostTest, RegistersByTypeTextAndRefusesWhatItCannotCall) {
-    const std::pair<Text, const char*> cases[] = {
-        {TEXT("QU$#&"), ""},
-        {TEXT("QQ!"), ""},
-        {Text(32, WCHAR{'Q'}), "more than 30 arguments"},
-        {TEXT(""), "no or too many letters"},
-        {TEXT("BQ"), "begins with a letter other"},
-        {TEXT("QPQ"), "a letter other than Q and U"},
-    };
-    for (const auto& [typeText, note] : cases) {
-        Register(TEXT("AltersItsArgument"), typeText);
-        EXPECT_THAT(host.Trace().back().note, HasSubstr(note));
-    }
-    Register(TEXT("NoSuch"), TEXT("QQ"));
-    EXPECT_THAT(host.Trace().back().note, HasSubstr("exports no 'NoSuch'"));
-    const auto registrations = host.Registrations();
-    ASSERT_EQ(registrations.size(), 2U);
-    EXPECT_TRUE(registrations[0].threadSafe && registrations[1].recalculatesAlways);
-    EXPECT_EQ(host.Find(TEXT("f"))->id, registrations[1].id) << "the newest one, whatever the case";
-    for (const auto& registration : registrations) CallBack(xlfUnregister, {registration.id});
-    EXPECT_EQ(Call({}), Value(ErrorValue{xlerrName}));
-}
-
 TEST_F(HostTest, LendsArgumentsAsTheTypeTextWantsThem) {
     host.AddSheet(7, TEXT("[Book]Seven"), [](const Area& area) -> Value {
         if (area.Rows() * area.Columns() == 1) return 0.25;
@@ -259,24 +139,6 @@ TEST_F(HostTest, LendsArgumentsAsTheTypeTextWantsThem) {
     EXPECT_EQ(Call({Text(TEXT("abc"))}), Value(Text(TEXT("Xbc"))));
     EXPECT_EQ(host.GetAccount().lentAltered, 1U);
     EXPECT_FALSE(host.GetAccount().Balanced());
-}
-
-TEST_F(HostTest, RefusesAsAScriptSays) {
-    const auto call = [&](const WCHAR* target) { return CallBack(xlUDF, {Text(target)}); };
-    host.RefuseTarget(TEXT("=Book!Fail"), xlretAbort);
-    host.RefuseNth(xlUDF, 2, xlretUncalced);
-    EXPECT_EQ(call(TEXT("=Book!Text")), xlretSuccess);
-    EXPECT_EQ(call(TEXT("=Book!Text")), xlretUncalced);
-    EXPECT_EQ(call(TEXT("=Book!Text")), xlretSuccess);
-    EXPECT_EQ(call(TEXT("=Book!Fail")), xlretAbort) << "a target is refused again and again";
-    EXPECT_TRUE(host.Trace().back().refused);
-    EXPECT_EQ(host.AlertsShown(), 0U);
-    host.Refuse(xlFree, 0x40);
-    XLOPER12 text = Give(TEXT("=Book!Text"));
-    EXPECT_EQ(Free(text), 0x40);
-    EXPECT_EQ(host.GetAccount().Outstanding(), 1U) << "a refused xlFree frees nothing";
-    host.StopRefusing();
-    EXPECT_EQ(Free(text), xlretSuccess);
 }
 
 }  // namespace
