@@ -21,12 +21,10 @@ class Dictionary : public testing::Test {
         ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
         initialized = true;
         CLSID clsid;
-        if (FAILED(CLSIDFromProgID(L"Scripting.Dictionary", &clsid))) {
-            GTEST_SKIP() << "Scripting.Dictionary isn't registered here.";
-        }
         void* created = nullptr;
-        if (FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, &created))) {
-            GTEST_SKIP() << "Scripting.Dictionary can't be created here.";
+        if (FAILED(CLSIDFromProgID(L"Scripting.Dictionary", &clsid)) ||
+            FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, &created))) {
+            GTEST_SKIP() << "Scripting.Dictionary isn't there.";
         }
         dictionary = ComPtr<IDispatch>::Adopt(static_cast<IDispatch*>(created));
     }

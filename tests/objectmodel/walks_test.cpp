@@ -28,7 +28,6 @@ TEST(ExternalReference, Parts) {
         const WCHAR* text;
         const char* expected;  // workbook, sheet and cell, parted by bars; bars alone for no reference
     } cases[] = {
-        {TEXT("[Other.xlsx]Sheet2!$B$4"), "Other.xlsx|Sheet2|$B$4"},
         {TEXT("'[My Book.xlsx]My Sheet'!A1"), "My Book.xlsx|My Sheet|A1"},
         {TEXT("'[It''s.xlsx]It''s'!A1:B2"), "It''s.xlsx|It''s|A1:B2"},
         {TEXT("[a!b.xlsx]S!A1"), "a!b.xlsx|S|A1"},
@@ -36,15 +35,11 @@ TEST(ExternalReference, Parts) {
         {TEXT("[a]S!"), "a|S|"},
         {TEXT("[]!A1"), "||A1"},
         {TEXT("[a]S'!A1"), "a|S'|A1"},
-        {TEXT("'[a]S!A1"), "a|S|A1"},
         // The bracket is skipped by its place, not looked for.
         {TEXT("'C:\\dir\\[Book.xlsx]S'!A1"), ":\\dir\\[Book.xlsx|S|A1"},
-        {TEXT("]S!A1"), "|S|A1"},
         {TEXT("']S'!A1"), "|S|A1"},
         {TEXT("Sheet2!A1"), "||"},
         {TEXT(""), "||"},
-        {TEXT("!"), "||"},
-        {TEXT("'!"), "||"},
         {TEXT("''!"), "||"},
         {TEXT("[a]S"), "||"},
         {TEXT("S!A1]"), "||"},
@@ -202,7 +197,6 @@ TEST(Walks, ObjectsThatAreGoneOrNullFailWhenTheyAreUsed) {
         EXPECT_EQ(Given(world, [&] { return none->GetCount(); }), "com 80004003");
         EXPECT_EQ(Given(world, [&] { return none->GetRows(); }), "com 80004003");
         EXPECT_EQ(Given(world, [&] { none->PutID(TEXT("x")); }), "com 80004003");
-        EXPECT_EQ(Given(world, [&] { none->Clear(); }), "com 80004003");
         EXPECT_EQ(Given(world, [&] { return none->GetWorkbookName(); }), "com 80004003");
         EXPECT_EQ(Given(world, [&] { return none->GetCurrentArray(); }), "com 80004003");
         EXPECT_EQ(Given(world, [&] { return none->GetAddress(true, true, true); }), "com 80004003");
@@ -223,17 +217,13 @@ TEST(Values, ReadOutOfAVariant) {
         const char* expected;
     } cases[] = {
         {[&] { return Given(world, locked); }, 269, 3, "true"},
-        {[&] { return Given(world, locked); }, 269, 0.0, "false"},
         {[&] { return Given(world, locked); }, 269, {}, "false"},
         {[&] { return Given(world, locked); }, 269, TEXT("True"), "true"},
         {[&] { return Given(world, locked); }, 269, Variant::Null(), "com 80020005"},
         {[&] { return Given(world, text); }, 138, 12, "12"},
-        {[&] { return Given(world, text); }, 138, Variant::Null(), "com 80020005"},
-        {[&] { return Given(world, deleted); }, 117, true, "-1"},
         {[&] { return Given(world, deleted); }, 117, 2.5, "2"},
         {[&] { return Given(world, deleted); }, 117, TEXT("x"), "com 80020005"},
         // Who called: no object, or not a cell, is an object that holds null.
-        {[&] { return Given(world, caller); }, 317, {}, "null"},
         {[&] { return Given(world, caller); }, 317, TEXT("Button 1"), "null"},
         {[&] { return Given(world, caller); }, 317, Variant::Error(DISP_E_PARAMNOTFOUND), "null"},
         {[&] { return Given(world, caller); }, 317, Variant::Adopt(world.server.NewApplication()), "null"},
