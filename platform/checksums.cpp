@@ -62,24 +62,15 @@ struct Crc64Check {
 };
 
 template <typename Check, typename State>
-State StepOver(State state, const unsigned char* data, std::size_t length) noexcept {
-    for (const unsigned char* const end = data + length; data != end; ++data) {
-        state = Check::Step(state, *data);
-    }
-    return state;
-}
-
-template <typename Check, typename State>
 State Update(State state, const void* data, std::size_t length) noexcept {
     const auto* next = static_cast<const unsigned char*>(data);
-    if (length >= detail::LeastToFold && detail::CanFold()) {
-        const std::size_t rest = length % sizeof(detail::CrcRemainder);
-        const detail::CrcRemainder remainder = Check::Fold(state, next, length - rest);
-        state = StepOver<Check>(State{0}, remainder.data(), remainder.size());
-        next += length - rest;
-        length = rest;
+    // Out of the straight line, which is for the few bytes of a field.
+    if (length >= detail::LeastToFold && detail::canFold) [[unlikely]]
+        return Check::Fold(state, next, length);
+    for (const unsigned char* const end = next + length; next != end; ++next) {
+        state = Check::Step(state, *next);
     }
-    return StepOver<Check>(state, next, length);
+    return state;
 }
 
 struct CloseFile {
