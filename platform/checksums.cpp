@@ -56,7 +56,7 @@ struct Crc32Check {
 
 struct Crc64Check {
     static std::uint64_t Step(std::uint64_t state, unsigned char byte) noexcept {
-        return state << 8 ^ crc64Table[state >> 56 ^ byte];
+        return state << 8 ^ crc64Table[static_cast<std::size_t>(state >> 56) ^ byte];
     }
     static constexpr auto Fold = detail::FoldCrc64;
 };
