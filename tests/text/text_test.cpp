@@ -1,0 +1,175 @@
+// Text from one encoding to another, formatted text, and characters of double-byte code pages.
+#include "text/text.h"
+
+#include "support/allocations.h"
+
+#include <mbctype.h>
+
+#include <cstdarg>
+#include <limits>
+#include <new>
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(Ansi, WhatThePageLacksIsReplaced) {
+    const std::pair<CStringW, CStringA> rows[] = {
+        {TEXT(""), ""},
+        {TEXT("caf\x00e9 \x20ac"), "caf\xe9 \x80"},
+        {TEXT("\x4e2d\x6587"), "??"},
+        {TEXT("\xd83d\xde00"), "??"},  // one for each unit
+        {CStringW(TEXT('\x00e9'), 5000), CStringA('\xe9', 5000)},
+    };
+    for (const auto& [wide, narrow] : rows) {
+        EXPECT_EQ(CStringAFromWide(wide), narrow);
+        EXPECT_EQ(CStringA(wide), narrow) << "the constructor does the same";
+        EXPECT_TRUE(narrow.Find('?') >= 0 || CStringWFromAnsi(narrow) == wide);
+    }
+}
+
+TEST(Utf8, IsConvertedAndIllFormedTextReplaced) {
+    const struct {
+        StdWStringView wide;
+        std::string_view utf8;
+        bool back = true;
+    } rows[] = {
+        {TEXT(""), ""},
+        {TEXT("a\x00e9\x20ac"), "a\xc3\xa9\xe2\x82\xac"},
+        {TEXT("\xd83d\xde00"), "\xf0\x9f\x98\x80"},                   // a pair is one sequence
+        {TEXT("\xd83dx\xde00"), "\xef\xbf\xbdx\xef\xbf\xbd", false},  // lone surrogates
+    };
+    for (const auto& row : rows) {
+        const std::string utf8 = Utf8FromWString(row.wide);
+        EXPECT_EQ(utf8, row.utf8);
+        EXPECT_EQ(Utf8FromCStringW(CStringW(row.wide.data(), static_cast<int>(row.wide.size()))), utf8);
+        if (!row.back) continue;
+        EXPECT_EQ(WStringFromUtf8(utf8), row.wide);
+        EXPECT_EQ(CStringWFromUtf8(std::vector<char>(utf8.begin(), utf8.end())),
+                  StdWString(row.wide).c_str());
+    }
+    EXPECT_EQ(WStringFromUtf8("\xc3\x28"), TEXT("\xfffd("));
+}
+
+TEST(Utf8, EndsAtTheFirstZero) {
+    EXPECT_EQ(Utf8FromWString(StdWStringView(TEXT("a\0b"), 3)), "a");
+    EXPECT_EQ(Utf8FromCStringW(CStringW(TEXT("\0b"), 2)), "");
+    EXPECT_EQ(WStringFromUtf8(std::string_view("\xc3\xa9\0b", 4)), TEXT("\x00e9"));
+    EXPECT_EQ(CStringWFromUtf8(std::vector<char>{'a', '\0', 'b'}), TEXT("a"));
+    EXPECT_EQ(CStringWFromUtf8(std::vector<char>{}), TEXT(""));
+    // A size only says whether there is any text.
+    EXPECT_EQ(CStringWFromUtf8("abc", 1), TEXT("abc"));
+    EXPECT_EQ(CStringWFromUtf8("abc", 0), TEXT(""));
+    EXPECT_EQ(CStringWFromUtf8(nullptr, 5), TEXT(""));
+}
+
+TEST(HalfWidth, FoldsTheFullWidthFormsOfAsciiAlone) {
+    for (unsigned code = 0; code < 0x10000; ++code) {
+        const bool fullWidth = code >= 0xff01 && code <= 0xff5e;
+        ASSERT_EQ(HalfWidthFromWide(static_cast<WCHAR>(code)), fullWidth ? code - 0xfee0 : code)
+            << std::hex << code;
+    }
+}
+
+TEST(HalfWidth, OfDoubleByteCharacters) {
+    const struct {
+        UINT codePage;
+        WORD character;
+        int expected;
+    } rows[] = {
+        {932, 0x8260, 'A'},    {932, 0x8281, 'a'},  // full-width letters
+        {932, 0x82a0, 0x82a0}, {932, 0xb1, 0xb1},   // kana: of two bytes, of one
+        {932, 'A', 'A'},       {932, 0, 0},
+        {932, 0x82, -1},       {932, 0x4182, -1},  // half a character; no lead byte in front
+        {932, 0x8120, -1},     {932, 0xfd, -1},    // in the page's form, but no characters of it
+        {936, 0xa3c1, 'A'},    {1252, 0xe9, 0xe9},
+        {1252, 0x8260, -1},    {12345, 'A', -1},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(HalfWidthFromDbcs(row.codePage, row.character), row.expected) << std::hex << row.character;
+    }
+}
+
+TEST(MbcsCharAt, CountsInCharactersOfTheRuntimesPage) {
+    const char* const text = "a\x82\xa0z\x82";  // with half a character at its end
+    ASSERT_EQ(_setmbcp(932), 0);
+    const int expected[] = {'a', 0x82a0, 'z'};
+    for (int index = 0; index < 3; ++index) EXPECT_EQ(MbcsCharAt(text, index), expected[index]);
+    EXPECT_EQ(MbcsCharAt(text, 4), -1);
+    EXPECT_EQ(MbcsCharAt(text, std::numeric_limits<int>::max()), -1);
+    ASSERT_EQ(_setmbcp(_MB_CP_ANSI), 0);
+    EXPECT_EQ(MbcsCharAt(text, 1), 0x82);
+    EXPECT_EQ(MbcsCharAt("ab", 2), -1);
+    for (const char* none : {"", static_cast<const char*>(nullptr)}) EXPECT_EQ(MbcsCharAt(none, 0), -1);
+    EXPECT_EQ(MbcsCharAt("ab", -1), -1);
+}
+
+CStringW FormattedV(const WCHAR* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    CStringW text = CStringWFormatV(format, arguments);
+    va_end(arguments);
+    return text;
+}
+
+TEST(Format, TakesNumbersAndStringsOfAnyClass) {
+    enum Colour { red = 7 };
+    const std::uint8_t small = 200;
+    const CStringW wide = TEXT("wide");
+    const std::string narrow = "narrow";
+    EXPECT_EQ(
+        CStringAFormat("%d|%I64d|%u|%d|%g", small, std::numeric_limits<std::int64_t>::min(), 3u, red, 1.5f),
+        "200|-9223372036854775808|3|7|1.5");
+    EXPECT_EQ(CStringAFormat("%s|%S|%e", narrow, wide, 1e6), "narrow|wide|1.000000e+06");
+    EXPECT_EQ(CStringWFormat(TEXT("%s|%S|%c"), wide, narrow, TEXT('\x4e2d')), TEXT("wide|narrow|\x4e2d"));
+    EXPECT_EQ(StdStringFormat("%S|%s", StdWString(TEXT("w")), CStringA("n")), "w|n");
+    EXPECT_EQ(StdWStringFormat(TEXT("%s|%I64X"), StdWString(TEXT("w")), std::uint64_t{255}), TEXT("w|FF"));
+    EXPECT_EQ(FormattedV(TEXT("%s=%d"), TEXT("n"), 5), TEXT("n=5"));
+    // Zero units stay inside the library's strings and end the standard ones.
+    EXPECT_EQ(CStringAFormat("a%cb", 0).GetLength(), 3);
+    EXPECT_EQ(StdWStringFormat(TEXT("a%cb"), 0), TEXT("a"));
+}
+
+TEST(Format, HasAnyLengthThatAStringCanHave) {
+    for (const int width : {0, 255, 256, 257, 100'000}) {
+        const std::string expected = std::string(static_cast<std::size_t>(width), ' ') + "7";
+        EXPECT_EQ(StdStringFormat("%*d", width + 1, 7), expected);
+        EXPECT_EQ(CStringWFormat(TEXT("%*d"), width + 1, 7), CStringW(expected.c_str()));
+    }
+    EXPECT_THROW(static_cast<void>(StdStringFormat("%2147483647d", 1)), std::length_error);
+    EXPECT_THROW(static_cast<void>(CStringWFormat(TEXT("%2147483647d"), 1)), std::length_error);
+}
+
+TEST(Text, WithoutMemoryNothingIsLeftAndTheFailurePassesOn) {
+    const StdWString wide(1000, TEXT('\x20ac'));
+    const std::string utf8 = Utf8FromWString(wide);
+    void (*const operations[])(const StdWString&, const std::string&) = {
+        [](const StdWString& text, const std::string&) { static_cast<void>(CStringAFromWide(text.c_str())); },
+        [](const StdWString& text, const std::string&) { static_cast<void>(Utf8FromWString(text)); },
+        [](const StdWString&, const std::string& text) { static_cast<void>(WStringFromUtf8(text)); },
+        [](const StdWString&, const std::string& text) {
+            static_cast<void>(CStringWFromUtf8(text.c_str(), 1));
+        },
+        [](const StdWString& text, const std::string&) { static_cast<void>(StdStringFormat("%S", text)); },
+        [](const StdWString& text, const std::string&) {
+            static_cast<void>(CStringWFormat(TEXT("%s"), text));
+        },
+    };
+    for (const auto operation : operations) {
+        std::size_t faults = 0;
+        int raised = 0;
+        const auto attempt = [&] {
+            try {
+                operation(wide, utf8);
+            } catch (const std::bad_alloc&) {
+                ++raised;
+            }
+        };
+        EXPECT_EQ(support::BlocksLeftBy([&] { faults = support::FailEachAllocation(attempt, [] {}); }), 0);
+        EXPECT_EQ(static_cast<std::size_t>(raised), 2 * faults) << "of two rounds";
+        EXPECT_GT(faults, 0u);
+    }
+}
+
+}  // namespace
