@@ -2,7 +2,11 @@
 
 #include <cstdio>
 #include <map>
+#include <stdexcept>
 #include <string_view>
+#include <utility>
+
+#include <unistd.h>
 
 #include <gmock/gmock.h>
 
@@ -16,13 +20,15 @@ std::map<std::string, Play>& Roles() {
     return roles;
 }
 
-int PlayRole(const Arguments& arguments) {
-    const auto role = Roles().find(arguments.front());
-    if (role == Roles().end()) {
-        std::fprintf(stderr, "no role is called '%s'\n", arguments.front().c_str());
-        return 2;
-    }
-    return role->second({arguments.begin() + 1, arguments.end()});
+Arguments AsRole(const std::string& role, const Arguments& arguments) {
+    Arguments all = {"test", "--role", role};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return all;
+}
+
+void Close(int& descriptor) {
+    if (descriptor >= 0) close(descriptor);
+    descriptor = -1;
 }
 
 }  // namespace
@@ -42,11 +48,48 @@ std::string Hear() {
     return line;
 }
 
+Child::Child(const std::string& role, const Arguments& arguments)
+    : process_(StartSelf(AsRole(role, arguments))) {}
+Child::~Child() {
+    Kill();
+    Close(process_.output);
+}
+Child::Child(Child&& other) noexcept : process_(std::exchange(other.process_, {})) {}
+
+std::string Child::ReadLine() {
+    std::string line;
+    for (char byte = 0; read(process_.output, &byte, 1) == 1 && byte != '\n';) line += byte;
+    if (line.ends_with('\r')) line.pop_back();
+    return line;
+}
+
+void Child::WriteLine(const std::string& line) {
+    const std::string text = line + "\n";
+    const auto size = static_cast<unsigned>(text.size());
+    if (write(process_.input, text.data(), size) != static_cast<int>(size)) {
+        throw std::runtime_error("write to a child");
+    }
+}
+
+int Child::Finish() {
+    Close(process_.input);
+    const std::intptr_t id = std::exchange(process_.id, 0);
+    return id == 0 ? -1 : WaitFor(id);
+}
+
+void Child::Kill() {
+    if (process_.id != 0) KillProcess(process_.id);
+    Finish();
+}
+
 }  // namespace support
 
 int main(int count, char** arguments) {
     if (count > 2 && std::string_view(arguments[1]) == "--role") {
-        return support::PlayRole({arguments + 2, arguments + count});
+        const auto role = support::Roles().find(arguments[2]);
+        if (role != support::Roles().end()) return role->second({arguments + 3, arguments + count});
+        std::fprintf(stderr, "no role is called '%s'\n", arguments[2]);
+        return 2;
     }
     testing::InitGoogleMock(&count, arguments);
     return RUN_ALL_TESTS();

@@ -5,13 +5,11 @@
 // and output.
 #pragma once
 
-#include <memory>
+#include "support/system.h"
+
 #include <string>
-#include <vector>
 
 namespace support {
-
-using Arguments = std::vector<std::string>;
 
 // Makes a function a role of this program; one static object a role.
 class Role {
@@ -29,7 +27,7 @@ class Child {
   public:
     explicit Child(const std::string& role, const Arguments& arguments = {});
     ~Child();
-    Child(Child&&) noexcept;
+    Child(Child&& other) noexcept;
     Child& operator=(Child&&) = delete;
 
     // The child's next line; empty when it has closed its output.
@@ -41,8 +39,7 @@ class Child {
     void Kill();
 
   private:
-    class Process;
-    std::unique_ptr<Process> process_;
+    Process process_;
 };
 
 }  // namespace support

@@ -30,7 +30,7 @@ class EnvironmentVariable {
 [[nodiscard]] std::size_t OpenHandles();
 
 // A fresh folder in which the stand-in keeps its named objects, for this process and its children, until the
-// end of the object. Under Windows there is none.
+// end of the object. Under Windows it stays empty.
 class RuntimeFolder {
   public:
     RuntimeFolder();
@@ -42,8 +42,8 @@ class RuntimeFolder {
     [[nodiscard]] std::vector<std::string> Files() const;
 
   private:
-    std::string path_;
-    std::optional<EnvironmentVariable> variable_;
+    std::filesystem::path path_;
+    EnvironmentVariable variable_;
 };
 
 }  // namespace support

@@ -1,0 +1,62 @@
+#include "support/home.h"
+#include "support/system.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <iterator>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ;
+
+namespace support {
+
+Process StartSelf(const Arguments& arguments) {
+    int toChild[2], fromChild[2];
+    if (pipe2(toChild, O_CLOEXEC) != 0 || pipe2(fromChild, O_CLOEXEC) != 0) throw std::runtime_error("pipe2");
+    std::vector<char*> pointers;
+    for (const std::string& argument : arguments) pointers.push_back(const_cast<char*>(argument.c_str()));
+    pointers.push_back(nullptr);
+
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, toChild[0], STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, fromChild[1], STDOUT_FILENO);
+    pid_t id = 0;
+    const int error = posix_spawn(&id, "/proc/self/exe", &actions, nullptr, pointers.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    close(toChild[0]);
+    close(fromChild[1]);
+    if (error != 0) throw std::runtime_error("posix_spawn");
+    return {id, toChild[1], fromChild[0]};
+}
+
+int WaitFor(std::intptr_t id) {
+    int status = 0;
+    while (waitpid(static_cast<pid_t>(id), &status, 0) < 0 && errno == EINTR) continue;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+void KillProcess(std::intptr_t id) {
+    kill(static_cast<pid_t>(id), SIGKILL);
+}
+
+void SetVariable(const std::string& name, const char* value) {
+    value == nullptr ? unsetenv(name.c_str()) : setenv(name.c_str(), value, 1);
+}
+
+std::filesystem::path ProgramFolder() {
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path();
+}
+
+std::size_t OpenHandles() {
+    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)));
+}
+
+}  // namespace support
