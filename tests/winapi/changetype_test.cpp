@@ -36,9 +36,9 @@ Variant Decimal(bool negative, ULONG high, ULONGLONG low, BYTE scale) {
     return {VT_DECIMAL, &VARIANT::decVal, value};
 }
 
-std::string Floating(double value, int digits = 15) {
+std::string Floating(double value) {
     char text[40];
-    std::snprintf(text, sizeof text, "%.*g", digits, value);
+    std::snprintf(text, sizeof text, "%.15g", value);
     return text;
 }
 
@@ -51,12 +51,8 @@ std::string Shown(const VARIANT& v) {
             return std::to_string(v.iVal);
         case VT_I4:
             return std::to_string(v.lVal);
-        case VT_UI4:
-            return std::to_string(v.ulVal);
         case VT_I8:
             return std::to_string(v.llVal);
-        case VT_R4:
-            return Floating(static_cast<double>(v.fltVal), 7);
         case VT_R8:
         case VT_DATE:
             return Floating(v.dblVal);
@@ -88,8 +84,8 @@ std::string Converted(const VARIANT& source, int type, USHORT flags = 0) {
 
 const std::string badType = "hresult " + std::to_string(DISP_E_BADVARTYPE);
 
-constexpr VARTYPE columns[] = {VT_UI1, VT_I2, VT_I4,   VT_UI4,  VT_I8,   VT_R4,
-                               VT_R8,  VT_CY, VT_DATE, VT_BOOL, VT_BSTR, VT_DECIMAL};
+constexpr VARTYPE columns[] = {VT_UI1, VT_I2,   VT_I4,   VT_I8,   VT_R8,
+                               VT_CY,  VT_DATE, VT_BOOL, VT_BSTR, VT_DECIMAL};
 
 TEST(VariantChangeType, PairsOfScalarTypes) {
     const struct {
@@ -97,50 +93,46 @@ TEST(VariantChangeType, PairsOfScalarTypes) {
         // One value a column, parted by bars; "?" for what is nobody's promise.
         std::string_view expected;
     } rows[] = {
-        {Variant(VT_EMPTY), "0|0|0|0|0|0|0|0|0|0||0e-0"},
-        {{VT_ERROR, &VARIANT::scode, DISP_E_PARAMNOTFOUND}, "-|-|-|-|-|-|-|-|-|-|-|-"},
+        {Variant(VT_EMPTY), "0|0|0|0|0|0|0|0||0e-0"},
+        {{VT_ERROR, &VARIANT::scode, DISP_E_PARAMNOTFOUND}, "-|-|-|-|-|-|-|-|-|-"},
         // Whole numbers: by value, but for those of the same width, which keep their bits.
-        {{VT_I1, &VARIANT::bVal, 0xFB}, "251|-5|-5|over|-5|-5|-5|-50000|-5|-1|-5|-5e-0"},
+        {{VT_I1, &VARIANT::bVal, 0xFB}, "251|-5|-5|-5|-5|-50000|-5|-1|-5|-5e-0"},
         {I4(INT_MAX),
-         "over|over|2147483647|2147483647|2147483647|2.147484e+09|2147483647|21474836470000|over|-1|"
-         "2147483647|2147483647e-0"},
-        {I4(-1), "over|-1|-1|4294967295|-1|-1|-1|-10000|-1|-1|-1|-1e-0"},
+         "over|over|2147483647|2147483647|2147483647|21474836470000|over|-1|2147483647|2147483647e-0"},
+        {I4(-1), "over|-1|-1|-1|-1|-10000|-1|-1|-1|-1e-0"},
         {{VT_UI4, &VARIANT::ulVal, UINT_MAX},
-         "over|over|-1|4294967295|4294967295|4.294967e+09|4294967295|42949672950000|over|-1|4294967295|"
-         "4294967295e-0"},
+         "over|over|-1|4294967295|4294967295|42949672950000|over|-1|4294967295|4294967295e-0"},
         {{VT_I8, &VARIANT::llVal, LLONG_MIN},
-         "over|over|over|over|-9223372036854775808|-9.223372e+18|-9.22337203685478e+18|over|over|-1|"
-         "-9223372036854775808|-9223372036854775808e-0"},
-        {Boolean(true), "255|-1|-1|4294967295|-1|-1|-1|-10000|-1|-1|-1|?"},
+         "over|over|over|-9223372036854775808|-9.22337203685478e+18|over|over|-1|-9223372036854775808|-"
+         "9223372036854775808e-0"},
+        {Boolean(true), "255|-1|-1|-1|-1|-10000|-1|-1|-1|?"},
         // Floating numbers: halves go to the even neighbour, and the limits are those of the rounded number.
-        {{VT_R4, &VARIANT::fltVal, 0.1F},
-         "0|0|0|0|0|0.1|0.100000001490116|1000|0.100000001490116|-1|0.1|1e-1"},
-        {R8(-2.5), "over|-2|-2|over|-2|-2.5|-2.5|-25000|-2.5|-1|-2.5|-25e-1"},
+        {{VT_R4, &VARIANT::fltVal, 0.1F}, "0|0|0|0|0.100000001490116|1000|0.100000001490116|-1|0.1|1e-1"},
+        {R8(-2.5), "over|-2|-2|-2|-2.5|-25000|-2.5|-1|-2.5|-25e-1"},
         {R8(-2147483648.5),
-         "over|over|-2147483648|over|-2147483648|-2.147484e+09|-2147483648.5|-21474836485000|over|-1|"
-         "-2147483648.5|-21474836485e-1"},
-        {R8(1e300), "over|over|over|over|over|over|1e+300|over|over|-1|1E+300|over"},
-        {R8(INFINITY), "over|over|over|over|over|?|inf|over|over|-1|?|over"},
-        {Currency(-25000), "over|-2|-2|over|?|-2.5|-2.5|-25000|-2.5|-1|-2.5|-25000e-4"},
+         "over|over|-2147483648|-2147483648|-2147483648.5|-21474836485000|over|-1|-2147483648.5|-"
+         "21474836485e-1"},
+        {R8(1e300), "over|over|over|over|1e+300|over|over|-1|1E+300|over"},
+        {R8(INFINITY), "over|over|over|over|inf|over|over|-1|?|over"},
+        {Currency(-25000), "over|-2|-2|?|-2.5|-25000|-2.5|-1|-2.5|-25000e-4"},
         {Currency(LLONG_MAX),
-         "over|over|over|over|922337203685478|9.223372e+14|922337203685478|9223372036854775807|?|-1|"
-         "922337203685477.5807|9223372036854775807e-4"},
+         "over|over|over|922337203685478|922337203685478|9223372036854775807|?|-1|922337203685477.5807|"
+         "9223372036854775807e-4"},
         {{VT_DATE, &VARIANT::date, 45000.75},
-         "over|over|45001|45001|45001|45000.75|45000.75|450007500|45000.75|-1|3/15/2023 6:00:00 PM|"
-         "4500075e-2"},
+         "over|over|45001|45001|45000.75|450007500|45000.75|-1|3/15/2023 6:00:00 PM|4500075e-2"},
         {Decimal(false, UINT_MAX, ULLONG_MAX, 0),
-         "over|over|over|over|over|7.922816e+28|7.92281625142643e+28|over|?|-1|79228162514264337593543950335|"
-         "4294967295:18446744073709551615e-0"},
+         "over|over|over|over|7.92281625142643e+28|over|?|-1|79228162514264337593543950335|4294967295:"
+         "18446744073709551615e-0"},
         // Texts.
-        {Text(nullptr), "-|-|-|-|-|-|-|-|-|-||-"},
-        {Text(TEXT(" 12\t")), "12|12|12|12|12|12|12|120000|-|-1| 12\t|12e-0"},
-        {Text(TEXT("-12.5")), "over|-12|-12|over|-12|-12.5|-12.5|-125000|-|-1|-12.5|-125e-1"},
+        {Text(nullptr), "-|-|-|-|-|-|-|-||-"},
+        {Text(TEXT(" 12\t")), "12|12|12|12|12|120000|-|-1| 12\t|12e-0"},
+        {Text(TEXT("-12.5")), "over|-12|-12|-12|-12.5|-125000|-|-1|-12.5|-125e-1"},
         {Text(TEXT("9007199254740993")),
-         "over|over|over|over|9007199254740993|9.007199e+15|9.00719925474099e+15|over|-|-1|9007199254740993|"
-         "9007199254740993e-0"},
-        {Text(TEXT("1e400")), "over|over|over|over|over|over|over|over|-|over|1e400|over"},
-        {Text(TEXT("fALSE")), "-|-|-|-|-|-|-|-|-|0|fALSE|-"},
-        {Text(TEXT("12abc")), "-|-|-|-|-|-|-|-|-|-|12abc|-"},
+         "over|over|over|9007199254740993|9.00719925474099e+15|over|-|-1|9007199254740993|9007199254740993e-"
+         "0"},
+        {Text(TEXT("1e400")), "over|over|over|over|over|over|-|over|1e400|over"},
+        {Text(TEXT("fALSE")), "-|-|-|-|-|-|-|0|fALSE|-"},
+        {Text(TEXT("12abc")), "-|-|-|-|-|-|-|-|12abc|-"},
     };
     for (const auto& row : rows) {
         std::string_view rest = row.expected;

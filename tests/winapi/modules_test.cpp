@@ -58,7 +58,6 @@ TEST(Modules, WhatIsNoModuleIsRefused) {
     WCHAR path[300];
     EXPECT_EQ(GetModuleFileNameW(none, path, 300), 0U);
     EXPECT_EQ(GetLastError(), DWORD{ERROR_MOD_NOT_FOUND});
-    EXPECT_EQ(GetProcAddress(none, "ProbeAnswer"), nullptr);
     EXPECT_FALSE(FreeLibrary(none));
     for (const WCHAR* name : {TEXT("NoSuchModule"), TEXT("Z:\\no\\such.dll"), TEXT("")}) {
         EXPECT_EQ(GetModuleHandleW(name), nullptr);

@@ -166,14 +166,4 @@ TEST(SafeArray, StaticDataIsClearedWhereItIs) {
     EXPECT_EQ(texts[0], nullptr);
 }
 
-TEST(SafeArray, ACopyOfAVectorHasItsOwnBlock) {
-    const Array vector(SafeArrayCreateVector(VT_I4, 1, 3));
-    vector.Data<LONG>()[2] = 9;
-    const Array copy(CopyOf(vector));
-    EXPECT_EQ(copy->fFeatures, FADF_HAVEVARTYPE);
-    SAFEARRAYBOUND bound{5, 1};
-    EXPECT_EQ(SafeArrayRedim(copy, &bound), S_OK);
-    EXPECT_EQ(copy.Data<LONG>()[2], 9);
-}
-
 }  // namespace
