@@ -94,26 +94,13 @@ TEST(SafeArray, LocksAreCountedAndHoldTheDataInPlace) {
     EXPECT_EQ(SafeArrayUnlock(array), S_OK);
 }
 
-TEST(SafeArray, RedimKeepsWhatStaysFreesWhatGoesAndZeroesWhatIsNew) {
-    const Array array(VT_I4, {{2, 1}, {3, 1}});
-    for (LONG i = 0; i < 6; ++i) array.Data<LONG>()[i] = i + 1;
-    const std::pair<SAFEARRAYBOUND, std::vector<LONG>> steps[] = {
-        {{5, -2}, {1, 2, 3, 4, 5, 6, 0, 0, 0, 0}},
-        {{2, 0}, {1, 2, 3, 4}},
-        {{3, 7}, {1, 2, 3, 4, 0, 0}},
-        {{0, 0}, {}},
-        {{1, 0}, {0, 0}},
-    };
-    for (auto [bound, data] : steps) {
-        ASSERT_EQ(SafeArrayRedim(array, &bound), S_OK);
-        EXPECT_EQ(array->rgsabound[0].lLbound, bound.lLbound);
-        EXPECT_EQ(std::vector<LONG>(array.Data<LONG>(), array.Data<LONG>() + data.size()), data);
-    }
+TEST(SafeArray, RedimKeepsWhatStaysFreesWhatGoesAndClearsWhatIsNew) {
     const Array texts(VT_BSTR, {{2, 0}});
     for (LONG i = 0; i < 2; ++i) texts.Data<BSTR>()[i] = SysAllocString(TEXT("text"));
     for (ULONG count = 1; count <= 2; ++count) {
-        SAFEARRAYBOUND bound{count, 0};
+        SAFEARRAYBOUND bound{count, 7};
         EXPECT_EQ(SafeArrayRedim(texts, &bound), S_OK);
+        EXPECT_EQ(texts->rgsabound[0].lLbound, 7);
     }
     EXPECT_EQ(Units(texts.Data<BSTR>()[0]), TEXT("text"));
     EXPECT_EQ(texts.Data<BSTR>()[1], nullptr);
