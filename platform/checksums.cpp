@@ -89,7 +89,7 @@ std::uint16_t Crc16(const void* data, std::uint32_t length) noexcept {
     const auto* const bytes = static_cast<const unsigned char*>(data);
     return std::accumulate(
         bytes, bytes + length, std::uint16_t{0},
-        [](std::uint16_t state, unsigned char byte) { return ReflectedStep(crc16Table, state, byte); });
+        [](std::uint16_t state, unsigned char next) { return ReflectedStep(crc16Table, state, next); });
 }
 
 std::uint32_t Crc32Update(std::uint32_t state, const void* data, std::size_t length) noexcept {
