@@ -79,7 +79,9 @@ TEST(FileVersionInfo, ReadsWhatIsOddlyFilled) {
     // The translation says German in page 1252; the texts stand under English.
     LoadSpoilt(info, "\x09\x04\xB0\x04", "\x07\x04\xE4\x04");
     EXPECT_EQ(info.language, 0x0407);
-    EXPECT_EQ(info.CodePageName().Left(4), TEXT("1252"));
+    CPINFOEXW facts{};
+    ASSERT_TRUE(GetCPInfoExW(1252, 0, &facts));
+    EXPECT_EQ(info.CodePageName(), CStringW(facts.CodePageName));
     EXPECT_EQ(info.HasString(0), 0) << "the first translation alone is searched";
 }
 
