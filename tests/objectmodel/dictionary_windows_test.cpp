@@ -10,7 +10,7 @@
 namespace {
 
 // The DISPIDs of IDictionary, as the Microsoft Scripting Runtime's type library publishes them.
-constexpr DISPID dispidItem = 0, dispidAdd = 1, dispidCount = 2, dispidExists = 3, dispidRemove = 6;
+constexpr DISPID dispidItem = 0, dispidAdd = 1, dispidCount = 2, dispidExists = 3, dispidRemove = 7;
 
 constexpr WCHAR twoVariants[] = {VT_VARIANT, VT_VARIANT, 0};
 constexpr WCHAR oneVariant[] = {VT_VARIANT, 0};
