@@ -1,0 +1,134 @@
+#include "text/digits.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <iterator>
+#include <limits>
+
+namespace {
+
+// A number as std::to_chars writes it in scientific notation: d.ddde+xx or de+xx.
+struct Scientific {
+    char text[detail::mostDigits + 16];
+    char* digits;  // without the point
+    int count;
+    int point;
+
+    void Parse(const char* end) noexcept {
+        const char* exponent = std::find(static_cast<const char*>(text), end, 'e');
+        count = static_cast<int>(exponent - text);
+        digits = text;
+        if (count > 1) {
+            --count;
+            text[1] = text[0];
+            digits = text + 1;
+        }
+        int power = 0;
+        std::from_chars(exponent + (exponent[1] == '+' ? 2 : 1), end, power);
+        point = power + 1;
+    }
+};
+
+// Adds one to the last of the digits. Gives whether they were all nines, and have become 1000...
+bool Increment(char* digits, int count) noexcept {
+    int last = count - 1;
+    while (last >= 0 && digits[last] == '9') digits[last--] = '0';
+    if (last >= 0) {
+        ++digits[last];
+        return false;
+    }
+    digits[0] = '1';
+    return true;
+}
+
+// Whether the value lies exactly between two decimals whose last digit has the weight 10^-places. Those
+// halves are odd multiples of 10^-places / 2, so the value's lowest bit has the weight 2^-(places + 1); for
+// weights above 1 the value has to hold the power of five as well.
+bool IsTie(double value, int places) noexcept {
+    int exponent = 0;
+    auto odd = static_cast<std::uint64_t>(std::ldexp(std::frexp(value, &exponent), 53));
+    exponent -= 53;
+    for (; (odd & 1) == 0; odd >>= 1) ++exponent;
+    if (exponent != -places - 1) return false;
+    for (; places < 0; ++places) {
+        if (odd % 5 != 0) return false;
+        odd /= 5;
+    }
+    return true;
+}
+
+int ExactDigits(double value, int count, detail::Ties ties, char* digits) noexcept {
+    Scientific rounded;
+    const auto write = [&](int digitCount) {
+        rounded.Parse(std::to_chars(rounded.text, std::end(rounded.text), value,
+                                    std::chars_format::scientific, digitCount - 1)
+                          .ptr);
+        std::copy_n(rounded.digits, count, digits);
+    };
+    write(count);
+    if (ties == detail::Ties::awayFromZero && IsTie(value, count - rounded.point)) {
+        write(count + 1);
+        if (Increment(digits, count)) ++rounded.point;
+    }
+    return rounded.point;
+}
+
+constexpr char twoDigits[] =
+    "0001020304050607080910111213141516171819202122232425262728293031323334353637383940414243444546474849"
+    "5051525354555657585960616263646566676869707172737475767778798081828384858687888990919293949596979899";
+
+}  // namespace
+
+namespace detail {
+
+// The shortest decimal that reads back as the value is quicker to be had than exact digits. Up to 15 digits,
+// which every normal double holds, it rounds as the value does: a half between them would be shorter still or
+// nearer. Only when it is such a half itself does it not tell on which side of it the value lies.
+int SignificantDigits(double value, int count, Ties ties, char* digits) noexcept {
+    if (count > 15 || value < std::numeric_limits<double>::min())
+        return ExactDigits(value, count, ties, digits);
+    Scientific shortest;
+    shortest.Parse(
+        std::to_chars(shortest.text, std::end(shortest.text), value, std::chars_format::scientific).ptr);
+    if (shortest.count <= count) {
+        std::fill(std::copy_n(shortest.digits, shortest.count, digits), digits + count, '0');
+        return shortest.point;
+    }
+    const char next = shortest.digits[count];
+    if (next == '5' && shortest.count == count + 1) return ExactDigits(value, count, ties, digits);
+    std::copy_n(shortest.digits, count, digits);
+    return shortest.point + (next >= '5' && Increment(digits, count) ? 1 : 0);
+}
+
+char* WriteBackwards(unsigned long long value, char* end) noexcept {
+    // In the machine's own size as soon as it fits: 32-bit machines divide 64 bits slowly.
+    while (value > std::numeric_limits<unsigned>::max()) {
+        const auto pair = static_cast<unsigned>(value % 100) * 2;
+        value /= 100;
+        *--end = twoDigits[pair + 1];
+        *--end = twoDigits[pair];
+    }
+    auto rest = static_cast<unsigned>(value);
+    for (; rest >= 100; rest /= 100) {
+        const unsigned pair = rest % 100 * 2;
+        *--end = twoDigits[pair + 1];
+        *--end = twoDigits[pair];
+    }
+    if (rest >= 10) {
+        *--end = twoDigits[rest * 2 + 1];
+        *--end = twoDigits[rest * 2];
+    } else {
+        *--end = static_cast<char>('0' + rest);
+    }
+    return end;
+}
+
+void WriteThreeDigits(unsigned value, char* target) noexcept {
+    target[0] = static_cast<char>('0' + value / 100);
+    target[1] = twoDigits[value % 100 * 2];
+    target[2] = twoDigits[value % 100 * 2 + 1];
+}
+
+}  // namespace detail

@@ -1,0 +1,20 @@
+// Text made printable. Units from 0x20 to 0x7E stay as they are, "<" among them, so there is no way back; a
+// narrow byte else becomes <XX>, a wide unit <XXXX>, in upper-case hexadecimal digits. In counted texts zero
+// units are escaped as well.
+#pragma once
+
+#include "text/textview.h"
+
+// CStringA or std::string.
+template <typename Result = CStringA>
+[[nodiscard]] Result EscapedTextA(TextViewA text);
+
+// CStringA, std::string or CStringW; all of the result is ASCII.
+template <typename Result = CStringA>
+[[nodiscard]] Result EscapedTextW(TextViewW text);
+
+extern template CStringA EscapedTextA<CStringA>(TextViewA);
+extern template std::string EscapedTextA<std::string>(TextViewA);
+extern template CStringA EscapedTextW<CStringA>(TextViewW);
+extern template std::string EscapedTextW<std::string>(TextViewW);
+extern template CStringW EscapedTextW<CStringW>(TextViewW);

@@ -1,0 +1,127 @@
+#include "text/numbers.h"
+
+#include "text/digits.h"
+#include "text/format.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <iterator>
+
+namespace {
+
+template <typename Unit>
+CStringT<Unit> Grouped(std::int64_t value, Unit separator) {
+    Unit buffer[32];
+    Unit* const end = std::end(buffer);
+    Unit* begin = end;
+    const bool isNegative = value < 0;
+    auto magnitude = static_cast<std::uint64_t>(value);
+    if (isNegative) magnitude = 0 - magnitude;
+    while (magnitude > 999) {
+        char group[3];
+        detail::WriteThreeDigits(static_cast<unsigned>(magnitude % 1000), group);
+        magnitude /= 1000;
+        begin = std::copy_backward(group, group + 3, begin);
+        *--begin = separator;
+    }
+    char group[4];
+    begin = std::copy_backward(detail::WriteBackwards(magnitude, group + 4), group + 4, begin);
+    if (isNegative) *--begin = '-';
+    return CStringT<Unit>(begin, static_cast<int>(end - begin));
+}
+
+char* WithoutTrailingZeros(const char* point, char* end) noexcept {
+    while (end[-1] == '0') --end;
+    return end - 1 == point ? end - 1 : end;
+}
+
+// Gives the end of the text.
+char* WritePlain(const char* digits, int count, int point, char decimalPoint, char* text) noexcept {
+    if (point == 0) *text++ = '0';
+    text = std::copy_n(digits, point, text);
+    if (point == count) return text;
+    const char* const mark = text;
+    *text++ = decimalPoint;
+    return WithoutTrailingZeros(mark, std::copy(digits + point, digits + count, text));
+}
+
+char* WriteWithExponent(const char* digits, int count, int point, char decimalPoint, char* text) noexcept {
+    *text++ = digits[0];
+    const char* const mark = text;
+    *text++ = decimalPoint;
+    text = WithoutTrailingZeros(mark, std::copy(digits + 1, digits + count, text));
+    *text++ = 'E';
+    return std::to_chars(text, text + 8, point - 1).ptr;
+}
+
+bool IsWholeOf32Bits(double value) noexcept {
+    return value >= -2147483648.0 && value <= 2147483647.0 && std::floor(value) == value;
+}
+
+template <typename Unit>
+unsigned LetterNumber(Unit unit) noexcept {
+    const auto letter = static_cast<unsigned>(unit) | 0x20;
+    return letter - 'a';  // above 25 for what is no letter
+}
+
+template <typename Unit>
+std::uint16_t ReadColumn(const Unit** cursor) noexcept {
+    const Unit* text = *cursor;
+    if (text == nullptr) return noColumn;
+    unsigned oneBased = 0;
+    int count = 0;
+    for (; count < 3 && LetterNumber(text[count]) < 26; ++count) {
+        oneBased = oneBased * 26 + LetterNumber(text[count]) + 1;
+    }
+    *cursor += count;
+    return count == 0 ? noColumn : static_cast<std::uint16_t>(oneBased - 1);
+}
+
+}  // namespace
+
+CStringW CStringWFromInt64Grouped(std::int64_t value, WCHAR separator) {
+    return Grouped(value, separator);
+}
+
+CStringA CStringAFromInt64Grouped(std::int64_t value, char separator) {
+    return Grouped(value, separator);
+}
+
+CStringW CStringWFromDouble(double value, std::int16_t digits, char decimalPoint) {
+    if (!std::isfinite(value)) return CStringWFormat(TEXT("%g"), value);
+    char text[detail::mostDigits + 16];
+    char* end = text;
+    if (IsWholeOf32Bits(value)) {
+        end = std::to_chars(text, text + 16, static_cast<std::int32_t>(value)).ptr;
+    } else {
+        const int count = std::clamp<int>(digits, 1, detail::mostDigits);
+        char significant[detail::mostDigits];
+        const int point =
+            detail::SignificantDigits(std::fabs(value), count, detail::Ties::awayFromZero, significant);
+        if (value < 0) *end++ = '-';
+        end = point >= 0 && point <= count ? WritePlain(significant, count, point, decimalPoint, end)
+                                           : WriteWithExponent(significant, count, point, decimalPoint, end);
+    }
+    *end = 0;
+    return CStringW(text);
+}
+
+CStringW ColumnLettersFromIndex(std::int32_t index) {
+    if (index < 0 || index > 18277) return CStringW();
+    WCHAR letters[3];
+    WCHAR* begin = std::end(letters);
+    // Digits from A for 1 to Z for 26: there is none for 0.
+    for (int oneBased = index + 1; oneBased > 0; oneBased = (oneBased - 1) / 26) {
+        *--begin = static_cast<WCHAR>('A' + (oneBased - 1) % 26);
+    }
+    return CStringW(begin, static_cast<int>(std::end(letters) - begin));
+}
+
+std::uint16_t ColumnIndexFromLetters(const char** cursor) noexcept {
+    return ReadColumn(cursor);
+}
+
+std::uint16_t ColumnIndexFromLetters(const WCHAR** cursor) noexcept {
+    return ReadColumn(cursor);
+}
