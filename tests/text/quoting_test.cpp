@@ -1,0 +1,151 @@
+// Escapes, the quoting of formulas and sheet references, enclosures and field records.
+#include "text/escapes.h"
+#include "text/quoting.h"
+
+#include <random>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(Escapes, TakeTextOfEveryClass) {
+    const char* const narrow = "a ~<\x7f\t\xff";
+    const WCHAR* const wide = TEXT("a ~<\x7f\t\x20ac");
+    const std::string narrowEscaped = "a ~<<7F><09><FF>";
+    const std::string wideEscaped = "a ~<<007F><0009><20AC>";
+    EXPECT_EQ(EscapedTextA(narrow), narrowEscaped.c_str());
+    EXPECT_EQ(EscapedTextA(CStringA(narrow)), narrowEscaped.c_str());
+    EXPECT_EQ(EscapedTextA(std::string(narrow)), narrowEscaped.c_str());
+    EXPECT_EQ(EscapedTextA<std::string>(std::string(narrow)), narrowEscaped);
+    EXPECT_EQ(EscapedTextW(wide), wideEscaped.c_str());
+    EXPECT_EQ(EscapedTextW(StdWString(wide)), wideEscaped.c_str());
+    EXPECT_EQ(EscapedTextW(_bstr_t(wide)), wideEscaped.c_str());
+    EXPECT_EQ(EscapedTextW<std::string>(StdWString(wide)), wideEscaped);
+    const CStringW wideResult(wideEscaped.c_str());
+    EXPECT_EQ(EscapedTextW<CStringW>(CStringW(wide)), wideResult);
+    EXPECT_EQ(EscapedTextW<CStringW>(wide), wideResult);
+    EXPECT_EQ(EscapedTextW<CStringW>(StdWString(wide)), wideResult);
+    EXPECT_EQ(EscapedTextW<CStringW>(_bstr_t(wide)), wideResult);
+}
+
+TEST(Escapes, OfNothingAndOfZeroUnits) {
+    EXPECT_TRUE(EscapedTextA(static_cast<const char*>(nullptr)).IsEmpty());
+    EXPECT_TRUE(EscapedTextW(static_cast<const WCHAR*>(nullptr)).IsEmpty());
+    EXPECT_TRUE(EscapedTextW(_bstr_t()).IsEmpty());
+    EXPECT_EQ(EscapedTextA(std::string("a\0b", 3)), "a<00>b");
+    EXPECT_EQ(EscapedTextA(CStringA("a\0b", 3)), "a<00>b");
+    EXPECT_EQ(EscapedTextW(CStringW(TEXT("\0"), 1)), "<0000>");
+}
+
+TEST(Formulas, QuotesAreDoubledAndUndoubled) {
+    const struct {
+        const WCHAR* single;
+        const WCHAR* doubled;
+    } rows[] = {
+        {TEXT(""), TEXT("")},
+        {TEXT("a"), TEXT("a")},
+        {TEXT("\""), TEXT("\"\"")},
+        {TEXT("\"\""), TEXT("\"\"\"\"")},
+        {TEXT("say \"a\", 'b'"), TEXT("say \"\"a\"\", 'b'")},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(DoubleQuotesDoubled(row.single), row.doubled);
+        EXPECT_EQ(DoubleQuotesUndoubled(row.doubled), row.single);
+    }
+    EXPECT_EQ(DoubleQuotesUndoubled(TEXT("\"\"\"a\"")), TEXT("\"\"a\""));
+    EXPECT_EQ(DoubleQuotesDoubled(CStringW(TEXT("\"\0\""), 3)), CStringW(TEXT("\"\"\0\"\""), 5));
+}
+
+TEST(SheetReferences, ApostrophesAreDoubledInTheSheetPartAlone) {
+    const struct {
+        const WCHAR* single;
+        const WCHAR* doubled;
+    } rows[] = {
+        {TEXT("It's!A1"), TEXT("It''s!A1")},
+        {TEXT("'It's'!A1"), TEXT("'It''s'!A1")},
+        {TEXT("a!b'c"), TEXT("a!b'c")},
+        {TEXT("Sheet1!A1"), TEXT("Sheet1!A1")},
+        {TEXT("a'b!c'd!A1"), TEXT("a''b!c''d!A1")},
+        {TEXT("It's"), TEXT("It''s")},
+        {TEXT("'a"), TEXT("''a")},
+        {TEXT("'!A1"), TEXT("''!A1")},
+        {TEXT("!'"), TEXT("!'")},
+        {TEXT(""), TEXT("")},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(SheetQuotesDoubled(row.single), row.doubled);
+        EXPECT_EQ(SheetQuotesUndoubled(row.doubled), row.single);
+    }
+    EXPECT_EQ(SheetQuotesDoubled(TEXT("''!A1")), TEXT("''!A1"));
+    EXPECT_EQ(SheetQuotesUndoubled(TEXT("''!A1")), TEXT("'!A1"));
+    EXPECT_EQ(SheetQuotesUndoubled(TEXT("'''a'!A''1")), TEXT("''a'!A''1"));
+}
+
+// As one works by hand: find, insert, go on behind; find, remove, go on.
+TEST(Formulas, QuotesOfRandomTexts) {
+    std::mt19937 random(5305);
+    for (int round = 0; round < 5000; ++round) {
+        CStringW text;
+        for (auto length = random() % 12; length > 0; --length) text += TEXT("\"a'!\"'")[random() % 6];
+        CStringW doubled = text;
+        for (int at = doubled.Find(TEXT('"')); at >= 0; at = doubled.Find(TEXT('"'), at + 2)) {
+            doubled.Insert(at, TEXT('"'));
+        }
+        ASSERT_EQ(DoubleQuotesDoubled(text), doubled);
+        ASSERT_EQ(DoubleQuotesUndoubled(doubled), text);
+        CStringW undoubled = text;
+        for (int at = text.Find(TEXT("\"\"")); at >= 0; at = undoubled.Find(TEXT("\"\""), at + 1)) {
+            undoubled.Delete(at);
+        }
+        ASSERT_EQ(DoubleQuotesUndoubled(text), undoubled);
+
+        const int end = text.ReverseFind(TEXT('!')) < 0 ? text.GetLength() : text.ReverseFind(TEXT('!'));
+        CStringW part = text.Left(end);
+        const bool isEnclosed = end >= 2 && part[0] == TEXT('\'') && part[end - 1] == TEXT('\'');
+        const int margin = isEnclosed ? 1 : 0;
+        for (int at = margin; at < part.GetLength() - margin; ++at) {
+            if (part[at] == TEXT('\'')) part.Insert(at++, TEXT('\''));
+        }
+        ASSERT_EQ(SheetQuotesDoubled(text), part + text.Mid(end));
+    }
+}
+
+TEST(Formulas, PrefixesAndEnclosures) {
+    using Operation = CStringW (*)(const CStringW&);
+    const struct {
+        Operation operation;
+        const WCHAR* text;
+        const WCHAR* expected;
+    } rows[] = {
+        {WithLeadingEquals, TEXT(""), TEXT("=")},
+        {WithLeadingEquals, TEXT("A1"), TEXT("=A1")},
+        {WithLeadingEquals, TEXT("=A1"), TEXT("=A1")},
+        {WithoutLeadingEquals, TEXT("==A1"), TEXT("=A1")},
+        {WithoutLeadingEquals, TEXT(""), TEXT("")},
+        {WithoutLeadingAt, TEXT("@@A1"), TEXT("@A1")},
+        {WithoutLeadingAt, TEXT("A1@"), TEXT("A1@")},
+        {WithoutLeadingAts, TEXT("@@A@"), TEXT("A@")},
+        {WithoutLeadingAts, TEXT("@@"), TEXT("")},
+        {WithoutTrailingAts, TEXT("@A@@"), TEXT("@A")},
+        {WithoutTrailingAts, TEXT("@@"), TEXT("")},
+        {WithoutTrailingAts, TEXT(""), TEXT("")},
+        {WithoutDoubleQuotes, TEXT("\""), TEXT("\"")},
+        {WithoutDoubleQuotes, TEXT("\"\""), TEXT("")},
+        {WithoutDoubleQuotes, TEXT("\"\"a\"\""), TEXT("\"a\"")},
+        {WithoutDoubleQuotes, TEXT("\"a"), TEXT("\"a")},
+        {WithoutParentheses, TEXT("(a)(b)"), TEXT("a)(b")},
+        {WithoutParentheses, TEXT(")a("), TEXT(")a(")},
+        {WithoutSingleQuotes, TEXT("'a'"), TEXT("a")},
+        {WithoutSingleQuotes, TEXT("\"a'"), TEXT("\"a'")},
+        {FirstAndFourthField, TEXT(""), TEXT("")},
+        {FirstAndFourthField, TEXT("a\1b\1c\1d"), TEXT("a / d")},
+        {FirstAndFourthField, TEXT("a"), TEXT("a")},
+        {FirstAndFourthField, TEXT("a\1b\1c\1"), TEXT("a")},
+        {FirstAndFourthField, TEXT("\1\1\1d"), TEXT("d")},
+        {FirstAndFourthField, TEXT("a\1\1\1d\1e"), TEXT("a / d")},
+        {FirstAndFourthField, TEXT("\1\1\1\1\1"), TEXT("")},
+    };
+    for (const auto& row : rows) EXPECT_EQ(row.operation(row.text), row.expected) << CStringA(row.text);
+}
+
+}  // namespace

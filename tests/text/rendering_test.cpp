@@ -1,0 +1,139 @@
+// Containers as one line of text.
+#include "text/rendering.h"
+
+#include "text/format.h"
+
+#include <cstring>
+#include <limits>
+#include <random>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr auto infinity = std::numeric_limits<double>::infinity();
+
+template <typename Integer>
+using Limits = std::numeric_limits<Integer>;
+
+TEST(Lists, OfNumbersInEveryWidth) {
+    const std::pair<CStringW, const char*> rows[] = {
+        {CStringWFromVectorBool({true, false}), "{ T, F }"},
+        {CStringWFromVectorByte({255, 0}, 2, 0), "{ 255, 0 }"},
+        {CStringWFromVectorInt16({-1, 7}), "{ -1, 7 }"},
+        {CStringWFromVectorUInt16({0xFFFF}), "{ 65535 }"},
+        {CStringWFromVectorInt32({Limits<std::int32_t>::min()}), "{ -2147483648 }"},
+        {CStringWFromVectorUInt32({0xFFFFFFFF, 0}), "{ 4294967295, 0 }"},
+        {CStringWFromVectorPtrDiff({-1, 1}), "{ -1, 1 }"},
+        {CStringWFromVectorInt64({Limits<std::int64_t>::min()}), "{ -9223372036854775808 }"},
+        {CStringWFromVectorUInt64({Limits<std::uint64_t>::max()}), "{ 18446744073709551615 }"},
+        {CStringWFromVectorUInt64Hex({255, 0x123456789ABCDEF0}), "{ 00000000000000FF, 123456789ABCDEF0 }"},
+        {CStringWFromVectorDouble({1, 2.5, -0.0, 1234567}), "{ 1, 2.5, -0, 1.23457e+06 }"},
+        {CStringWFromVectorDouble({infinity, 1e-300, 100000, 1e-5, 0.00012}),
+         "{ inf, 1e-300, 100000, 1e-05, 0.00012 }"},
+        {CStringWFromByteList({0x0A, 0xFF}, true), "{ 0A, FF }"},
+        {CStringWFromByteList({0x0A, 0xFF}, false), "{ 10, 255 }"},
+    };
+    for (const auto& [list, expected] : rows) EXPECT_EQ(list, expected);
+
+    EXPECT_EQ(StdStringFromVectorInt16({-1}), "{ -1 }");
+    EXPECT_EQ(StdStringFromVectorDouble({0.1, 2}), "{ 0.1, 2 }");
+    EXPECT_EQ(StdStringFromByteList({0x0A}, true), "{ 0A }");
+    EXPECT_EQ(CStringAFromVectorInt32(std::vector<LONG>{3}), "{ 3 }");
+    EXPECT_EQ(CStringAFromVectorInt64(std::vector<long long>{3}), "{ 3 }");
+    EXPECT_EQ(CStringAFromVectorVectorInt32({{1, 2}, {3}, {}}), "{ { 1, 2 }, { 3 }, { } }");
+}
+
+TEST(Lists, OfNothing) {
+    for (const CStringA& list :
+         {CStringAFromVectorBool({}), CStringAFromVectorInt16({}), CStringAFromVectorByte({}, 0, 0),
+          CStringAFromVectorDouble({}), CStringAFromChunkedVectorDouble({}), CStringAFromVectorCStringA({}),
+          CStringAFromVectorPairCStringW({}), CStringAFromVectorVectorInt32({}), CStringAFromSetCStringA({}),
+          CStringAFromSetCStringW({}), CStringAFromByteList({}, true),
+          CStringAFromSharedVectorInt32(std::make_shared<std::vector<std::int32_t>>())}) {
+        EXPECT_EQ(list, "{ }");
+    }
+    EXPECT_EQ(CStringAFromSharedVectorDouble(nullptr), "N/A");
+    EXPECT_EQ(CStringAFromSharedVectorInt32(nullptr), "N/A");
+    EXPECT_EQ(CStringAFromSharedVectorDouble(std::make_shared<std::vector<double>>(2, 0.5)), "{ 0.5, 0.5 }");
+}
+
+TEST(Lists, AreShortened) {
+    constexpr auto most = Limits<std::uint32_t>::max();
+    const struct {
+        std::size_t size;
+        std::uint32_t head;
+        std::uint32_t tail;
+        const char* expected;
+    } rows[] = {
+        {10, 2, 2, "{ 1, 2, ..., 9, 10 }"},
+        {10, 2, 0, "{ 1, 2, ..., }"},
+        {10, 0, 2, "{ ..., 9, 10 }"},
+        {3, 10, 0, "{ 1, 2, 3 }"},
+        {3, 2, 1, "{ 1, 2, 3 }"},
+        {5, 2, 10, "{ 1, 2, 3, 4, 5 }"},
+        {3, 0, 0, "{ ..., }"},
+        {0, 0, 0, "{ }"},
+        {3, most, most, "{ 1, 2, 3 }"},
+        {3, 1, most, "{ 1, 2, 3 }"},
+    };
+    for (const auto& row : rows) {
+        std::vector<std::uint8_t> bytes(row.size);
+        for (std::size_t i = 0; i < row.size; ++i) bytes[i] = static_cast<std::uint8_t>(i + 1);
+        EXPECT_EQ(CStringAFromVectorByte(bytes, row.head, row.tail), row.expected);
+        const std::vector<double> doubles(bytes.begin(), bytes.end());
+        EXPECT_EQ(CStringAFromVectorDouble(doubles, row.head, row.tail), row.expected);
+        EXPECT_EQ(CStringWFromVectorDouble(doubles, row.head, row.tail), row.expected);
+    }
+}
+
+TEST(Lists, OfStrings) {
+    const CStringA zero("a\0b", 3);
+    EXPECT_EQ(CStringAFromVectorCStringA({"a\"b", "", zero}), "{ \"a\"b\", \"\", \"a\" }");
+    EXPECT_EQ(CStringWFromVectorCStringA({"\x80"}), TEXT("{ \"\x20ac\" }"));
+    EXPECT_EQ(CStringWFromVectorCStringW({TEXT("\x4e2d"), CStringW(TEXT("x\0y"), 3)}),
+              TEXT("{ \"\x4e2d\", \"x\" }"));
+    EXPECT_EQ(CStringAFromVectorCStringW({TEXT("\x20ac\x4e2d")}), "{ \"\x80?\" }");
+    EXPECT_EQ(StdStringFromVectorStdString({"a", std::string("b\0c", 3)}), "{ \"a\", \"b\" }");
+    EXPECT_EQ(StdStringFromVectorStdWString({TEXT("5\x20ac"), TEXT("\"")}), "{ \"5<20AC>\", \"\"\" }");
+    EXPECT_EQ(CStringWFromVectorPairCStringW({{TEXT("a"), TEXT("b")}, {TEXT("\x4e2d"), TEXT("")}}),
+              TEXT("{ \"< \"a\", \"b\" >\", \"< \"\x4e2d\", \"\" >\" }"));
+    EXPECT_EQ(CStringAFromSetCStringA({"b", "a"}), "{ \"a\",\"b\" }");
+    // Two that the code page can't tell apart; and the order is that of the narrow texts.
+    EXPECT_EQ(CStringAFromSetCStringW({TEXT("\x4e2d"), TEXT("\x6587"), TEXT("\x20ac"), TEXT("\x00e9")}),
+              "{ \"?\",\"\x80\",\"\xe9\" }");
+}
+
+TEST(Lists, OfChunks) {
+    ChunkedVectorDouble chunks{{{1, 2, 3, 4}, {5, 6}}, 4, 2, 3};
+    EXPECT_EQ(chunks.size(), 6u);
+    EXPECT_EQ(CStringWFromChunkedVectorDouble(chunks), "{ 1, 2, 3, 4, 5, 6 }");
+}
+
+TEST(Lists, HaveEveryDoubleAsTheFormatHasIt) {
+    std::mt19937_64 random(5401);
+    std::vector<double> values{0.5, 1234565, 0.1234565, 1e22, 123456.5, 1234575, 999999.5, 5e-324, 9.999995};
+    while (values.size() < 20'000) {
+        std::uint64_t bits = random();
+        double value = 0;
+        std::memcpy(&value, &bits, sizeof value);
+        values.push_back(value);
+        values.push_back(static_cast<double>(bits % 10'000'000) / 8);
+        values.push_back(static_cast<double>(bits % 100'000'000) / 1e5);
+    }
+    std::string expected;
+    for (const double value : values)
+        expected += (expected.empty() ? "{ " : ", ") + StdStringFormat("%g", value);
+    EXPECT_EQ(StdStringFromVectorDouble(values), expected + " }");
+}
+
+TEST(Lists, OfAnyLength) {
+    for (const std::size_t length : {2045u, 2046u, 2047u, 2048u, 2049u, 100'000u}) {
+        const std::string text(length, 'x');
+        EXPECT_EQ(StdStringFromVectorStdString({text, "y"}), "{ \"" + text + "\", \"y\" }");
+        EXPECT_EQ(CStringAFromVectorBool(std::vector<bool>(length, true)).GetLength(),
+                  static_cast<int>(3 * length + 2));
+    }
+}
+
+}  // namespace

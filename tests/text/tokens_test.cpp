@@ -1,0 +1,150 @@
+// Tokens, shortening, trimming, case and search.
+#include "text/search.h"
+#include "text/tokens.h"
+
+#include <limits>
+#include <random>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+template <typename Unit>
+CStringT<Unit> RandomText(std::mt19937& random, const Unit* units, std::size_t most) {
+    CStringT<Unit> text;
+    const std::size_t count = std::char_traits<Unit>::length(units);
+    for (auto length = random() % most; length > 0; --length) text += units[random() % count];
+    return text;
+}
+
+TEST(Split, IsTokenizeToTheEnd) {
+    EXPECT_EQ(SplitCStringW(TEXT("a, ,b"), TEXT(","), false).size(), 3u);
+    EXPECT_EQ(SplitCStringW(TEXT("a, ,b"), TEXT(","), true), (std::vector<CStringW>{TEXT("a"), TEXT("b")}));
+    EXPECT_EQ(SplitCStringW(TEXT(",,a,,b,"), TEXT(","), false).size(), 2u);
+    EXPECT_EQ(SplitCStringW(TEXT("a b"), TEXT(""), false), (std::vector<CStringW>{TEXT("a b")}));
+    std::mt19937 random(5501);
+    for (int round = 0; round < 3000; ++round) {
+        const CStringW text = RandomText(random, TEXT("ab ,;\x20ac\x20ad"), 30);
+        const CStringW delimiters = RandomText(random, TEXT(",;\x20ac"), 3);
+        for (const bool trim : {false, true}) {
+            std::vector<CStringW> expected;
+            for (int position = 0; position != -1;) {
+                CStringW token = text.Tokenize(delimiters, position);
+                if (trim) token.Trim();
+                if (position != -1 && !(trim && token.IsEmpty())) expected.push_back(token);
+            }
+            ASSERT_EQ(SplitCStringW(text, delimiters, trim), expected);
+        }
+    }
+}
+
+TEST(TokenizeQuoted, KeepsWhatStandsInQuotesTogether) {
+    const struct {
+        const WCHAR* text;
+        std::vector<CStringW> tokens;
+    } rows[] = {
+        {TEXT(""), {}},
+        {TEXT(",;,"), {}},
+        {TEXT("\"a,b\",c"), {TEXT("\"a,b\""), TEXT("c")}},
+        {TEXT("x\"a,b\"y"), {TEXT("x\"a"), TEXT("b\"y")}},
+        {TEXT("\"a\"bc,d"), {TEXT("\"a\"bc"), TEXT("d")}},
+        {TEXT("\"a\"b\"c,d\",e"), {TEXT("\"a\"b\"c,d\""), TEXT("e")}},
+        {TEXT("a;\"b,c"), {TEXT("a"), TEXT("\"b,c")}},
+        {TEXT(",,a;,b,,"), {TEXT("a"), TEXT("b")}},
+        {TEXT("\""), {TEXT("\"")}},
+        {TEXT("caf\x00e9,\"\x20ac,\""), {TEXT("caf\x00e9"), TEXT("\"\x20ac,\"")}},
+    };
+    for (const auto& row : rows) {
+        int wide = 0;
+        int narrow = 0;
+        for (const CStringW& token : row.tokens) {
+            EXPECT_EQ(TokenizeQuotedW(row.text, TEXT(",;"), wide), token);
+            EXPECT_EQ(TokenizeQuotedA(row.text, ",;", narrow), CStringA(token));
+            EXPECT_EQ(narrow, wide);
+            EXPECT_GE(wide, 0);
+        }
+        for (int again = 0; again < 2; ++again) {
+            EXPECT_TRUE(TokenizeQuotedW(row.text, TEXT(",;"), wide).IsEmpty());
+            EXPECT_TRUE(TokenizeQuotedA(row.text, ",;", narrow).IsEmpty());
+            EXPECT_EQ(wide, -1);
+            EXPECT_EQ(narrow, -1);
+        }
+    }
+    for (int position : {2, 100, std::numeric_limits<int>::max(), -2, std::numeric_limits<int>::min()}) {
+        EXPECT_TRUE(TokenizeQuotedW(TEXT("ab"), TEXT(","), position).IsEmpty());
+        EXPECT_EQ(position, -1);
+    }
+    int position = 0;
+    EXPECT_EQ(TokenizeQuotedW(CStringW(TEXT("a\0b"), 3), TEXT(","), position), CStringW(TEXT("a\0b"), 3));
+    position = 0;
+    EXPECT_EQ(TokenizeQuotedA(CStringA("a\0b", 3), ",", position), "a");
+    EXPECT_EQ(position, 1);
+}
+
+TEST(Abbreviated, NeverMakesATextLonger) {
+    EXPECT_EQ(AbbreviatedW(TEXT("abc12xy"), 2, 2), TEXT("abc12xy"));
+    EXPECT_EQ(AbbreviatedW(TEXT("abc12xyz"), 2, 2), TEXT("ab...yz"));
+    EXPECT_EQ(AbbreviatedA("abcd", 0, 0), "...");
+    EXPECT_EQ(AbbreviatedA("abc", 0, 0), "abc");
+    EXPECT_EQ(AbbreviatedA("abcdefgh", 0xFFFFFFFF, 0xFFFFFFFF), "abcdefgh");
+    EXPECT_EQ(AbbreviatedA("abcdefgh", 4, 0), "abcd...");
+}
+
+template <typename Unit, typename Find>
+void ExpectFound(Find find, const Unit* text, const Unit* sought, int expected) {
+    const Unit* const found = find(text, sought);
+    EXPECT_EQ(found == nullptr ? -1 : static_cast<int>(found - text), expected) << CStringA(sought);
+}
+
+TEST(FindNoCase, GivesTheFirstPlace) {
+    ExpectFound(FindNoCaseA, "Hello", "LL", 2);
+    ExpectFound(FindNoCaseA, "Hello", "", -1);
+    ExpectFound(FindNoCaseA, "", "", -1);
+    ExpectFound(FindNoCaseA, "Hell", "Hello", -1);
+    ExpectFound(FindNoCaseA, "aaab", "AAB", 1);
+    ExpectFound(FindNoCaseA, "[\\]^_`{|}", "{", 6);
+    ExpectFound(FindNoCaseW, TEXT("Hello"), TEXT("hELLO"), 0);
+    ExpectFound(FindNoCaseW, TEXT("x\x4e2d\xd83d"), TEXT("\xd83d"), 2);
+    ExpectFound(FindNoCaseW, TEXT("ab"), TEXT("abc"), -1);
+    std::mt19937 random(5502);
+    for (int round = 0; round < 5000; ++round) {
+        const CStringW text = RandomText(random, TEXT("abAB."), 20);
+        const CStringW sought = RandomText(random, TEXT("abAB."), 4);
+        const int place =
+            sought.IsEmpty() ? -1 : CStringW(text).MakeUpper().Find(CStringW(sought).MakeUpper());
+        ExpectFound(FindNoCaseW, text.GetString(), sought.GetString(), place);
+        ExpectFound(FindNoCaseA, CStringA(text).GetString(), CStringA(sought).GetString(), place);
+    }
+}
+
+TEST(Functions, GiveAChangedTextOfTheSameClass) {
+    EXPECT_EQ(TrimmedA(" \ta b\r\n"), "a b");
+    EXPECT_EQ(TrimmedW(TEXT("\x00a0 a \x3000")), TEXT("a"));
+    EXPECT_EQ(TrimmedA(std::string(" a\0 ", 4)), "a");
+    EXPECT_EQ(TrimmedW(StdWString(TEXT(" a "))), StdWString(TEXT("a")));
+    EXPECT_EQ(LowerA("\xc9"
+                     "A["),
+              "\xe9"
+              "a[");
+    EXPECT_EQ(UpperA("\xe9\xff"
+                     "a{"),
+              "\xc9\x9f"
+              "A{");
+    EXPECT_EQ(LowerW(TEXT("\x00c9\x0416")), TEXT("\x00e9\x0436"));
+    EXPECT_EQ(UpperW(TEXT("\x00e9\x0436\x4e2d")), TEXT("\x00c9\x0416\x4e2d"));
+    EXPECT_EQ(LowerA(std::string("AB\0C", 4)), "ab");
+    EXPECT_EQ(UpperA(std::string("ab")), "AB");
+    EXPECT_EQ(LowerW(StdWString(TEXT("AB"))), StdWString(TEXT("ab")));
+    EXPECT_EQ(UpperW(StdWString(TEXT("ab"))), StdWString(TEXT("AB")));
+    EXPECT_EQ(ReplacedA("a-b-", "-", "--"), "a--b--");
+    EXPECT_EQ(ReplacedW(TEXT("abc"), TEXT("x"), TEXT("y")), TEXT("abc"));
+    EXPECT_EQ(ReplacedW(TEXT("abc"), TEXT(""), TEXT("y")), TEXT("abc"));
+    EXPECT_EQ(ReplacedA(std::string("aXbX"), std::string("X"), std::string()), "ab");
+    EXPECT_EQ(ReplacedW(StdWString(TEXT("aa")), StdWString(TEXT("a")), StdWString(TEXT("b"))),
+              StdWString(TEXT("bb")));
+    EXPECT_EQ(CompareNoCaseStd("ABC", "abc"), 0);
+    EXPECT_LT(CompareNoCaseStd(std::string("a"), std::string("B")), 0);
+    EXPECT_GT(CompareNoCaseStd(StdWString(TEXT("\x00c9x")), StdWString(TEXT("\x00e9"))), 0);
+}
+
+}  // namespace
