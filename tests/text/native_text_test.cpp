@@ -1,0 +1,86 @@
+// What only a native test can set: a double-byte code page as the ANSI one, and the C library's locale.
+#include "text/text.h"
+
+#include "winapi/control.h"
+
+#include <clocale>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class Japanese : public testing::Test {
+  protected:
+    void SetUp() override { before = winapi::SetAnsiCodePage(932); }
+    void TearDown() override { winapi::SetAnsiCodePage(before); }
+
+    UINT before = 0;
+    // Two characters whose second bytes are a backslash and an "A".
+    const char* const so = "\x83\x5c";
+    const char* const a = "\x83\x41";
+};
+
+TEST_F(Japanese, SecondBytesAreNoCharactersOfTheirOwn) {
+    const CStringA text = CStringA(so) + "\\" + a + "a";
+    ASSERT_EQ(CStringW(text), TEXT("\x30bd\\\x30a2"
+                                   "a"));
+    EXPECT_EQ(LowerA(text), text);
+    EXPECT_EQ(UpperA(text), CStringA(so) + "\\" + a + "A");
+    EXPECT_EQ(ReplacedA(text, "\\", "/"), CStringA(so) + "/" + a + "a");
+    EXPECT_EQ(EscapedTextA(text), "<83>\\\\<83>Aa");
+    EXPECT_EQ(AbbreviatedA(text, 1, 1), CStringA("\x83...a"));
+
+    const char* const begin = text;
+    EXPECT_EQ(FindNoCaseA(begin, "\\"), begin + 2);
+    EXPECT_EQ(FindNoCaseA(begin, "A"), begin + 5);
+    EXPECT_EQ(FindNoCaseA(begin, a), begin + 3);
+    EXPECT_EQ(FindNoCaseA(begin, "\x83\x61"), nullptr);
+    EXPECT_EQ(FindNoCaseA(begin, "\x83"), nullptr);
+    const char* const half = "x\x83";  // without its second byte
+    EXPECT_EQ(FindNoCaseA(half, "\x83"), half + 1);
+}
+
+TEST_F(Japanese, TokensCountWideUnits) {
+    const CStringA text = CStringA("\"") + so + "\\" + a + "\"x\\" + so + "\\\\" + a;
+    int position = 0;
+    EXPECT_EQ(TokenizeQuotedA(text, "\\", position), text.Left(8));
+    EXPECT_EQ(position, 6);
+    EXPECT_EQ(TokenizeQuotedA(text, "\\", position), so);
+    EXPECT_EQ(position, 8);
+    EXPECT_EQ(TokenizeQuotedA(text, "\\", position), a);
+    EXPECT_EQ(position, 11);
+    EXPECT_TRUE(TokenizeQuotedA(text, "\\", position).IsEmpty());
+    EXPECT_EQ(position, -1);
+}
+
+TEST_F(Japanese, ListsAndNumbersPassThroughTheCodePage) {
+    EXPECT_EQ(CStringWFromVectorCStringA({so}), TEXT("{ \"\x30bd\" }"));
+    EXPECT_EQ(CStringAFromVectorCStringW({TEXT("\x30a2")}), CStringA("{ \"") + a + "\" }");
+    EXPECT_EQ(CStringAFromSetCStringW({TEXT("\x30bd"), TEXT("\x30a2")}),
+              CStringA("{ \"") + a + "\",\"" + so + "\" }");
+    EXPECT_EQ(CStringWFromDouble(1.5, 3, '\xa5'), TEXT("1\xff65"
+                                                       "5"));  // of half width
+}
+
+TEST(Locale, HasNoSayInNumbersAndLists) {
+    std::string before = std::setlocale(LC_ALL, nullptr);
+    for (const char* name : {"C", "C.UTF-8", "de_DE.UTF-8", "tr_TR.UTF-8"}) {
+        if (std::setlocale(LC_ALL, name) == nullptr) continue;  // not installed here
+        EXPECT_EQ(CStringWFromDouble(-1234.5, 7, '.'), "-1234.5") << name;
+        EXPECT_EQ(CStringWFromInt64Grouped(-1234), "-1,234") << name;
+        EXPECT_EQ(CStringAFromVectorDouble({0.5, 1e300}), "{ 0.5, 1e+300 }") << name;
+        EXPECT_TRUE(TextAFromHex("4\xe9").IsEmpty()) << name;
+        const WCHAR* cursor = TEXT("\x0131");
+        EXPECT_EQ(ColumnIndexFromLetters(&cursor), noColumn) << name;
+        EXPECT_NE(FindNoCaseW(TEXT("TITLE"), TEXT("title")), nullptr) << name;
+    }
+    // Beyond ASCII the search goes by the locale.
+    if (std::setlocale(LC_ALL, "C.UTF-8") != nullptr) {
+        EXPECT_NE(FindNoCaseW(TEXT("caf\x00c9"), TEXT("\x00e9")), nullptr);
+    }
+    std::setlocale(LC_ALL, "C");
+    EXPECT_EQ(FindNoCaseW(TEXT("caf\x00c9"), TEXT("\x00e9")), nullptr);
+    std::setlocale(LC_ALL, before.c_str());
+}
+
+}  // namespace
