@@ -230,8 +230,8 @@ CStringA CStringAFromVectorByte(const std::vector<std::uint8_t>& values, std::ui
 CStringA CStringAFromVectorUInt64Hex(const std::vector<std::uint64_t>& values) {
     return List<CStringA>(values.size(), [&values](Line<CStringA>& line, std::size_t i) {
         std::uint8_t bytes[8];
-        for (unsigned byte = 0; byte < 8; ++byte) {
-            bytes[byte] = static_cast<std::uint8_t>(values[i] >> (56 - 8 * byte) & 0xFF);
+        for (unsigned at = 0; at < 8; ++at) {
+            bytes[at] = static_cast<std::uint8_t>(values[i] >> (56 - 8 * at) & 0xFF);
         }
         char* const target = line.Room(16);
         detail::EncodeHex(bytes, sizeof bytes, target);
