@@ -212,7 +212,9 @@ TEST_F(ProgramTest, FindsOutFaultyAddIns) {
         {BAD_ADDIN_1, kBadAccount, "leaked 1, freed twice 0"},
         {BAD_ADDIN_2, kBadAccount, "leaked 0, freed twice 1"},
         {BAD_ADDIN_3, kBadInput, "refuses to open"},
+#ifdef BAD_ADDIN_4  // throws, where an exception can leave a module
         {BAD_ADDIN_4, kBadInput, "failed in the workbook's handshake"},
+#endif
     };
     const std::string ask = "5.1,3.5,1.4,0.2,\"=NetOutputPrediction(A1:D1,\"\"iris\"\")\"\n";
     for (const auto& c : cases) {
