@@ -31,15 +31,14 @@ WITH_SSSE3 inline __m128i AtMost(__m128i values, int limit) noexcept {
     return _mm_cmpeq_epi8(_mm_min_epu8(values, All(limit)), values);
 }
 
-// The values of hexadecimal digits; `valid` loses the bytes that are none.
-WITH_SSSE3 inline __m128i HexValues(__m128i characters, __m128i& valid) noexcept {
-    const __m128i number = _mm_sub_epi8(characters, All('0'));
-    const __m128i letter = _mm_sub_epi8(_mm_or_si128(characters, All(0x20)), All('a'));
-    const __m128i isNumber = AtMost(number, 9);
-    const __m128i isLetter = AtMost(letter, 5);
-    valid = _mm_and_si128(valid, _mm_or_si128(isNumber, isLetter));
-    return _mm_or_si128(_mm_and_si128(isNumber, number),
-                        _mm_and_si128(isLetter, _mm_add_epi8(letter, All(10))));
+// The values of hexadecimal digits, and 16 or more for what is none. Sums and differences saturate or wrap so
+// that the digits, and apart from them the letters, come down to their values, and all else above them.
+WITH_SSSE3 inline __m128i HexValues(__m128i characters) noexcept {
+    const __m128i fromTop = _mm_add_epi8(characters, All(0xFF - '9'));
+    const __m128i number = _mm_sub_epi8(_mm_subs_epu8(fromTop, All(6)), All(0xF0));
+    const __m128i upper = _mm_and_si128(characters, All(0xDF));
+    const __m128i letter = _mm_adds_epu8(_mm_sub_epi8(upper, All('A')), All(10));
+    return _mm_min_epu8(number, letter);
 }
 
 // Each 16 bits of the pairs: the first digit times 16 plus the second.
@@ -92,10 +91,9 @@ WITH_SSSE3 std::size_t EncodeHexWide(const std::uint8_t* bytes, std::size_t size
 WITH_SSSE3 std::size_t DecodeHexWide(const char* digits, std::size_t pairs, std::uint8_t* bytes) noexcept {
     std::size_t i = 0;
     for (; pairs - i >= 16; i += 16) {
-        __m128i valid = All(0xFF);
-        const __m128i first = HexValues(Load(digits + 2 * i), valid);
-        const __m128i second = HexValues(Load(digits + 2 * i + 16), valid);
-        if (!IsAllOnes(valid)) return i;
+        const __m128i first = HexValues(Load(digits + 2 * i));
+        const __m128i second = HexValues(Load(digits + 2 * i + 16));
+        if (!IsAllOnes(AtMost(_mm_max_epu8(first, second), 15))) return i;
         Store(bytes + i, _mm_packus_epi16(JoinedPairs(first), JoinedPairs(second)));
     }
     return i;

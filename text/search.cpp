@@ -58,8 +58,9 @@ bool BeginsWith(const Unit* text, const Unit* sought) noexcept {
 template <typename Characters, typename Unit>
 const Unit* FindNoCase(const Unit* text, const Unit* sought) noexcept {
     if (*sought == 0) return nullptr;
+    const unsigned first = Folded(*sought);
     for (; *text != 0; text += Characters::Length(text)) {
-        if (BeginsWith<Characters>(text, sought)) return text;
+        if (Folded(*text) == first && BeginsWith<Characters>(text, sought)) return text;
     }
     return nullptr;
 }
