@@ -30,3 +30,8 @@ if(KESTROLUMEN_SANITIZE)
   add_compile_options(-fsanitize=${KESTROLUMEN_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${KESTROLUMEN_SANITIZE})
 endif()
+
+# What is fuzzed tells the fuzzer which ways it goes.
+if(KESTROLUMEN_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

@@ -1,0 +1,63 @@
+// Quotes, enclosures, records and escapes in any text.
+#include "fuzz.h"
+
+#include "text/escapes.h"
+#include "text/quoting.h"
+
+#include <algorithm>
+
+using fuzz::Check;
+
+namespace {
+
+// The field of this number, counted from 0.
+CStringW Field(const CStringW& record, int number) {
+    int begin = 0;
+    for (; number > 0; --number) {
+        const int separator = record.Find(WCHAR{1}, begin);
+        if (separator < 0) return CStringW();
+        begin = separator + 1;
+    }
+    const int end = record.Find(WCHAR{1}, begin);
+    return end < 0 ? record.Mid(begin) : record.Mid(begin, end - begin);
+}
+
+bool IsPrintable(const CStringA& text) {
+    return std::all_of(text.GetString(), text.GetString() + text.GetLength(),
+                       [](char character) { return character >= 0x20 && character <= 0x7E; });
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const CStringW text = fuzz::Wide({data, size});
+    Check(DoubleQuotesUndoubled(DoubleQuotesDoubled(text)) == text, "undoubled is what was doubled");
+
+    const CStringW reference(text.GetString());
+    const CStringW doubled = SheetQuotesDoubled(reference);
+    const CStringW undoubled = SheetQuotesUndoubled(doubled);
+    Check(doubled.GetLength() >= reference.GetLength() && undoubled.GetLength() <= doubled.GetLength(),
+          "doubling lengthens");
+    if (reference.IsEmpty() || reference[0] != TEXT('\'')) {
+        Check(undoubled == reference, "a part that isn't enclosed comes back");
+    }
+
+    Check(WithLeadingEquals(text)[0] == TEXT('='), "a formula begins with its sign");
+    Check(WithoutLeadingEquals(TEXT("=") + text) == text, "one sign goes");
+    Check(WithoutLeadingAt(TEXT("@") + text) == text, "one sign goes");
+    Check(WithoutLeadingAts(text)[0] != TEXT('@'), "all signs go");
+    const CStringW trailing = WithoutTrailingAts(text);
+    Check(trailing.IsEmpty() || trailing[trailing.GetLength() - 1] != TEXT('@'), "all signs go");
+    Check(WithoutParentheses(TEXT("(") + text + TEXT(")")) == text, "one pair goes");
+    Check(WithoutSingleQuotes(TEXT("'") + text + TEXT("'")) == text, "one pair goes");
+    Check(WithoutDoubleQuotes(TEXT("\"") + text + TEXT("\"")) == text, "one pair goes");
+
+    const CStringW first = Field(text, 0);
+    const CStringW fourth = Field(text, 3);
+    const CStringW between = first.IsEmpty() || fourth.IsEmpty() ? CStringW() : CStringW(TEXT(" / "));
+    Check(FirstAndFourthField(text) == first + between + fourth, "the first and the fourth field");
+
+    Check(IsPrintable(EscapedTextA(fuzz::Narrow({data, size}))), "escaped text is printable");
+    Check(IsPrintable(EscapedTextW(text)), "escaped text is printable");
+    return 0;
+}
