@@ -26,7 +26,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
               "what is read strictly is hexadecimal text");
         Check(std::equal(
                   loose.begin(), loose.begin() + strict.GetLength(), strict.GetString(),
-                  [](std::uint8_t byte, char character) { return static_cast<char>(byte) == character; }),
+                  [](std::uint8_t unit, char character) { return static_cast<char>(unit) == character; }),
               "strict and loose reading agree");
     }
     const CStringW wide = fuzz::Wide(input);
