@@ -79,6 +79,10 @@ constexpr char twoDigits[] =
     "0001020304050607080910111213141516171819202122232425262728293031323334353637383940414243444546474849"
     "5051525354555657585960616263646566676869707172737475767778798081828384858687888990919293949596979899";
 
+void WriteTwoDigits(unsigned value, char* target) noexcept {
+    std::copy_n(twoDigits + std::size_t{2} * value, 2, target);
+}
+
 }  // namespace
 
 namespace detail {
@@ -104,21 +108,13 @@ int SignificantDigits(double value, int count, Ties ties, char* digits) noexcept
 
 char* WriteBackwards(unsigned long long value, char* end) noexcept {
     // In the machine's own size as soon as it fits: 32-bit machines divide 64 bits slowly.
-    while (value > std::numeric_limits<unsigned>::max()) {
-        const auto pair = static_cast<unsigned>(value % 100) * 2;
-        value /= 100;
-        *--end = twoDigits[pair + 1];
-        *--end = twoDigits[pair];
+    for (; value > std::numeric_limits<unsigned>::max(); value /= 100) {
+        WriteTwoDigits(static_cast<unsigned>(value % 100), end -= 2);
     }
     auto rest = static_cast<unsigned>(value);
-    for (; rest >= 100; rest /= 100) {
-        const unsigned pair = rest % 100 * 2;
-        *--end = twoDigits[pair + 1];
-        *--end = twoDigits[pair];
-    }
+    for (; rest >= 100; rest /= 100) WriteTwoDigits(rest % 100, end -= 2);
     if (rest >= 10) {
-        *--end = twoDigits[rest * 2 + 1];
-        *--end = twoDigits[rest * 2];
+        WriteTwoDigits(rest, end -= 2);
     } else {
         *--end = static_cast<char>('0' + rest);
     }
@@ -127,8 +123,7 @@ char* WriteBackwards(unsigned long long value, char* end) noexcept {
 
 void WriteThreeDigits(unsigned value, char* target) noexcept {
     target[0] = static_cast<char>('0' + value / 100);
-    target[1] = twoDigits[value % 100 * 2];
-    target[2] = twoDigits[value % 100 * 2 + 1];
+    WriteTwoDigits(value % 100, target + 1);
 }
 
 }  // namespace detail

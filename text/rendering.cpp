@@ -303,11 +303,13 @@ CStringA CStringAFromSetCStringW(const std::set<CStringW>& texts) {
 }
 
 CStringA CStringAFromSharedVectorDouble(std::shared_ptr<const std::vector<double>> values) {
-    return values == nullptr ? CStringA("N/A") : CStringAFromVectorDouble(*values);
+    const auto released = std::move(values);
+    return released == nullptr ? CStringA("N/A") : CStringAFromVectorDouble(*released);
 }
 
 CStringA CStringAFromSharedVectorInt32(std::shared_ptr<const std::vector<std::int32_t>> values) {
-    return values == nullptr ? CStringA("N/A") : CStringAFromVectorInt32(*values);
+    const auto released = std::move(values);
+    return released == nullptr ? CStringA("N/A") : CStringAFromVectorInt32(*released);
 }
 
 CStringA CStringAFromByteList(const std::vector<std::uint8_t>& values, bool hex) {
