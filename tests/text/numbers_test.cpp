@@ -15,39 +15,20 @@ namespace {
 constexpr auto lowest64 = std::numeric_limits<std::int64_t>::min();
 
 TEST(Grouped, SeparatesThreeDigitsFromTheRight) {
-    const std::pair<std::int64_t, const char*> rows[] = {
-        {0, "0"},
-        {-1, "-1"},
-        {999, "999"},
-        {1000, "1,000"},
-        {-1001, "-1,001"},
-        {1000000, "1,000,000"},
-        {std::numeric_limits<std::int64_t>::max(), "9,223,372,036,854,775,807"},
-        {lowest64, "-9,223,372,036,854,775,808"},
-    };
-    for (const auto& [value, expected] : rows) {
-        EXPECT_EQ(CStringAFromInt64Grouped(value), expected);
-        EXPECT_EQ(CStringWFromInt64Grouped(value), expected);
-    }
-    EXPECT_EQ(CStringWFromInt64Grouped(1234567, TEXT('\x202f')), TEXT("1\x202f"
-                                                                      "234\x202f"
-                                                                      "567"));
-    EXPECT_EQ(CStringAFromInt64Grouped(1234, '\xa0'),
+    EXPECT_EQ(CStringWFromInt64Grouped(lowest64), "-9,223,372,036,854,775,808");
+    EXPECT_EQ(CStringAFromInt64Grouped(-1000), "-1,000");
+    EXPECT_EQ(CStringAFromInt64Grouped(1001, '\xa0'),
               "1\xa0"
-              "234");
+              "001");
     EXPECT_EQ(CStringWFromInt64Grouped(1234, 0), CStringW(TEXT("1\0"
                                                                "234"),
                                                           5));
-}
-
-TEST(Grouped, IsTheNumberWithoutItsSeparators) {
     std::mt19937_64 random(5201);
     for (int i = 0; i < 20'000; ++i) {
         const auto value = static_cast<std::int64_t>(random()) >> (random() % 64);
-        CStringA text = CStringAFromInt64Grouped(value, ';');
-        for (int at = text.GetLength() - 4; at > (value < 0 ? 1 : 0); at -= 4) ASSERT_EQ(text[at], ';');
-        text.Remove(';');
-        ASSERT_EQ(std::to_string(value), text.GetString());
+        std::string expected = std::to_string(value);
+        for (auto at = expected.size(); at > (value < 0 ? 4u : 3u);) expected.insert(at -= 3, ",");
+        ASSERT_EQ(CStringAFromInt64Grouped(value), expected.c_str());
     }
 }
 
@@ -58,34 +39,21 @@ TEST(FromDouble, FollowsTheRulesOfNotation) {
         const char* expected;
         char point = '.';
     } rows[] = {
-        {1234.0, 2, "1234"},
         {-0.0, 7, "0"},
         {-2147483648.0, 3, "-2147483648"},
         {2147483647.0, 3, "2147483647"},
         {2147483648.0, 7, "2.147484E9"},
         {-2147483649.0, 10, "-2147483649"},
-        {1234.5, 7, "1234.5"},
-        {0.5, 7, "0.5"},
-        {0.05, 7, "5E-2"},
-        {1e10, 7, "1E10"},
-        {-0.25, 7, "-0.25"},
-        {1230.4, 4, "1230"},
-        {123456.789, 4, "1.235E5"},
-        {99.99, 2, "1E2"},
         {0.99999, 3, "1"},
-        {1234.5, 7, "1234,5", ','},
-        {0.0025, 7, "2,5E-3", ','},
         {0.125, 2, "0.13"},  // halves go away from zero
         {-2.5, 1, "-3"},
         {9.5, 1, "1E1"},
         {2147483650.0, 9, "2.14748365E9"},
-        {21474836450.0, 9, "2.14748365E10"},
         {5e-324, 3, "4.94E-324"},
         {1.7976931348623157e308, 17, "1.7976931348623157E308"},
         {1.5, 0, "2"},  // digits below 1 count as 1
         {0.1, std::numeric_limits<std::int16_t>::min(), "0.1"},
         {std::numeric_limits<double>::infinity(), 7, "inf"},
-        {-std::numeric_limits<double>::infinity(), 7, "-inf"},
         {std::numeric_limits<double>::quiet_NaN(), 7, "nan"},
         {1.5, 7,
          "1\xb7"
@@ -166,24 +134,19 @@ TEST(Columns, CountThroughTheirLetters) {
 
 TEST(Columns, AreReadFromTheFrontOfAReference) {
     const struct {
-        const WCHAR* text;
+        const char* text;
         std::uint16_t index;
         int moved;
-    } rows[] = {
-        {TEXT("xfd1"), 16383, 3}, {TEXT("AB12"), 27, 2},      {TEXT("A1"), 0, 1},
-        {TEXT("ABCD"), 730, 3},   {TEXT("12"), noColumn, 0},  {TEXT(""), noColumn, 0},
-        {TEXT("z"), 25, 1},       {TEXT("$A"), noColumn, 0},  {TEXT("a\x017f"), 0, 1},
-        {TEXT("@"), noColumn, 0}, {TEXT("[`{"), noColumn, 0}, {TEXT("\x0131"), noColumn, 0},
-    };
+    } rows[] = {{"xfd1", 16383, 3},  {"ABCD", 730, 3},    {"z", 25, 1},       {"", noColumn, 0},
+                {"$A", noColumn, 0}, {"@`", noColumn, 0}, {"[", noColumn, 0}, {"\xe1", noColumn, 0}};
     for (const auto& row : rows) {
-        const WCHAR* wide = row.text;
-        EXPECT_EQ(ColumnIndexFromLetters(&wide), row.index);
-        EXPECT_EQ(wide - row.text, row.moved);
-        if (row.text[row.moved] >= 0x80) continue;  // the code page has letters that look alike
-        const CStringA narrowText(row.text);
-        const char* narrow = narrowText;
+        const CStringW wideText(row.text);
+        const char* narrow = row.text;
+        const WCHAR* wide = wideText;
         EXPECT_EQ(ColumnIndexFromLetters(&narrow), row.index);
-        EXPECT_EQ(narrow - narrowText.GetString(), row.moved);
+        EXPECT_EQ(ColumnIndexFromLetters(&wide), row.index);
+        EXPECT_EQ(narrow - row.text, row.moved);
+        EXPECT_EQ(wide - wideText.GetString(), row.moved);
     }
     const char* none = nullptr;
     EXPECT_EQ(ColumnIndexFromLetters(&none), noColumn);

@@ -1,8 +1,7 @@
-// Escapes, the quoting of formulas and sheet references, enclosures and field records.
+// Escapes, quotes in sheet references, enclosures and field records. What docs/text.md has as an example and
+// what fuzz/quoting_fuzz.cpp holds of any text isn't repeated.
 #include "text/escapes.h"
 #include "text/quoting.h"
-
-#include <random>
 
 #include <gtest/gtest.h>
 
@@ -37,39 +36,14 @@ TEST(Escapes, OfNothingAndOfZeroUnits) {
     EXPECT_EQ(EscapedTextW(CStringW(TEXT("\0"), 1)), "<0000>");
 }
 
-TEST(Formulas, QuotesAreDoubledAndUndoubled) {
-    const struct {
-        const WCHAR* single;
-        const WCHAR* doubled;
-    } rows[] = {
-        {TEXT(""), TEXT("")},
-        {TEXT("a"), TEXT("a")},
-        {TEXT("\""), TEXT("\"\"")},
-        {TEXT("\"\""), TEXT("\"\"\"\"")},
-        {TEXT("say \"a\", 'b'"), TEXT("say \"\"a\"\", 'b'")},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(DoubleQuotesDoubled(row.single), row.doubled);
-        EXPECT_EQ(DoubleQuotesUndoubled(row.doubled), row.single);
-    }
-    EXPECT_EQ(DoubleQuotesUndoubled(TEXT("\"\"\"a\"")), TEXT("\"\"a\""));
-    EXPECT_EQ(DoubleQuotesDoubled(CStringW(TEXT("\"\0\""), 3)), CStringW(TEXT("\"\"\0\"\""), 5));
-}
-
 TEST(SheetReferences, ApostrophesAreDoubledInTheSheetPartAlone) {
     const struct {
         const WCHAR* single;
         const WCHAR* doubled;
     } rows[] = {
-        {TEXT("It's!A1"), TEXT("It''s!A1")},
-        {TEXT("'It's'!A1"), TEXT("'It''s'!A1")},
-        {TEXT("a!b'c"), TEXT("a!b'c")},
-        {TEXT("Sheet1!A1"), TEXT("Sheet1!A1")},
-        {TEXT("a'b!c'd!A1"), TEXT("a''b!c''d!A1")},
-        {TEXT("It's"), TEXT("It''s")},
-        {TEXT("'a"), TEXT("''a")},
-        {TEXT("'!A1"), TEXT("''!A1")},
-        {TEXT("!'"), TEXT("!'")},
+        {TEXT("a!b'c"), TEXT("a!b'c")}, {TEXT("a'b!c'd!A1"), TEXT("a''b!c''d!A1")},
+        {TEXT("It's"), TEXT("It''s")},  {TEXT("'a"), TEXT("''a")},
+        {TEXT("'!A1"), TEXT("''!A1")},  {TEXT("!'"), TEXT("!'")},
         {TEXT(""), TEXT("")},
     };
     for (const auto& row : rows) {
@@ -81,36 +55,8 @@ TEST(SheetReferences, ApostrophesAreDoubledInTheSheetPartAlone) {
     EXPECT_EQ(SheetQuotesUndoubled(TEXT("'''a'!A''1")), TEXT("''a'!A''1"));
 }
 
-// As one works by hand: find, insert, go on behind; find, remove, go on.
-TEST(Formulas, QuotesOfRandomTexts) {
-    std::mt19937 random(5305);
-    for (int round = 0; round < 5000; ++round) {
-        CStringW text;
-        for (auto length = random() % 12; length > 0; --length) text += TEXT("\"a'!\"'")[random() % 6];
-        CStringW doubled = text;
-        for (int at = doubled.Find(TEXT('"')); at >= 0; at = doubled.Find(TEXT('"'), at + 2)) {
-            doubled.Insert(at, TEXT('"'));
-        }
-        ASSERT_EQ(DoubleQuotesDoubled(text), doubled);
-        ASSERT_EQ(DoubleQuotesUndoubled(doubled), text);
-        CStringW undoubled = text;
-        for (int at = text.Find(TEXT("\"\"")); at >= 0; at = undoubled.Find(TEXT("\"\""), at + 1)) {
-            undoubled.Delete(at);
-        }
-        ASSERT_EQ(DoubleQuotesUndoubled(text), undoubled);
-
-        const int end = text.ReverseFind(TEXT('!')) < 0 ? text.GetLength() : text.ReverseFind(TEXT('!'));
-        CStringW part = text.Left(end);
-        const bool isEnclosed = end >= 2 && part[0] == TEXT('\'') && part[end - 1] == TEXT('\'');
-        const int margin = isEnclosed ? 1 : 0;
-        for (int at = margin; at < part.GetLength() - margin; ++at) {
-            if (part[at] == TEXT('\'')) part.Insert(at++, TEXT('\''));
-        }
-        ASSERT_EQ(SheetQuotesDoubled(text), part + text.Mid(end));
-    }
-}
-
 TEST(Formulas, PrefixesAndEnclosures) {
+    EXPECT_EQ(DoubleQuotesDoubled(CStringW(TEXT("\"\0\""), 3)), CStringW(TEXT("\"\"\0\"\""), 5));
     using Operation = CStringW (*)(const CStringW&);
     const struct {
         Operation operation;
@@ -118,28 +64,19 @@ TEST(Formulas, PrefixesAndEnclosures) {
         const WCHAR* expected;
     } rows[] = {
         {WithLeadingEquals, TEXT(""), TEXT("=")},
-        {WithLeadingEquals, TEXT("A1"), TEXT("=A1")},
         {WithLeadingEquals, TEXT("=A1"), TEXT("=A1")},
-        {WithoutLeadingEquals, TEXT("==A1"), TEXT("=A1")},
         {WithoutLeadingEquals, TEXT(""), TEXT("")},
-        {WithoutLeadingAt, TEXT("@@A1"), TEXT("@A1")},
         {WithoutLeadingAt, TEXT("A1@"), TEXT("A1@")},
-        {WithoutLeadingAts, TEXT("@@A@"), TEXT("A@")},
         {WithoutLeadingAts, TEXT("@@"), TEXT("")},
-        {WithoutTrailingAts, TEXT("@A@@"), TEXT("@A")},
         {WithoutTrailingAts, TEXT("@@"), TEXT("")},
         {WithoutTrailingAts, TEXT(""), TEXT("")},
         {WithoutDoubleQuotes, TEXT("\""), TEXT("\"")},
         {WithoutDoubleQuotes, TEXT("\"\""), TEXT("")},
         {WithoutDoubleQuotes, TEXT("\"\"a\"\""), TEXT("\"a\"")},
         {WithoutDoubleQuotes, TEXT("\"a"), TEXT("\"a")},
-        {WithoutParentheses, TEXT("(a)(b)"), TEXT("a)(b")},
         {WithoutParentheses, TEXT(")a("), TEXT(")a(")},
-        {WithoutSingleQuotes, TEXT("'a'"), TEXT("a")},
         {WithoutSingleQuotes, TEXT("\"a'"), TEXT("\"a'")},
         {FirstAndFourthField, TEXT(""), TEXT("")},
-        {FirstAndFourthField, TEXT("a\1b\1c\1d"), TEXT("a / d")},
-        {FirstAndFourthField, TEXT("a"), TEXT("a")},
         {FirstAndFourthField, TEXT("a\1b\1c\1"), TEXT("a")},
         {FirstAndFourthField, TEXT("\1\1\1d"), TEXT("d")},
         {FirstAndFourthField, TEXT("a\1\1\1d\1e"), TEXT("a / d")},
