@@ -1,8 +1,7 @@
 // Numbers as text against exact decimal arithmetic, and column letters against counting.
 #include "text/numbers.h"
 
-#include "exactdecimal.h"
-
+#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -70,6 +69,24 @@ TEST(FromDouble, FollowsTheRulesOfNotation) {
     EXPECT_EQ(CStringWFromDouble(-std::nextafter(1e-300, 1), 348, '.').GetLength(), 1 + 1 + 348 + 5);
 }
 
+// Rounded by hand from all its digits: the first `count`, and the place of the point in front of them.
+std::pair<std::string, int> RoundedAwayFromZero(double value, std::size_t count) {
+    char text[800]{};
+    std::to_chars(text, std::end(text), value, std::chars_format::scientific, 780);
+    std::string digits(text, 782);  // with the point; the exponent is behind
+    digits.erase(1, 1);
+    const int point = std::atoi(text + 783) + 1;
+    const bool up = digits[count] >= '5';
+    digits.resize(count);
+    const auto last = digits.find_last_not_of('9');
+    if (up && last == digits.npos) return {"1" + std::string(count - 1, '0'), point + 1};
+    if (up)
+        digits.replace(
+            last, count - last,
+            std::string(1, static_cast<char>(digits[last] + 1)) + std::string(count - last - 1, '0'));
+    return {digits, point};
+}
+
 // The rules, word by word, over digits that are given.
 std::string Written(bool isNegative, const std::string& digits, int point) {
     const auto count = static_cast<int>(digits.size());
@@ -84,7 +101,7 @@ std::string Written(bool isNegative, const std::string& digits, int point) {
 }
 
 void ExpectExact(double value, int digits) {
-    const auto [expected, point] = support::RoundedAwayFromZero(std::fabs(value), digits);
+    const auto [expected, point] = RoundedAwayFromZero(std::fabs(value), static_cast<std::size_t>(digits));
     ASSERT_EQ(CStringWFromDouble(value, static_cast<std::int16_t>(digits), '.'),
               CStringW(Written(value < 0, expected, point).c_str()))
         << std::hexfloat << value << ' ' << digits;

@@ -1,0 +1,10 @@
+# The rows of docs/text.md, | `expression` | `result` |, as lines of a table in C++.
+set(text_page "${CMAKE_SOURCE_DIR}/docs/text.md")
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${text_page}")
+file(STRINGS "${text_page}" rows REGEX "^\\| `.*` \\| `.*` \\|$" ENCODING UTF-8)
+set(text_examples)
+foreach(row IN LISTS rows)
+  string(REGEX REPLACE "^\\| `(.*)` \\| `(.*)` \\|$" "{R\"~(\\1)~\", Shown(\\1), R\"~(\\2)~\"},\n" line "${row}")
+  string(APPEND text_examples "${line}")
+endforeach()
+file(CONFIGURE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/text_examples/text_examples.inc" CONTENT "${text_examples}" @ONLY)
