@@ -3,7 +3,7 @@
 #
 #   scripts/test.sh             the native lane
 #   scripts/test.sh LANE...     native, native-asan, native-tsan, native32, win32, win64, lint
-#   scripts/test.sh all         all of these
+#   scripts/test.sh all         all of these but lint, whose findings change with no behaviour
 #
 # The last line says what passed, in ctest's own words.
 set -euo pipefail
@@ -12,7 +12,7 @@ cd "$(dirname "$0")/.."
 all=(native native-asan native-tsan native32 win32 win64)
 lanes=("$@")
 [ ${#lanes[@]} -gt 0 ] || lanes=(native)
-[ "${lanes[*]}" != all ] || lanes=(lint "${all[@]}")
+[ "${lanes[*]}" != all ] || lanes=("${all[@]}")
 
 case "${lanes[*]}" in
   native) scripts/setup.sh native ;;
