@@ -155,6 +155,17 @@ TEST(Text, WithoutMemoryNothingIsLeftAndTheFailurePassesOn) {
         [](const StdWString& text, const std::string&) {
             static_cast<void>(CStringWFormat(TEXT("%s"), text));
         },
+        [](const StdWString& text, const std::string&) {
+            static_cast<void>(CStringWFromVectorPairCStringW({{text.c_str(), text.c_str()}}));
+        },
+        [](const StdWString& text, const std::string& narrow) {
+            static_cast<void>(CStringAFromSetCStringW({text.c_str(), TEXT("a"), TEXT("b")}));
+            static_cast<void>(BytesFromHex(HexFromTextA(narrow.c_str())));
+        },
+        [](const StdWString& text, const std::string&) {
+            static_cast<void>(SplitCStringW(SheetQuotesDoubled(text.c_str()), TEXT(","), true));
+            static_cast<void>(EscapedTextW<std::string>(text));
+        },
     };
     for (const auto operation : operations) {
         std::size_t faults = 0;  // none where a sanitizer's operator new isn't seen
