@@ -94,9 +94,8 @@ XXloperPtr ArrayOfNumbers(const Shape& shape, Fill fill) {
 }
 
 XXloperPtr ArrayOfValues(const Shape& shape, std::span<const double> values) {
-    return ArrayOfNumbers(shape, [&](XLOPER12* next) noexcept {  //
-        return FillNumbers(next, shape.Cells(), values);
-    });
+    const auto fill = [&](XLOPER12* next) noexcept { return FillNumbers(next, shape.Cells(), values); };
+    return ArrayOfNumbers(shape, fill);
 }
 
 // `length` gives how many values of a row count.

@@ -74,7 +74,7 @@ State Update(State state, const void* data, std::size_t length) noexcept {
 }
 
 struct CloseFile {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+    void operator()(std::FILE* file) const noexcept { static_cast<void>(std::fclose(file)); }
 };
 
 std::unique_ptr<std::FILE, CloseFile> OpenForReading(const CStringW& path) {

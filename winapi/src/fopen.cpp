@@ -39,7 +39,7 @@ errno_t Open(std::FILE** file, const WCHAR* path, const WCHAR* mode) {
     *file = std::fopen(winapi::SystemPath(path).c_str(), systemMode.c_str());
     if (*file == nullptr) return FileError(errno);
     if (!IsFolder(*file)) return 0;
-    std::fclose(*file);
+    static_cast<void>(std::fclose(*file));
     *file = nullptr;
     return EACCES;
 }
