@@ -79,20 +79,62 @@ constexpr char twoDigits[] =
     "0001020304050607080910111213141516171819202122232425262728293031323334353637383940414243444546474849"
     "5051525354555657585960616263646566676869707172737475767778798081828384858687888990919293949596979899";
 
+// Those that a double holds exactly.
+constexpr double powersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                  1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+double Scaled(double value, int places) noexcept {
+    return places >= 0 ? value * powersOfTen[places] : value / powersOfTen[-places];
+}
+
+// Whether this power and its neighbours are exact.
+bool IsExactPower(int places) noexcept {
+    return places > -22 && places < 22;
+}
+
 void WriteTwoDigits(unsigned value, char* target) noexcept {
     std::copy_n(twoDigits + std::size_t{2} * value, 2, target);
+}
+
+// Up to 15 digits of a normal double, as a whole number: the value times a power of ten, which is rounded
+// once and so is off by no more than half its last bit. Gives false if that leaves it open which way to
+// round.
+bool QuickDigits(double value, int count, char* digits, int& point) noexcept {
+    const int binary = std::ilogb(value);
+    int places = count - 1 - (binary * 1233 >> 12);  // the logarithm of 2 is 0.30103; may be one off
+    if (!IsExactPower(places)) return false;
+    double scaled = Scaled(value, places);
+    if (scaled >= powersOfTen[count]) {
+        scaled = Scaled(value, --places);
+    } else if (scaled < powersOfTen[count - 1]) {
+        scaled = Scaled(value, ++places);
+    }
+    auto whole = static_cast<std::int64_t>(scaled);
+    const double fraction = scaled - static_cast<double>(whole);
+    if (std::fabs(fraction - 0.5) <= scaled * std::numeric_limits<double>::epsilon()) return false;
+    if (fraction > 0.5) ++whole;
+    point = count - places;
+    const auto limit = static_cast<std::int64_t>(powersOfTen[count]);
+    if (whole == limit) {
+        whole = limit / 10;
+        ++point;
+    }
+    detail::WriteBackwards(static_cast<unsigned long long>(whole), digits + count);
+    return true;
 }
 
 }  // namespace
 
 namespace detail {
 
-// The shortest decimal that reads back as the value is quicker to be had than exact digits. Up to 15 digits,
-// which every normal double holds, it rounds as the value does: a half between them would be shorter still or
-// nearer. Only when it is such a half itself does it not tell on which side of it the value lies.
+// Next, the shortest decimal that reads back as the value is quicker to be had than exact digits. Up to 15
+// digits, which every normal double holds, it rounds as the value does: a half between them would be shorter
+// still or nearer. Only when it is such a half itself does it not tell on which side of it the value lies.
 int SignificantDigits(double value, int count, Ties ties, char* digits) noexcept {
     if (count > 15 || value < std::numeric_limits<double>::min())
         return ExactDigits(value, count, ties, digits);
+    int point = 0;
+    if (QuickDigits(value, count, digits, point)) return point;
     Scientific shortest;
     shortest.Parse(
         std::to_chars(shortest.text, std::end(shortest.text), value, std::chars_format::scientific).ptr);
