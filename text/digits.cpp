@@ -127,9 +127,10 @@ bool QuickDigits(double value, int count, char* digits, int& point) noexcept {
 
 namespace detail {
 
-// Next, the shortest decimal that reads back as the value is quicker to be had than exact digits. Up to 15
-// digits, which every normal double holds, it rounds as the value does: a half between them would be shorter
-// still or nearer. Only when it is such a half itself does it not tell on which side of it the value lies.
+// What one multiplication leaves open is decided by the shortest decimal that reads back as the value, which
+// is quicker to be had than exact digits. Up to 15 digits, which every normal double holds, it rounds as the
+// value does: a half between them would be shorter still or nearer. Only when it is such a half itself does
+// it not tell on which side of it the value lies.
 int SignificantDigits(double value, int count, Ties ties, char* digits) noexcept {
     if (count > 15 || value < std::numeric_limits<double>::min())
         return ExactDigits(value, count, ties, digits);
