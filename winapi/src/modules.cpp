@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdio>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +31,10 @@ struct Module {
 };
 
 constexpr std::u16string_view separators = u"\\/:";
+
+// Held while images come and go, and so while their DllMain runs, as Windows holds its own: recursive, since a
+// DllMain may load another image.
+std::recursive_mutex loaderLock;
 
 std::string ExecutablePath() {
     std::string path(4096, '\0');
@@ -223,6 +228,7 @@ DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR path, DWORD size) noexcep
 
 FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name) noexcept {
     return AtBorder(FARPROC{}, [&] {
+        const std::lock_guard lock(loaderLock);
         const Module image = ModuleOf(module);
         constexpr std::uintptr_t ordinals = 0x10000;
         if (reinterpret_cast<std::uintptr_t>(name) < ordinals) throw Failure{ERROR_PROC_NOT_FOUND};
@@ -239,6 +245,7 @@ FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name) noexcept {
 
 HMODULE WINAPI LoadLibraryW(LPCWSTR path) noexcept {
     return AtBorder(HMODULE{}, [&] {
+        const std::lock_guard lock(loaderLock);
         if (path == nullptr) throw Failure{ERROR_INVALID_PARAMETER};
         if (*path == u'\0') throw Failure{ERROR_MOD_NOT_FOUND};
         Library library = Load(FileNameOf(path));
@@ -250,6 +257,7 @@ HMODULE WINAPI LoadLibraryW(LPCWSTR path) noexcept {
 
 BOOL WINAPI FreeLibrary(HMODULE module) noexcept {
     return AtBorder(FALSE, [&] {
+        const std::lock_guard lock(loaderLock);
         if (module == nullptr) throw Failure{ERROR_INVALID_HANDLE};
         const Module image = ModuleOf(module);
         if (image.IsExecutable()) return TRUE;
