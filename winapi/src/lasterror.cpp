@@ -4,6 +4,10 @@ namespace {
 thread_local DWORD lastError = ERROR_SUCCESS;
 }
 
-DWORD WINAPI GetLastError() noexcept { return lastError; }
+DWORD WINAPI GetLastError() noexcept {
+    return lastError;
+}
 
-void WINAPI SetLastError(DWORD code) noexcept { lastError = code; }
+void WINAPI SetLastError(DWORD code) noexcept {
+    lastError = code;
+}

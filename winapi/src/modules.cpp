@@ -32,8 +32,8 @@ struct Module {
 
 constexpr std::u16string_view separators = u"\\/:";
 
-// Held while images come and go, and so while their DllMain runs, as Windows holds its own: recursive, since a
-// DllMain may load another image.
+// Held while images come and go, and so while their DllMain runs, as Windows holds its own: recursive, since
+// a DllMain may load another image.
 std::recursive_mutex loaderLock;
 
 std::string ExecutablePath() {
