@@ -9,8 +9,8 @@ namespace {
 
 // One function of the companion workbook, under the workbook's two names.
 struct Targets {
-    const char* first;
-    const char* second;
+    const WCHAR* first;
+    const WCHAR* second;
 };
 
 void SwitchMacroAlerts(bool on) {
@@ -52,21 +52,21 @@ LPXLOPER12 CallCompanionWorkbook(const Targets& targets, Records... arguments) {
 
 LPXLOPER12 WINAPI NetOutputPrediction(LPXLOPER12 a1, LPXLOPER12 a2, LPXLOPER12 a3, LPXLOPER12 a4,
                                       LPXLOPER12 a5) {
-    constexpr Targets targets = {"=Kestrolumen.XLA!NetOutputPredictionVBA",
-                                 "=Kestrolumen.XLS!NetOutputPredictionVBA"};
+    constexpr Targets targets = {TEXT("=Kestrolumen.XLA!NetOutputPredictionVBA"),
+                                 TEXT("=Kestrolumen.XLS!NetOutputPredictionVBA")};
     return CallCompanionWorkbook(targets, a1, a2, a3, a4, a5);
 }
 
 LPXLOPER12 WINAPI NetOutputProbabilityOfPrediction(LPXLOPER12 a1, LPXLOPER12 a2, LPXLOPER12 a3, LPXLOPER12 a4,
                                                    LPXLOPER12 a5) {
-    constexpr Targets targets = {"=Kestrolumen.XLA!NetOutputProbabilityOfPredictionVBA",
-                                 "=Kestrolumen.XLS!NetOutputProbabilityOfPredictionVBA"};
+    constexpr Targets targets = {TEXT("=Kestrolumen.XLA!NetOutputProbabilityOfPredictionVBA"),
+                                 TEXT("=Kestrolumen.XLS!NetOutputProbabilityOfPredictionVBA")};
     return CallCompanionWorkbook(targets, a1, a2, a3, a4, a5);
 }
 
 LPXLOPER12 WINAPI NetOutputProbabilityOfCategory(LPXLOPER12 a1, LPXLOPER12 a2, LPXLOPER12 a3, LPXLOPER12 a4,
                                                  LPXLOPER12 a5, LPXLOPER12 a6) {
-    constexpr Targets targets = {"=Kestrolumen.XLA!NetOutputProbabilityOfCategoryVBA",
-                                 "=Kestrolumen.XLS!NetOutputProbabilityOfCategoryVBA"};
+    constexpr Targets targets = {TEXT("=Kestrolumen.XLA!NetOutputProbabilityOfCategoryVBA"),
+                                 TEXT("=Kestrolumen.XLS!NetOutputProbabilityOfCategoryVBA")};
     return CallCompanionWorkbook(targets, a1, a2, a3, a4, a5, a6);
 }

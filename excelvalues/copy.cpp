@@ -7,6 +7,11 @@
 
 namespace {
 
+bool OwnsBuffers(const XLOPER12& value) noexcept {
+    const DWORD type = TypeOf(value);
+    return type == xltypeStr || type == xltypeRef || type == xltypeMulti;
+}
+
 template <typename T>
 T* CopyOfBlock(const T* source, std::size_t bytes) {
     return static_cast<T*>(std::memcpy(detail::Malloc(bytes), source, bytes));
@@ -48,7 +53,7 @@ namespace detail {
 void CopyValue(XLOPER12& target, const XLOPER12& source) {
     XLOPER12 copy;
     std::memcpy(&copy, &source, sizeof copy);
-    if (MayOwnBuffers(copy)) CopyBuffers(copy);
+    if (OwnsBuffers(copy)) CopyBuffers(copy);
     std::memcpy(&target, &copy, sizeof copy);
 }
 

@@ -48,9 +48,7 @@ void FreeBuffers(const XLOPER12& value) noexcept {
 
 void FreeRecords(XLOPER12* records, std::uint64_t count) noexcept {
     if (records == nullptr) return;
-    std::for_each(records, records + count, [](XLOPER12& record) {
-        if (MayOwnBuffers(record)) FreeBuffers(record);
-    });
+    std::for_each(records, records + count, FreeBuffers);
     std::free(records);
 }
 

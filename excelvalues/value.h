@@ -112,12 +112,6 @@ namespace detail {
 // Frees what a record built by the add-in owns, and leaves the record itself.
 void FreeBuffers(const XLOPER12& value) noexcept;
 
-// Whether a record's type has a bit of those types that own buffers. One test sees a number off, which most
-// cells are.
-[[nodiscard]] constexpr bool MayOwnBuffers(const XLOPER12& value) noexcept {
-    return (value.xltype & (xltypeStr | xltypeRef | xltypeMulti)) != 0;
-}
-
 // Frees an array's block after the buffers of its first `count` records. `records` may be null.
 void FreeRecords(XLOPER12* records, std::uint64_t count) noexcept;
 
