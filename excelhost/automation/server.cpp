@@ -13,8 +13,8 @@ constexpr std::size_t watchedShells = 256;
 
 std::string HexText(SCODE code) {
     char text[16];
-    std::snprintf(text, sizeof(text), "0x%08lX",
-                  static_cast<unsigned long>(static_cast<std::uint32_t>(code)));
+    (void)std::snprintf(text, sizeof(text), "0x%08lX",
+                        static_cast<unsigned long>(static_cast<std::uint32_t>(code)));
     return text;
 }
 
@@ -74,7 +74,8 @@ SheetNode& AutomationServer::FirstSheet() noexcept {
 }
 
 IDispatch* AutomationServer::NewObject(std::shared_ptr<Node> node) {
-    std::unique_ptr<Object> object = node->objectClass->make(*this, std::move(node));
+    const auto make = node->objectClass->make;
+    std::unique_ptr<Object> object = make(*this, std::move(node));
     IDispatch* pointer = object->Interface();
     live_.emplace(static_cast<IUnknown*>(pointer), std::move(object));
     pointer->AddRef();
