@@ -120,12 +120,6 @@ void Register() {
     });
 }
 
-}  // namespace
+const bool registered = (Register(), true);
 
-int main(int argc, char** argv) {
-    Register();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
-}
+}  // namespace

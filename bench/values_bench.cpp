@@ -195,12 +195,6 @@ void NumberByHand(benchmark::State& state) {
 BENCHMARK(NumberOurs)->Name("number/ours");
 BENCHMARK(NumberByHand)->Name("number/by hand");
 
-}  // namespace
+const bool registered = (RegisterMakers(), true);
 
-int main(int argc, char** argv) {
-    RegisterMakers();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
-}
+}  // namespace

@@ -1,19 +1,15 @@
 #include "text/codings.h"
 
 #include "text/bytecoding.h"
+#include "text/cstringlength.h"
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
-#include <stdexcept>
 
 namespace {
 
 int CheckedLength(std::uint64_t length) {
-    if (length >= static_cast<std::uint64_t>(std::numeric_limits<int>::max())) {
-        throw std::length_error("bytes as text: the text would be longer than 2^31 - 2 units");
-    }
-    return static_cast<int>(length);
+    return detail::CStringLength(length, "bytes as text: the text would be longer than 2^31 - 2 units");
 }
 
 const std::uint8_t* AsBytes(const char* text) noexcept {

@@ -1,10 +1,10 @@
 #include "text/escapes.h"
 
 #include "text/bytecoding.h"
+#include "text/cstringlength.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <stdexcept>
 
 namespace {
@@ -33,10 +33,8 @@ Target* WriteEscape(WCHAR unit, Target* target) noexcept {
 
 template <typename Unit>
 void Resize(CStringT<Unit>& text, std::uint64_t length) {
-    if (length >= static_cast<std::uint64_t>(std::numeric_limits<int>::max())) {
-        throw std::length_error("escaped text: longer than 2^31 - 2 units");
-    }
-    static_cast<void>(text.GetBufferSetLength(static_cast<int>(length)));
+    static_cast<void>(
+        text.GetBufferSetLength(detail::CStringLength(length, "escaped text: longer than 2^31 - 2 units")));
 }
 
 void Resize(std::string& text, std::uint64_t length) {

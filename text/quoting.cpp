@@ -1,9 +1,9 @@
 #include "text/quoting.h"
 
+#include "text/cstringlength.h"
+
 #include <algorithm>
 #include <cstdint>
-#include <limits>
-#include <stdexcept>
 
 namespace {
 
@@ -28,11 +28,9 @@ WCHAR* WriteDoubled(StdWStringView text, WCHAR quote, WCHAR* target) noexcept {
 CStringW Doubled(StdWStringView head, StdWStringView middle, StdWStringView tail, WCHAR quote) {
     const auto quotes = static_cast<std::uint64_t>(std::count(middle.begin(), middle.end(), quote));
     const std::uint64_t length = head.size() + middle.size() + quotes + tail.size();
-    if (length >= static_cast<std::uint64_t>(std::numeric_limits<int>::max())) {
-        throw std::length_error("quoted text: longer than 2^31 - 2 units");
-    }
     CStringW doubled;
-    WCHAR* target = doubled.GetBufferSetLength(static_cast<int>(length));
+    WCHAR* target =
+        doubled.GetBufferSetLength(detail::CStringLength(length, "quoted text: longer than 2^31 - 2 units"));
     target = std::copy(head.begin(), head.end(), target);
     target = WriteDoubled(middle, quote, target);
     std::copy(tail.begin(), tail.end(), target);

@@ -1,6 +1,7 @@
 #include "text/rendering.h"
 
 #include "text/bytecoding.h"
+#include "text/cstringlength.h"
 #include "text/digits.h"
 #include "text/escapes.h"
 #include "text/format.h"
@@ -8,17 +9,12 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <limits>
-#include <stdexcept>
 
 namespace {
 
 template <typename Unit>
 void Append(CStringT<Unit>& text, const Unit* units, std::size_t count) {
-    if (count >= static_cast<std::size_t>(std::numeric_limits<int>::max())) {
-        throw std::length_error("list as text: longer than 2^31 - 2 units");
-    }
-    text.Append(units, static_cast<int>(count));
+    text.Append(units, detail::CStringLength(count, "list as text: longer than 2^31 - 2 units"));
 }
 
 void Append(std::string& text, const char* units, std::size_t count) {

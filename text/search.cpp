@@ -1,5 +1,7 @@
 #include "text/search.h"
 
+#include "text/ansicodepage.h"
+
 #include <cctype>
 #include <cwctype>
 
@@ -65,16 +67,11 @@ const Unit* FindNoCase(const Unit* text, const Unit* sought) noexcept {
     return nullptr;
 }
 
-bool HasDoubleByteCodePage() noexcept {
-    CPINFO info;
-    return GetCPInfo(CP_ACP, &info) != FALSE && info.MaxCharSize == 2;
-}
-
 }  // namespace
 
 const char* FindNoCaseA(const char* text, const char* sought) noexcept {
-    return HasDoubleByteCodePage() ? FindNoCase<DoubleBytes>(text, sought)
-                                   : FindNoCase<Units<char>>(text, sought);
+    return detail::LongestAnsiCharacter() == 2 ? FindNoCase<DoubleBytes>(text, sought)
+                                               : FindNoCase<Units<char>>(text, sought);
 }
 
 const WCHAR* FindNoCaseW(const WCHAR* text, const WCHAR* sought) noexcept {

@@ -1,5 +1,7 @@
 #include "text/tokens.h"
 
+#include "text/ansicodepage.h"
+
 #include <algorithm>
 #include <array>
 
@@ -75,11 +77,6 @@ Token<Unit> NextQuoted(const Unit* text, int length, const UnitSet<Unit>& delimi
     return {text + begin, at - begin};
 }
 
-bool HasSingleByteCodePage() noexcept {
-    CPINFO info;
-    return GetCPInfo(CP_ACP, &info) != FALSE && info.MaxCharSize == 1;
-}
-
 template <typename Unit>
 CStringT<Unit> Abbreviated(const CStringT<Unit>& text, std::uint32_t head, std::uint32_t tail) {
     constexpr Unit dots[] = {'.', '.', '.'};
@@ -118,7 +115,7 @@ CStringW TokenizeQuotedW(const CStringW& text, const CStringW& delimiters, int& 
 }
 
 CStringA TokenizeQuotedA(const CStringA& text, const CStringA& delimiters, int& position) {
-    if (!HasSingleByteCodePage()) return TokenizeQuotedW(text, delimiters, position);
+    if (detail::LongestAnsiCharacter() != 1) return TokenizeQuotedW(text, delimiters, position);
     const UnitSet<char> set(delimiters.GetString());
     const char* const bytes = text.GetString();
     int next = position;
