@@ -156,8 +156,8 @@ HRESULT CopyElement(const SAFEARRAY& array, void* target, const void* source) {
     return S_OK;
 }
 
-// Gives up what the elements in `bytes` from `first` on own, and makes them zero.
-void ClearElements(const SAFEARRAY& array, void* first, std::size_t bytes) {
+// Gives up what the elements in `bytes` from `first` on own.
+void ReleaseElements(const SAFEARRAY& array, void* first, std::size_t bytes) {
     if ((array.fFeatures & FADF_VARIANT) != 0) {
         for (VARIANT& variant : std::span(static_cast<VARIANT*>(first), bytes / sizeof(VARIANT))) {
             VariantClear(&variant);
@@ -170,6 +170,10 @@ void ClearElements(const SAFEARRAY& array, void* first, std::size_t bytes) {
             if (object != nullptr) object->Release();
         }
     }
+}
+
+void ClearElements(const SAFEARRAY& array, void* first, std::size_t bytes) {
+    ReleaseElements(array, first, bytes);
     if (bytes > 0) std::memset(first, 0, bytes);
 }
 
@@ -264,11 +268,13 @@ HRESULT WINAPI SafeArrayDestroyData(SAFEARRAY* array) {
     if (array == nullptr) return E_INVALIDARG;
     if (IsLocked(array)) return DISP_E_ARRAYISLOCKED;
     if (array->pvData == nullptr) return S_OK;
-    ClearElements(*array, array->pvData, BlockBytes(array));
-    if (OwnsBlock(array)) {
-        std::free(array->pvData);
-        array->pvData = nullptr;
+    if (!OwnsBlock(array)) {
+        ClearElements(*array, array->pvData, BlockBytes(array));
+        return S_OK;
     }
+    ReleaseElements(*array, array->pvData, BlockBytes(array));
+    std::free(array->pvData);
+    array->pvData = nullptr;
     return S_OK;
 }
 
