@@ -45,9 +45,10 @@ void AssignStrings(SAFEARRAY*& array, bool ansiBytes, const std::vector<String>&
                    std::int32_t lowerBound) {
     const std::uint32_t count = detail::ArraySize(strings.size());
     ReDimForPointers(array, {&count, 1}, FADF_BSTR, lowerBound, [](int owned) { return owned == FADF_BSTR; });
+    if (count == 0) return;
     const VbArrayLock lock(array);
     auto* next = static_cast<BSTR*>(lock.data);
-    if (next == nullptr && count > 0) throw VexOutOfMemory("ReDimVbArray", VexCode::ArrayAllocation);
+    if (next == nullptr) throw VexOutOfMemory("ReDimVbArray", VexCode::ArrayAllocation);
     for (const String& string : strings) AssignBstrW(*next++, ansiBytes, TextOf(string));
 }
 
@@ -63,12 +64,11 @@ void PutBstr(SAFEARRAY* array, LONG* indices, BSTR bstr) {
 // The strings of an array that holds BSTRs or Variants, in place and under a lock.
 class StringElements {
   public:
-    explicit StringElements(SAFEARRAY* array) noexcept
-        : lock_(array), inVariants_(array != nullptr && (array->fFeatures & FADF_VARIANT) != 0) {
+    explicit StringElements(SAFEARRAY* array) noexcept : lock_(array) {
+        if (array == nullptr || lock_.data == nullptr) return;
+        inVariants_ = (array->fFeatures & FADF_VARIANT) != 0;
         const std::size_t size = inVariants_ ? sizeof(VARIANT) : sizeof(BSTR);
-        if (lock_.data != nullptr && array->cbElements == size && MayBeStrings(array)) {
-            count_ = VbArrayLength(array);
-        }
+        if (array->cbElements == size && MayBeStrings(array)) count_ = VbArrayLength(array);
     }
 
     [[nodiscard]] BSTR At(std::int64_t index) const {
@@ -89,7 +89,7 @@ class StringElements {
     }
 
     VbArrayLock lock_;
-    bool inVariants_;
+    bool inVariants_ = false;
     std::uint32_t count_ = 0;
 };
 

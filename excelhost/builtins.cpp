@@ -158,8 +158,7 @@ constexpr auto kBuiltins = std::to_array<Builtin>({
 const Builtin* FindBuiltin(TextView name) noexcept {
     for (const Builtin& builtin : kBuiltins) {
         const auto same = [](char upper, WCHAR unit) {
-            return upper == static_cast<int>(unit) ||
-                   (unit >= 'a' && unit <= 'z' && upper == static_cast<int>(unit) - 0x20);
+            return unit == static_cast<WCHAR>(upper) || (unit >= 'a' && unit <= 'z' && unit - 0x20 == upper);
         };
         if (std::equal(builtin.name.begin(), builtin.name.end(), name.begin(), name.end(), same))
             return &builtin;

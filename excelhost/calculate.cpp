@@ -66,17 +66,17 @@ std::partial_ordering Compare(const Value& left, const Value& right) {
 bool Holds(Step step, std::partial_ordering order) {
     switch (step) {
         case Step::Equal:
-            return order == 0;
+            return std::is_eq(order);
         case Step::NotEqual:
-            return order != 0;
+            return std::is_neq(order);
         case Step::Less:
-            return order < 0;
+            return std::is_lt(order);
         case Step::LessOrEqual:
-            return order <= 0;
+            return std::is_lteq(order);
         case Step::Greater:
-            return order > 0;
+            return std::is_gt(order);
         default:
-            return order >= 0;
+            return std::is_gteq(order);
     }
 }
 

@@ -44,10 +44,10 @@ struct Area {
     XLREF12 rectangle{};
 
     [[nodiscard]] std::size_t Rows() const noexcept {
-        return static_cast<std::size_t>(rectangle.rwLast - rectangle.rwFirst + 1);
+        return static_cast<std::size_t>(rectangle.rwLast - rectangle.rwFirst) + 1;
     }
     [[nodiscard]] std::size_t Columns() const noexcept {
-        return static_cast<std::size_t>(rectangle.colLast - rectangle.colFirst + 1);
+        return static_cast<std::size_t>(rectangle.colLast - rectangle.colFirst) + 1;
     }
     friend bool operator==(const Area& a, const Area& b) noexcept;
 };

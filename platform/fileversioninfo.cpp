@@ -39,7 +39,8 @@ void FileVersionInfo::Clear() noexcept {
 }
 
 int FileVersionInfo::Load(const CStringW& file) {
-    // `file` may be this object's own path.
+    // `file` may be this object's own path, which is cleared.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const CStringW source = file;
     Clear();
     DWORD unused = 0;

@@ -21,16 +21,16 @@ struct Member {
     using Handler = void (*)(Call&);
 
     DISPID dispid;
-    std::string_view name;
-    WORD flags;  // the DISPATCH_ flags under which it answers
-    Handler handler;
     unsigned parameters = 0;  // at most so many, a put's value not counted
-    VARTYPE type = VT_EMPTY;  // of a stored property
+    std::string_view name;
+    Handler handler;
     double initial = 0;
+    WORD flags;               // the DISPATCH_ flags under which it answers
+    VARTYPE type = VT_EMPTY;  // of a stored property
 
     // A member with logic of its own.
     constexpr Member(DISPID id, std::string_view published, WORD allowed, Handler run, unsigned most = 0)
-        : dispid(id), name(published), flags(allowed), handler(run), parameters(most) {}
+        : dispid(id), parameters(most), name(published), handler(run), flags(allowed) {}
     // A property that keeps what was put, in the type given.
     constexpr Member(DISPID id, std::string_view published, WORD allowed, VARTYPE stored, double first = 0);
 };
@@ -119,7 +119,7 @@ class Call {
 void StoredProperty(Call& call);
 
 constexpr Member::Member(DISPID id, std::string_view published, WORD allowed, VARTYPE stored, double first)
-    : dispid(id), name(published), flags(allowed), handler(&StoredProperty), type(stored), initial(first) {}
+    : dispid(id), name(published), handler(&StoredProperty), initial(first), flags(allowed), type(stored) {}
 
 // The part of an object that doesn't depend on its interface: the count, the class, the way of a call.
 // When the count falls to 0 the server keeps the shell for a while, so that a call on it is seen as a fault.

@@ -197,7 +197,7 @@ std::int64_t NextSigned(Size size, Arguments& arguments) {
             return static_cast<signed char>(arguments.Next<int>());
         case Size::h:
             return static_cast<short>(arguments.Next<int>());
-        case Size::bits64:
+        case Size::bits64:  // NOLINT(bugprone-branch-clone): not where pointers are narrow
             return arguments.Next<std::int64_t>();
         case Size::pointer:
             return arguments.Next<std::intptr_t>();
@@ -212,7 +212,7 @@ std::uint64_t NextUnsigned(Size size, Arguments& arguments) {
             return static_cast<unsigned char>(arguments.Next<int>());
         case Size::h:
             return static_cast<unsigned short>(arguments.Next<int>());
-        case Size::bits64:
+        case Size::bits64:  // NOLINT(bugprone-branch-clone): as above
             return arguments.Next<std::uint64_t>();
         case Size::pointer:
             return arguments.Next<std::uintptr_t>();

@@ -43,7 +43,7 @@ double Floating(const Number& number) noexcept {
 
 Number Whole(std::integral auto value) noexcept {
     const bool negative = std::cmp_less(value, 0);
-    const auto bits = static_cast<std::uint64_t>(value);
+    const auto bits = static_cast<std::uint64_t>(value);  // NOLINT(bugprone-signed-char-misuse): sign and all
     return Decimal(negative, negative ? 0 - bits : bits);
 }
 

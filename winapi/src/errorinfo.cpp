@@ -29,6 +29,8 @@ HRESULT Load(const Text& text, BSTR* value) noexcept {
     return text && *value == nullptr ? E_OUTOFMEMORY : S_OK;
 }
 
+// Its last reference destroys it, and nobody else.
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor)
 class ErrorObject final : public ICreateErrorInfo, public IErrorInfo {
   public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {

@@ -111,7 +111,8 @@ std::string FileNameOf(std::u16string_view name) {
     constexpr std::size_t limit = 200;  // of NAME_MAX, which is 255
     if (encoded.size() > limit) {
         char hash[18];
-        std::snprintf(hash, sizeof hash, "~%016llX", static_cast<unsigned long long>(Fnv1a(encoded)));
+        static_cast<void>(
+            std::snprintf(hash, sizeof hash, "~%016llX", static_cast<unsigned long long>(Fnv1a(encoded))));
         encoded.resize(limit);
         encoded += hash;
     }

@@ -115,9 +115,9 @@ ElementType ElementTypeOf(VARTYPE type) noexcept {
         case VT_VARIANT:
             return {sizeof(VARIANT), FADF_HAVEVARTYPE | FADF_VARIANT};
         case VT_UNKNOWN:
-            return {sizeof(IUnknown*), FADF_HAVEIID | FADF_UNKNOWN};
+            return {sizeof(void*), FADF_HAVEIID | FADF_UNKNOWN};
         case VT_DISPATCH:
-            return {sizeof(IDispatch*), FADF_HAVEIID | FADF_DISPATCH};
+            return {sizeof(void*), FADF_HAVEIID | FADF_DISPATCH};
         default:
             return {0, 0};
     }
@@ -166,7 +166,7 @@ void ReleaseElements(const SAFEARRAY& array, void* first, std::size_t bytes) {
         for (const BSTR text : std::span(static_cast<BSTR*>(first), bytes / sizeof(BSTR)))
             SysFreeString(text);
     } else if ((array.fFeatures & interfaces) != 0) {
-        for (IUnknown* const object : std::span(static_cast<IUnknown**>(first), bytes / sizeof(IUnknown*))) {
+        for (IUnknown* const object : std::span(static_cast<IUnknown**>(first), bytes / sizeof(void*))) {
             if (object != nullptr) object->Release();
         }
     }

@@ -47,8 +47,8 @@ inline bool IsWellFormed(const Block& block, const char* text, unsigned whole) n
 
 // The UTF-16 units of the bytes that `within` has.
 inline std::size_t CountUnits(const Block& block, std::uint64_t within) noexcept {
-    return static_cast<std::size_t>(std::popcount(~block.continuations & within) +
-                                    std::popcount(block.leads4 & within));
+    return static_cast<std::size_t>(std::popcount(~block.continuations & within)) +
+           static_cast<std::size_t>(std::popcount(block.leads4 & within));
 }
 
 }  // namespace winapi::utf8
