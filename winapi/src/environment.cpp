@@ -1,0 +1,51 @@
+#include "processenv.h"
+
+#include "failure.h"
+#include "paths.h"
+
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+namespace {
+
+// Null when it isn't set.
+const char* Variable(std::u16string_view name) {
+    return std::getenv(winapi::Utf8FromUtf16(name).c_str());
+}
+
+std::u16string Expand(std::u16string_view source) {
+    constexpr auto none = std::u16string_view::npos;
+    std::u16string result;
+    while (!source.empty()) {
+        const std::size_t close = source.front() == u'%' ? source.find(u'%', 1) : none;
+        if (close == none) {
+            const std::size_t plain = std::min(source.find(u'%', 1), source.size());
+            result += source.substr(0, plain);
+            source.remove_prefix(plain);
+        } else if (const char* value = Variable(source.substr(1, close - 1))) {
+            result += winapi::Utf16FromUtf8(value);
+            source.remove_prefix(close + 1);
+        } else {
+            // The sign that ends an unknown name may begin the next one.
+            result += source.substr(0, close);
+            source.remove_prefix(close);
+        }
+    }
+    return result;
+}
+
+}  // namespace
+
+DWORD WINAPI ExpandEnvironmentStringsW(LPCWSTR source, LPWSTR buffer, DWORD size) noexcept {
+    return winapi::AtBorder(DWORD{0}, [&] {
+        const std::u16string text = Expand(source);
+        if (text.size() < size) {
+            text.copy(buffer, text.size());
+            buffer[text.size()] = u'\0';
+        } else if (size != 0) {
+            buffer[0] = u'\0';
+        }
+        return static_cast<DWORD>(text.size() + 1);
+    });
+}

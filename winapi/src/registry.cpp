@@ -1,0 +1,308 @@
+#include "winreg.h"
+
+#include "failure.h"
+#include "kernelobject.h"
+#include "registrystore.h"
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <string_view>
+
+using winapi::Failure;
+using winapi::RegistryNode;
+using winapi::RegistryStore;
+using winapi::RegistryValue;
+
+namespace {
+
+template <class Body>
+LSTATUS Status(Body body) noexcept {
+    try {
+        body();
+        return ERROR_SUCCESS;
+    } catch (const Failure& failure) {
+        return static_cast<LSTATUS>(failure.code);
+    } catch (const std::bad_alloc&) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    }
+}
+
+void Require(bool condition, DWORD otherwise = ERROR_INVALID_PARAMETER) {
+    if (!condition) throw Failure{otherwise};
+}
+
+std::u16string_view View(LPCWSTR text) noexcept {
+    return text != nullptr ? std::u16string_view(text) : std::u16string_view();
+}
+
+// ---- Open keys -----------------------------------------------------------------------------------------
+
+class Key : public winapi::KernelObject {
+  public:
+    Key(std::u16string path, REGSAM access) : path_(std::move(path)), access_(access) {}
+
+    [[nodiscard]] const std::u16string& Path() const noexcept { return path_; }
+
+    // Of one right that a call needs.
+    void RequireAccess(REGSAM right) const { Require((access_ & right) != 0, ERROR_ACCESS_DENIED); }
+
+    // Within RegistryStore::Read.
+    [[nodiscard]] const RegistryNode& Node(const RegistryNode& root, std::uint64_t version) {
+        if (version != version_) {
+            node_ = root.Find(path_);
+            version_ = version;
+        }
+        Require(node_ != nullptr, ERROR_KEY_DELETED);
+        return *node_;
+    }
+
+  private:
+    const std::u16string path_;
+    const REGSAM access_;
+    const RegistryNode* node_ = nullptr;
+    std::uint64_t version_ = 0;  // for which node_ holds
+};
+
+// A root's name, and nothing for any other handle.
+std::u16string_view RootName(HKEY key) noexcept {
+    // The roots have successive handles.
+    const std::uintptr_t number =
+        reinterpret_cast<std::uintptr_t>(key) - reinterpret_cast<std::uintptr_t>(HKEY_CLASSES_ROOT);
+    return number < winapi::registryRoots.size() ? winapi::registryRoots[number] : std::u16string_view();
+}
+
+std::shared_ptr<Key> KeyOf(HKEY handle) {
+    if (const auto root = RootName(handle); !root.empty()) {
+        return std::make_shared<Key>(std::u16string(root), KEY_ALL_ACCESS);
+    }
+    return winapi::ObjectOf<Key>(handle);
+}
+
+// The rights that the generic ones stand for.
+REGSAM Specific(REGSAM access) noexcept {
+    constexpr struct {
+        REGSAM generic, specific;
+    } rights[] = {{0x80000000U, KEY_READ},         // GENERIC_READ
+                  {0x40000000U, KEY_WRITE},        // GENERIC_WRITE
+                  {0x20000000U, KEY_READ},         // GENERIC_EXECUTE
+                  {0x10000000U, KEY_ALL_ACCESS},   // GENERIC_ALL
+                  {0x02000000U, KEY_ALL_ACCESS}};  // MAXIMUM_ALLOWED
+    for (const auto& [generic, specific] : rights) {
+        if ((access & generic) != 0) access |= specific;
+    }
+    return access;
+}
+
+void RequireOneView(REGSAM access) {
+    constexpr REGSAM both = KEY_WOW64_32KEY | KEY_WOW64_64KEY;
+    Require((access & both) != both);
+}
+
+std::u16string PathBelow(const Key& key, LPCWSTR subkey) {
+    Require(!View(subkey).starts_with(u'\\'), ERROR_BAD_PATHNAME);
+    return key.Path() + u'\\' + std::u16string(View(subkey));
+}
+
+HKEY NewKey(std::u16string path, REGSAM access) {
+    const HANDLE handle = winapi::NewHandle(std::make_shared<Key>(std::move(path), Specific(access)));
+    return static_cast<HKEY>(handle);
+}
+
+// ---- Reading and writing -------------------------------------------------------------------------------
+
+// Runs body(node) on an open key, which needs the right.
+template <class Body>
+void Read(HKEY handle, REGSAM right, Body body) {
+    const std::shared_ptr<Key> key = KeyOf(handle);
+    key->RequireAccess(right);
+    RegistryStore::Instance().Read(
+        [&](const RegistryNode& root, std::uint64_t version) { body(key->Node(root, version)); });
+}
+
+template <class Body>
+void Write(const Key& key, Body body) {
+    RegistryStore::Instance().Write([&](RegistryNode& root) {
+        RegistryNode* const node = root.Find(key.Path());
+        Require(node != nullptr, ERROR_KEY_DELETED);
+        body(*node);
+    });
+}
+
+void TellData(const RegistryValue& value, LPDWORD kind, LPBYTE data, LPDWORD size) {
+    const auto needed = static_cast<DWORD>(value.data.size());
+    if (kind != nullptr) *kind = value.kind;
+    if (size == nullptr) return;
+    const bool fits = data == nullptr || *size >= needed;
+    *size = needed;
+    Require(fits, ERROR_MORE_DATA);
+    if (data != nullptr) std::copy(value.data.begin(), value.data.end(), data);
+}
+
+void TellName(std::u16string_view name, LPWSTR buffer, LPDWORD size) {
+    Require(name.size() < *size, ERROR_MORE_DATA);
+    name.copy(buffer, name.size());
+    buffer[name.size()] = u'\0';
+    *size = static_cast<DWORD>(name.size());
+}
+
+void Tell(LPDWORD target, std::size_t number) noexcept {
+    if (target != nullptr) *target = static_cast<DWORD>(number);
+}
+
+void TellTime(PFILETIME target, std::uint64_t time) noexcept {
+    if (target != nullptr) *target = {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
+}
+
+template <class Items, class Size>
+std::size_t Longest(const Items& items, Size size) noexcept {
+    std::size_t longest = 0;
+    for (const auto& item : items) longest = std::max(longest, size(item));
+    return longest;
+}
+
+}  // namespace
+
+LSTATUS WINAPI RegOpenKeyExW(HKEY key, LPCWSTR subkey, DWORD, REGSAM access, PHKEY result) noexcept {
+    return Status([&] {
+        Require(result != nullptr);
+        RequireOneView(access);
+        std::u16string path = PathBelow(*KeyOf(key), subkey);
+        RegistryStore::Instance().Read([&](const RegistryNode& root, std::uint64_t) {
+            Require(root.Find(path) != nullptr, ERROR_FILE_NOT_FOUND);
+        });
+        *result = NewKey(std::move(path), access);
+    });
+}
+
+LSTATUS WINAPI RegCreateKeyExW(HKEY key, LPCWSTR subkey, DWORD reserved, LPWSTR, DWORD, REGSAM access,
+                               LPSECURITY_ATTRIBUTES, PHKEY result, LPDWORD disposition) noexcept {
+    const LSTATUS opened = reserved != 0 || subkey == nullptr ? LSTATUS{ERROR_INVALID_PARAMETER}
+                                                              : RegOpenKeyExW(key, subkey, 0, access, result);
+    if (opened == ERROR_SUCCESS) Tell(disposition, REG_OPENED_EXISTING_KEY);
+    if (opened != ERROR_FILE_NOT_FOUND) return opened;
+    return Status([&] {
+        const std::shared_ptr<Key> parent = KeyOf(key);
+        std::u16string path = PathBelow(*parent, subkey);
+        bool isNew = false;
+        RegistryStore::Instance().Write([&](RegistryNode& root) {
+            Require(root.Find(parent->Path()) != nullptr, ERROR_KEY_DELETED);
+            isNew = root.Find(path) == nullptr;  // another process may have come first
+            root.Make(path, winapi::FileTimeNow());
+        });
+        *result = NewKey(std::move(path), access);
+        Tell(disposition, isNew ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY);
+    });
+}
+
+LSTATUS WINAPI RegCloseKey(HKEY key) noexcept {
+    return Status([&] {
+        static_cast<void>(KeyOf(key));
+        if (RootName(key).empty()) CloseHandle(static_cast<HANDLE>(key));
+    });
+}
+
+LSTATUS WINAPI RegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD reserved, LPDWORD kind, LPBYTE data,
+                                LPDWORD size) noexcept {
+    return Status([&] {
+        Require(reserved == nullptr && (data == nullptr || size != nullptr));
+        Read(key, KEY_QUERY_VALUE, [&](const RegistryNode& node) {
+            const RegistryValue* const value = node.FindValue(View(name));
+            Require(value != nullptr, ERROR_FILE_NOT_FOUND);
+            TellData(*value, kind, data, size);
+        });
+    });
+}
+
+LSTATUS WINAPI RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD kind, const BYTE* data,
+                              DWORD size) noexcept {
+    return Status([&] {
+        constexpr std::size_t longestName = 16383;
+        const std::shared_ptr<Key> target = KeyOf(key);
+        target->RequireAccess(KEY_SET_VALUE);
+        Require(reserved == 0 && (data != nullptr || size == 0) && View(name).size() <= longestName);
+        RegistryValue value{std::u16string(View(name)), kind, {data, data + size}};
+        Write(*target, [&](RegistryNode& node) {
+            node.SetValue(std::move(value));
+            node.lastWrite = winapi::FileTimeNow();
+        });
+    });
+}
+
+LSTATUS WINAPI RegDeleteValueW(HKEY key, LPCWSTR name) noexcept {
+    return Status([&] {
+        const std::shared_ptr<Key> target = KeyOf(key);
+        target->RequireAccess(KEY_SET_VALUE);
+        Write(*target, [&](RegistryNode& node) {
+            const auto gone = std::erase_if(node.values, [&](const RegistryValue& value) {
+                return winapi::SameRegistryName(value.name, View(name));
+            });
+            Require(gone != 0, ERROR_FILE_NOT_FOUND);
+            node.lastWrite = winapi::FileTimeNow();
+        });
+    });
+}
+
+LSTATUS WINAPI RegEnumValueW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameSize, LPDWORD reserved,
+                             LPDWORD kind, LPBYTE data, LPDWORD size) noexcept {
+    return Status([&] {
+        Require(name != nullptr && nameSize != nullptr && reserved == nullptr);
+        Require(data == nullptr || size != nullptr);
+        Read(key, KEY_QUERY_VALUE, [&](const RegistryNode& node) {
+            Require(index < node.values.size(), ERROR_NO_MORE_ITEMS);
+            const RegistryValue& value = node.values[index];
+            TellName(value.name, name, nameSize);
+            TellData(value, kind, data, size);
+        });
+    });
+}
+
+LSTATUS WINAPI RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameSize, LPDWORD reserved, LPWSTR,
+                             LPDWORD classSize, PFILETIME lastWrite) noexcept {
+    return Status([&] {
+        Require(name != nullptr && nameSize != nullptr && reserved == nullptr);
+        Read(key, KEY_ENUMERATE_SUB_KEYS, [&](const RegistryNode& node) {
+            Require(index < node.subkeys.size(), ERROR_NO_MORE_ITEMS);
+            const RegistryNode& subkey = node.subkeys[index];
+            TellName(subkey.name, name, nameSize);
+            Tell(classSize, 0);
+            TellTime(lastWrite, subkey.lastWrite);
+        });
+    });
+}
+
+LSTATUS WINAPI RegQueryInfoKeyW(HKEY key, LPWSTR, LPDWORD classSize, LPDWORD reserved, LPDWORD subkeys,
+                                LPDWORD longestSubkey, LPDWORD longestClass, LPDWORD values,
+                                LPDWORD longestName, LPDWORD longestData, LPDWORD descriptorSize,
+                                PFILETIME lastWrite) noexcept {
+    return Status([&] {
+        Require(reserved == nullptr);
+        Read(key, KEY_QUERY_VALUE, [&](const RegistryNode& node) {
+            const auto nameLength = [](const auto& item) noexcept { return item.name.size(); };
+            const auto dataSize = [](const RegistryValue& value) noexcept { return value.data.size(); };
+            for (const LPDWORD nothing : {classSize, longestClass, descriptorSize}) Tell(nothing, 0);
+            Tell(subkeys, node.subkeys.size());
+            Tell(longestSubkey, Longest(node.subkeys, nameLength));
+            Tell(values, node.values.size());
+            Tell(longestName, Longest(node.values, nameLength));
+            Tell(longestData, Longest(node.values, dataSize));
+            TellTime(lastWrite, node.lastWrite);
+        });
+    });
+}
+
+LSTATUS WINAPI RegDeleteTreeW(HKEY key, LPCWSTR subkey) noexcept {
+    return Status([&] {
+        const std::shared_ptr<Key> target = KeyOf(key);
+        const std::u16string_view path = View(subkey);
+        Write(*target, [&](RegistryNode& node) {
+            if (path.empty()) {
+                node.values.clear();
+                node.subkeys.clear();
+                node.lastWrite = winapi::FileTimeNow();
+            } else {
+                Require(node.Delete(path, winapi::FileTimeNow()), ERROR_FILE_NOT_FOUND);
+            }
+        });
+    });
+}

@@ -1,0 +1,29 @@
+// The registry as the text in its file:
+//
+//     Kestrolumen registry 1
+//     ["HKEY_CURRENT_USER\\Software\\Quillmar"] 01DCAA0F36A80000
+//     "NumCores"=4:08000000
+//     "Program Directory"=1:"C:\\Programs"
+//
+// A key's line has its path and, in hexadecimal digits, the time of its last write as a FILETIME counts. A
+// value's line has its name, its kind, and its data: either the bytes, or, between quotes, text whose
+// terminator stands in the data too. A line ends in a line feed. All is ASCII: in quotes, other units than
+// the printable ones, and the quote and the backslash, are written \uXXXX, \" and \\.
+#pragma once
+
+#include "registrytree.h"
+
+#include <string>
+#include <string_view>
+
+namespace winapi {
+
+[[nodiscard]] std::string TextFromRegistry(const RegistryNode& root);
+
+// With the roots alone.
+[[nodiscard]] RegistryNode EmptyRegistry();
+
+// Throws Failure{ERROR_BADDB} for what is no such text.
+[[nodiscard]] RegistryNode RegistryFromText(std::string_view text);
+
+}  // namespace winapi
