@@ -10,6 +10,8 @@ set -euo pipefail
 what=${1:-native}
 
 native=(cmake ninja-build ccache g++ googletest python3)
+# German, for the tests that no text depends on the locale.
+locales=(locales)
 sanitizers=(clang clang-tidy clang-format libclang-rt-14-dev)
 native32=(g++-multilib)
 mingw=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix)
@@ -20,7 +22,7 @@ case "$what" in
   native)  packages=("${native[@]}"); want_wine= ;;
   bench)   packages=("${native[@]}" "${bench[@]}"); want_wine= ;;
   windows) packages=("${native[@]}" "${native32[@]}" "${mingw[@]}"); want_wine=1 ;;
-  all)     packages=("${native[@]}" "${sanitizers[@]}" "${native32[@]}" "${mingw[@]}" "${bench[@]}"); want_wine=1 ;;
+  all)     packages=("${native[@]}" "${locales[@]}" "${sanitizers[@]}" "${native32[@]}" "${mingw[@]}" "${bench[@]}"); want_wine=1 ;;
   *) echo "setup.sh: '$what' is none of: native, windows, bench, all" >&2; exit 2 ;;
 esac
 
@@ -67,6 +69,9 @@ install_wine() {
 }
 
 [ ${#missing[@]} -eq 0 ] || install_packages
+if [ "$what" = all ] && ! locale -a | grep -qix 'de_DE\.utf-\?8'; then
+  quietly "${as_root[@]}" localedef -i de_DE -f UTF-8 de_DE.UTF-8
+fi
 if [ -n "$want_wine" ]; then
   for package in "${wine[@]}"; do installed "$package" || { install_wine; break; }; done
 fi

@@ -2,8 +2,9 @@
 # Builds and tests one lane, or all of them.
 #
 #   scripts/test.sh             the native lane
-#   scripts/test.sh LANE...     native, native-asan, native-tsan, native32, win32, win64, lint
-#   scripts/test.sh all         all of these but lint, whose findings change with no behaviour
+#   scripts/test.sh LANE...     native, native-asan, native-tsan, native32, win32, win64, lint, fuzz
+#   scripts/test.sh all         the six that run the suites: lint's findings change with no behaviour, and the
+#                               fuzzer's 1,000,000 inputs a target take long (all replays its committed ones)
 #
 # The last line says what passed, in ctest's own words.
 set -euo pipefail
@@ -26,9 +27,10 @@ passed=0
 failed=0
 failures=()
 
+# build LANE [TARGET]
 build() {
   cmake --preset "$1" >"$logs/configure" 2>&1 || { cat "$logs/configure"; return 1; }
-  cmake --build "build/$1" -j "$jobs" >"$logs/build" 2>&1 || { grep -vE '^\[[0-9]+/[0-9]+\] ' "$logs/build" | tail -n 200; return 1; }
+  cmake --build "build/$1" --target "${2:-all}" -j "$jobs" >"$logs/build" 2>&1 || { grep -vE '^\[[0-9]+/[0-9]+\] ' "$logs/build" | tail -n 200; return 1; }
 }
 
 # One Wine server for the whole lane: the prefix is made before the tests run side by side.
@@ -47,9 +49,29 @@ count() {
   failed=$((failed + bad))
 }
 
+# Each target with as many inputs, from its committed ones on. What it finds stays in build/fuzz/findings.
+run_fuzzers() {
+  build fuzz fuzzers || { failed=$((failed + 1)); failures+=(fuzz); return; }
+  local folder target
+  mkdir -p build/fuzz/findings
+  for folder in fuzz/corpus/*; do
+    target=$(basename "$folder")
+    mkdir -p "$logs/new-$target"
+    if "build/fuzz/fuzz/${target}_fuzz" -runs=1000000 -seed=1 -max_len=512 -verbosity=0 -print_final_stats=1 \
+        -artifact_prefix=build/fuzz/findings/ "$logs/new-$target" "$folder" >"$logs/fuzz" 2>&1; then
+      passed=$((passed + 1))
+      echo "$target: $(sed -n 's/^stat::number_of_executed_units: *//p' "$logs/fuzz") inputs, nothing found"
+    else
+      failed=$((failed + 1)); failures+=("fuzz of $target")
+      cat "$logs/fuzz"
+    fi
+  done
+}
+
 run_lane() {
   local lane=$1
   echo "== $lane"
+  if [ "$lane" = fuzz ]; then run_fuzzers; return; fi
   if [ "$lane" = lint ]; then
     if scripts/lint.sh; then passed=$((passed + 1)); else failed=$((failed + 1)); failures+=(lint); fi
     return

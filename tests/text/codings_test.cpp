@@ -5,8 +5,10 @@
 #include "text/bytecoding.h"
 
 #include <cstring>
+#include <fstream>
 #include <memory>
 #include <random>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -18,6 +20,26 @@ Bytes RandomBytes(std::size_t size, std::mt19937& random) {
     Bytes bytes(size);
     for (auto& byte : bytes) byte = static_cast<std::uint8_t>(random());
     return bytes;
+}
+
+// Rows that Python's base64 and hex have made, see data/codings.py.
+TEST(Codings, GiveWhatPythonGives) {
+    std::ifstream table(KESTROLUMEN_TEXT_DATA "/codings.tsv");
+    std::string numbers, hex, text6;
+    int rows = 0;
+    for (; std::getline(table, numbers, '\t') && table >> hex >> text6 && table.get() != EOF; ++rows) {
+        Bytes bytes;
+        std::istringstream list(numbers);
+        for (std::string number; std::getline(list, number, ',');) {
+            bytes.push_back(static_cast<std::uint8_t>(std::stoi(number)));
+        }
+        EXPECT_EQ(HexFromBytes(bytes), hex.c_str());
+        EXPECT_EQ(BytesFromHex(hex.c_str()), bytes);
+        EXPECT_EQ(Text6FromBytes(bytes), text6.c_str());
+        if (bytes.size() % 3 != 0) bytes.push_back(0);  // the size is rounded up
+        EXPECT_EQ(BytesFromText6(text6.c_str()), bytes);
+    }
+    EXPECT_EQ(rows, 56);
 }
 
 TEST(Hex, OfText) {

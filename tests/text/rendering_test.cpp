@@ -3,6 +3,7 @@
 
 #include "text/format.h"
 
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <random>
@@ -109,7 +110,7 @@ TEST(Lists, HaveEveryDoubleAsTheFormatHasIt) {
         std::uint64_t bits = random();
         double value = 0;
         std::memcpy(&value, &bits, sizeof value);
-        values.push_back(value);
+        if (!std::isnan(value)) values.push_back(value);  // the x87 unit makes quiet ones of them
         values.push_back(static_cast<double>(bits % 10'000'000) / 8);
         values.push_back(static_cast<double>(bits % 100'000'000) / 1e5);
     }
