@@ -23,13 +23,11 @@ std::u16string Expand(std::u16string_view source) {
             const std::size_t plain = std::min(source.find(u'%', 1), source.size());
             result += source.substr(0, plain);
             source.remove_prefix(plain);
-        } else if (const char* value = Variable(source.substr(1, close - 1))) {
-            result += winapi::Utf16FromUtf8(value);
-            source.remove_prefix(close + 1);
         } else {
-            // The sign that ends an unknown name may begin the next one.
-            result += source.substr(0, close);
-            source.remove_prefix(close);
+            const char* const value = Variable(source.substr(1, close - 1));
+            result +=
+                value != nullptr ? winapi::Utf16FromUtf8(value) : std::u16string(source.substr(0, close + 1));
+            source.remove_prefix(close + 1);
         }
     }
     return result;

@@ -1,11 +1,13 @@
 #include "winapi/modules.h"
 
 #include "failure.h"
+#include "loadedmodules.h"
 #include "paths.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -18,23 +20,23 @@
 
 using winapi::AtBorder;
 using winapi::Failure;
+using winapi::LoadedModules;
+using Module = winapi::LoadedModule;
 
 namespace {
-
-// A loaded image. Its handle is the address of its ELF header.
-struct Module {
-    std::uintptr_t base;
-    std::string path;    // absolute
-    std::string dlName;  // what dlopen knows it by; empty for the executable
-
-    [[nodiscard]] bool IsExecutable() const noexcept { return dlName.empty(); }
-};
 
 constexpr std::u16string_view separators = u"\\/:";
 
 // Held while images come and go, and so while their DllMain runs, as Windows holds its own: recursive, since
 // a DllMain may load another image.
 std::recursive_mutex loaderLock;
+
+// LoadLibraryW calls that no FreeLibrary has undone. Never destroyed, since modules may still be let go at
+// the very end of the process.
+std::map<HMODULE, DWORD>& LoadCounts() {
+    static auto& counts = *new std::map<HMODULE, DWORD>;
+    return counts;
+}
 
 std::string ExecutablePath() {
     std::string path(4096, '\0');
@@ -53,43 +55,6 @@ std::uintptr_t BaseOf(const dl_phdr_info& image) noexcept {
     }
     const auto pageSize = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
     return static_cast<std::uintptr_t>(image.dlpi_addr) + (lowest & ~(pageSize - 1));
-}
-
-// All images, the executable first. The kernel's own (vdso), which has no file, is left out.
-std::vector<Module> LoadedModules() {
-    struct Image {
-        std::uintptr_t base;
-        std::string name;
-    };
-    // No exception may pass through the C library's frames.
-    struct Collected {
-        std::vector<Image> images;
-        bool outOfMemory = false;
-    } collected;
-    dl_iterate_phdr(
-        [](dl_phdr_info* image, std::size_t, void* context) {
-            auto& result = *static_cast<Collected*>(context);
-            try {
-                result.images.push_back({BaseOf(*image), image->dlpi_name});
-                return 0;
-            } catch (const std::bad_alloc&) {
-                result.outOfMemory = true;
-                return 1;
-            }
-        },
-        &collected);
-    if (collected.outOfMemory) throw Failure{ERROR_NOT_ENOUGH_MEMORY};
-
-    std::vector<Module> modules;
-    modules.reserve(collected.images.size());
-    for (Image& image : collected.images) {
-        if (modules.empty()) {
-            modules.push_back({image.base, ExecutablePath(), {}});
-        } else if (image.name.find('/') != std::string::npos) {
-            modules.push_back({image.base, winapi::FullPath(image.name), std::move(image.name)});
-        }
-    }
-    return modules;
 }
 
 HMODULE HandleOf(std::uintptr_t base) noexcept {
@@ -199,6 +164,48 @@ HMODULE HandleOf(void* library) {
 
 }  // namespace
 
+std::vector<Module> winapi::LoadedModules() {
+    struct Image {
+        std::uintptr_t base;
+        std::string name;
+    };
+    // No exception may pass through the C library's frames.
+    struct Collected {
+        std::vector<Image> images;
+        bool outOfMemory = false;
+    } collected;
+    dl_iterate_phdr(
+        [](dl_phdr_info* image, std::size_t, void* context) {
+            auto& result = *static_cast<Collected*>(context);
+            try {
+                result.images.push_back({BaseOf(*image), image->dlpi_name});
+                return 0;
+            } catch (const std::bad_alloc&) {
+                result.outOfMemory = true;
+                return 1;
+            }
+        },
+        &collected);
+    if (collected.outOfMemory) throw Failure{ERROR_NOT_ENOUGH_MEMORY};
+
+    std::vector<Module> modules;
+    modules.reserve(collected.images.size());
+    for (Image& image : collected.images) {
+        if (modules.empty()) {
+            modules.push_back({image.base, ExecutablePath(), {}});
+        } else if (image.name.find('/') != std::string::npos) {
+            modules.push_back({image.base, winapi::FullPath(image.name), std::move(image.name)});
+        }
+    }
+    return modules;
+}
+
+DWORD winapi::LoadCount(HMODULE module) noexcept {
+    const std::lock_guard lock(loaderLock);
+    const auto count = LoadCounts().find(module);
+    return count != LoadCounts().end() ? count->second : 0;
+}
+
 HMODULE WINAPI GetModuleHandleW(LPCWSTR name) noexcept {
     return AtBorder(HMODULE{}, [&] {
         const std::vector<Module> modules = LoadedModules();
@@ -250,6 +257,7 @@ HMODULE WINAPI LoadLibraryW(LPCWSTR path) noexcept {
         if (*path == u'\0') throw Failure{ERROR_MOD_NOT_FOUND};
         Library library = Load(FileNameOf(path));
         const HMODULE handle = HandleOf(library.get());
+        ++LoadCounts()[handle];
         static_cast<void>(library.release());
         return handle;
     });
@@ -263,6 +271,8 @@ BOOL WINAPI FreeLibrary(HMODULE module) noexcept {
         if (image.IsExecutable()) return TRUE;
         const Library reference = Reopen(image);
         if (dlclose(reference.get()) != 0) throw Failure{ERROR_MOD_NOT_FOUND};
+        const auto count = LoadCounts().find(module);
+        if (count != LoadCounts().end() && --count->second == 0) LoadCounts().erase(count);
         return TRUE;
     });
 }

@@ -1,5 +1,6 @@
 #include "registrystore.h"
 
+#include "accounts.h"
 #include "failure.h"
 #include "registrytext.h"
 
@@ -23,15 +24,9 @@ constexpr mode_t fileMode = 0600;
 }
 
 std::string FilePath() {
-    const auto variable = [](const char* name) {
-        const char* const value = std::getenv(name);
-        return std::string(value != nullptr ? value : "");
-    };
-    if (std::string own = variable("KESTROLUMEN_REGISTRY"); !own.empty()) return own;
-    std::string folder = variable("XDG_STATE_HOME");
-    // The XDG base directory specification has relative paths ignored.
-    if (!folder.starts_with('/')) folder = variable("HOME") + "/.local/state";
-    return folder + "/kestrolumen/registry";
+    const char* const own = std::getenv("KESTROLUMEN_REGISTRY");
+    if (own != nullptr && *own != '\0') return own;
+    return UserFolder("XDG_STATE_HOME", ".local/state") + "/kestrolumen/registry";
 }
 
 std::string FolderOf(const std::string& path) {

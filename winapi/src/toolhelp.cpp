@@ -1,0 +1,83 @@
+#include "tlhelp32.h"
+
+#include "failure.h"
+#include "kernelobject.h"
+#include "loadedmodules.h"
+#include "paths.h"
+
+#include <algorithm>
+#include <atomic>
+#include <iterator>
+#include <string_view>
+
+#include <unistd.h>
+
+using winapi::AtBorder;
+using winapi::Failure;
+
+namespace {
+
+template <std::size_t size>
+void SetText(WCHAR (&target)[size], std::u16string_view text) noexcept {
+    target[text.copy(target, size - 1)] = u'\0';
+}
+
+MODULEENTRY32W EntryOf(const winapi::LoadedModule& module) {
+    constexpr DWORD cameWithTheProcess = 0xFFFF;
+    MODULEENTRY32W entry{};
+    entry.dwSize = sizeof entry;
+    entry.th32ModuleID = 1;
+    entry.th32ProcessID = static_cast<DWORD>(getpid());
+    entry.hModule = reinterpret_cast<HMODULE>(module.base);
+    entry.modBaseAddr = reinterpret_cast<BYTE*>(module.base);
+    const DWORD count = winapi::LoadCount(entry.hModule);
+    entry.ProccntUsage = count != 0 ? count : cameWithTheProcess;
+    entry.GlblcntUsage = entry.ProccntUsage;
+    const std::u16string path = winapi::WindowsPath(module.path);
+    SetText(entry.szModule, std::u16string_view(path).substr(path.rfind(u'\\') + 1));
+    SetText(entry.szExePath, path);
+    return entry;
+}
+
+class Snapshot : public winapi::KernelObject {
+  public:
+    explicit Snapshot(std::vector<winapi::LoadedModule> modules) : modules_(std::move(modules)) {}
+
+    void Tell(MODULEENTRY32W& entry, std::size_t index) {
+        if (entry.dwSize < sizeof entry) throw Failure{ERROR_INSUFFICIENT_BUFFER};
+        if (index >= modules_.size()) throw Failure{ERROR_NO_MORE_FILES};
+        entry = EntryOf(modules_[index]);
+        next_ = index + 1;
+    }
+    [[nodiscard]] std::size_t Next() const noexcept { return next_; }
+
+  private:
+    const std::vector<winapi::LoadedModule> modules_;
+    std::atomic<std::size_t> next_ = 0;
+};
+
+}  // namespace
+
+HANDLE WINAPI CreateToolhelp32Snapshot(DWORD flags, DWORD process) noexcept {
+    return AtBorder(INVALID_HANDLE_VALUE, [&]() -> HANDLE {
+        if (flags != TH32CS_SNAPMODULE || (process != 0 && process != static_cast<DWORD>(getpid()))) {
+            throw Failure{ERROR_INVALID_PARAMETER};
+        }
+        return winapi::NewHandle(std::make_shared<Snapshot>(winapi::LoadedModules()));
+    });
+}
+
+BOOL WINAPI Module32FirstW(HANDLE snapshot, LPMODULEENTRY32W entry) noexcept {
+    return AtBorder(FALSE, [&] {
+        winapi::ObjectOf<Snapshot>(snapshot)->Tell(*entry, 0);
+        return TRUE;
+    });
+}
+
+BOOL WINAPI Module32NextW(HANDLE snapshot, LPMODULEENTRY32W entry) noexcept {
+    return AtBorder(FALSE, [&] {
+        const auto modules = winapi::ObjectOf<Snapshot>(snapshot);
+        modules->Tell(*entry, modules->Next());
+        return TRUE;
+    });
+}
