@@ -1,0 +1,107 @@
+#include "platform/systeminfo.h"
+
+#include "platform/currentusersecurityattributes.h"
+#include "platform/registrykey.h"
+#include "platform/securityattributes.h"
+
+#include <windows.h>
+
+#include <errhandlingapi.h>
+#include <fileapi.h>
+#include <winbase.h>
+#include <winuser.h>
+
+#include <iterator>
+
+namespace {
+
+// The first drive of a kind, as "C:\"; empty when there is none.
+struct DriveRoot {
+    char text[4];
+};
+
+DriveRoot FirstDrive(UINT kind) noexcept {
+    DriveRoot root = {"A:\\"};
+    for (; root.text[0] <= 'Z'; ++root.text[0]) {
+        if (GetDriveTypeA(root.text) == kind) return root;
+    }
+    return {};
+}
+
+}  // namespace
+
+SYSTEM_INFO NativeSystemInfo() noexcept {
+    SYSTEM_INFO info;
+    GetNativeSystemInfo(&info);
+    return info;
+}
+
+SYSTEM_INFO SystemInfo() noexcept {
+    SYSTEM_INFO info;
+    GetSystemInfo(&info);
+    return info;
+}
+
+MEMORYSTATUSEX MemoryStatus() noexcept {
+    MEMORYSTATUSEX status{};
+    status.dwLength = sizeof status;
+    GlobalMemoryStatusEx(&status);
+    return status;
+}
+
+std::uint32_t SystemVolumeSerial() noexcept {
+    DriveRoot root = FirstDrive(DRIVE_FIXED);
+    if (root.text[0] == 0) root = FirstDrive(DRIVE_REMOTE);
+    if (root.text[0] == 0) return 0;
+    DWORD serial = 0;
+    const UINT mode = SetErrorMode(SEM_FAILCRITICALERRORS);
+    const BOOL told = GetVolumeInformationA(root.text, nullptr, 0, &serial, nullptr, nullptr, nullptr, 0);
+    SetErrorMode(mode);
+    return told != FALSE ? serial : 0;
+}
+
+CStringW detail::RegisteredComputerName() {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE,
+                      TEXT("SYSTEM\\CurrentControlSet\\Control\\ComputerName\\ComputerName"), 0, KEY_READ,
+                      &key) != ERROR_SUCCESS) {
+        return {};
+    }
+    WCHAR name[257] = {};
+    DWORD kind = REG_NONE, size = 256;
+    const LSTATUS result =
+        RegQueryValueExW(key, TEXT("ComputerName"), nullptr, &kind, reinterpret_cast<BYTE*>(name), &size);
+    RegCloseKey(key);
+    return result == ERROR_SUCCESS && kind == REG_SZ ? CStringW(name) : CStringW();
+}
+
+CStringW ComputerName(bool unknownIfMissing, bool appendUserName) {
+    WCHAR buffer[257] = {};
+    DWORD size = std::size(buffer);
+    CStringW name =
+        GetComputerNameW(buffer, &size) != FALSE ? CStringW(buffer) : detail::RegisteredComputerName();
+    if (name.IsEmpty() && unknownIfMissing) name = TEXT("Unknown");
+    size = std::size(buffer);
+    if (appendUserName && GetUserNameW(buffer, &size) != FALSE) name += CStringW(TEXT("-")) + buffer;
+    return name;
+}
+
+CStringW UserName(bool unknownIfMissing) {
+    const StdWString name = GetCurrentUserName();
+    return name.empty() && unknownIfMissing ? TEXT("Unknown") : name.c_str();
+}
+
+bool IsExcelRunning() noexcept {
+    return FindWindowA("XLMAIN", nullptr) != nullptr;
+}
+
+bool IsTabletMode() noexcept {
+    try {
+        const RegistryKey key(1, HKEY_CURRENT_USER,
+                              TEXT("SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\ImmersiveShell"), KEY_READ,
+                              NullSecurityAttributes().get());
+        return key.ValueReadInt(TEXT("TabletMode")) != 0;
+    } catch (...) {
+        return false;
+    }
+}

@@ -1,0 +1,157 @@
+#include "platform/systeminfo.h"
+
+#include "platform/registrykey.h"
+#include "platform/securityattributes.h"
+#include "support/registry.h"
+
+#include <windows.h>
+
+#include <thread>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(OsVersion, NamesFollowTheirTable) {
+    struct Row {
+        DWORD major, minor;
+        BYTE product;
+        WORD suite;
+        bool is64Bit, isServerR2;
+        const WCHAR* servicePack;
+        const char* name;
+    };
+    const Row rows[] = {
+        {10, 7, 3, 0, true, false, TEXT(""), "Windows 10, 64 bit"},
+        {6, 4, 1, 0, false, false, TEXT(""), "Windows 10, 32 bit"},
+        {6, 3, 1, 0, false, true, TEXT(""), "Windows 8.1, 32 bit"},
+        {6, 2, 1, 0, false, false, TEXT(""), "Windows 8, 32 bit"},
+        {6, 1, 1, 0, true, false, TEXT("Service Pack 1"), "Windows 7 (Service Pack 1), 64 bit"},
+        {6, 0, 1, 0, false, false, TEXT(""), "Windows Vista, 32 bit"},
+        {6, 5, 1, 0, false, false, TEXT(""), "Windows Vista, 32 bit"},
+        {6, 4, 3, 0, true, false, TEXT(""), "Windows Server 2012 R2, 64 bit"},
+        {6, 2, 2, 0, true, false, TEXT(""), "Windows Server 2012, 64 bit"},
+        {6, 1, 3, 0, true, false, TEXT(""), "Windows Server 2008 R2, 64 bit"},
+        {6, 0, 3, 0, true, false, TEXT(""), "Windows Server 2008, 64 bit"},
+        {5, 2, 1, 0x8000, true, true, TEXT(""), "Windows Server 2003 R2, 64 bit"},
+        {5, 2, 1, 0x8000, true, false, TEXT(""), "Windows Home Server, 64 bit"},
+        {5, 2, 1, 0, true, false, TEXT(""), "Windows XP Profession x64 Edition, 64 bit"},
+        {5, 2, 1, 0, false, false, TEXT(""), "Windows Server 2003, 32 bit"},
+        {5, 1, 1, 0, false, false, TEXT("SP3"), "Windows XP (SP3), 32 bit"},
+        {5, 0, 3, 0, false, false, TEXT(""), "Windows 2000, 32 bit"},
+        {4, 0, 1, 0, false, false, TEXT(""), "Windows 4.0, 32 bit"},
+        {65535, 65535, 1, 0, true, false, TEXT(""), "Windows 65535.65535, 64 bit"},
+    };
+    for (const Row& row : rows) {
+        OSVERSIONINFOEXW version{};
+        version.dwMajorVersion = row.major;
+        version.dwMinorVersion = row.minor;
+        version.wProductType = row.product;
+        version.wSuiteMask = row.suite;
+        StdWString(row.servicePack).copy(version.szCSDVersion, 127);
+        EXPECT_EQ(detail::OsNameOf(version, row.is64Bit, row.isServerR2), row.name);
+    }
+}
+
+TEST(OsVersion, OfThisSystemAgreesWithItself) {
+    const OSVERSIONINFOEXW version = GetOsVersionInfo();
+    EXPECT_EQ(OsVersionNumber(), version.dwMajorVersion * 1000 + version.dwMinorVersion);
+    EXPECT_EQ(OsName(), detail::OsNameOf(version, Is64BitWindows(), false));
+    EXPECT_EQ(OsBuildString().Right(6), version.wProductType == 1 ? ".W.x86" : ".S.x86");
+    EXPECT_TRUE(Is64BitWindows() || sizeof(void*) == 4);
+}
+
+TEST(Cpu, FeaturesFollowTheirBits) {
+    constexpr std::uint32_t fma = 1U << 12, both = 3U << 27, sse2 = 1U << 26, avx2 = 1U << 5;
+    const struct {
+        detail::CpuRegisters registers;
+        detail::CpuFeatures features;
+    } rows[] = {
+        {{"", 0, 0, 0, 0}, {false, false, false, false}},
+        {{"GenuineIntel", both | fma, sse2, avx2, 6}, {true, true, true, true}},
+        {{"GenuineIntel", both, 0, avx2, 4}, {false, true, true, false}},
+        {{"GenuineIntel", both | fma, 0, ~avx2, 2}, {false, true, false, true}},
+        {{"GenuineIntel", both | fma, sse2, avx2, 1}, {true, false, false, false}},
+        {{"GenuineIntel", 1U << 28, sse2, avx2, 7}, {true, false, false, false}},
+        {{"GenuineIntel", 1U << 27, sse2, avx2, 7}, {true, false, false, false}},
+        {{"AuthenticAMD", both | fma, sse2, avx2, 7}, {true, false, false, false}},
+    };
+    for (const auto& row : rows) EXPECT_EQ(detail::FeaturesOf(row.registers), row.features);
+
+    std::string vendors[2];
+    std::thread other([&] { vendors[0] = CpuVendor(); });
+    vendors[1] = CpuVendor();
+    other.join();
+    EXPECT_EQ(vendors[0], vendors[1]);
+#if defined(__x86_64__) || defined(__i386__)
+    EXPECT_EQ(CpuVendor().size(), 12U);
+    EXPECT_EQ(CpuHasSse2(), __builtin_cpu_supports("sse2") != 0);
+    EXPECT_EQ(CpuHasAvx2(), __builtin_cpu_is("intel") != 0 && __builtin_cpu_supports("avx2") != 0);
+#endif
+}
+
+class Settings : public testing::Test {
+  protected:
+    template <typename Value>
+    static void Set(HKEY root, const WCHAR* subkey, const WCHAR* name, const Value& value) {
+        RegistryKey(1, root, subkey, KEY_ALL_ACCESS, NullSecurityAttributes().get()).ValueWrite(name, value);
+    }
+    support::FreshRegistry registry;
+};
+
+TEST_F(Settings, StandInForTheProcessorsThatTheSystemCounts) {
+    const ProcessorCount counted = ProcessorCounts(false);
+    EXPECT_GE(counted.logicalProcessors, std::thread::hardware_concurrency());
+    EXPECT_EQ(counted.logicalProcessors % counted.cores, 0U);
+    EXPECT_EQ(ProcessorCounts(true), counted);
+    const struct {
+        HKEY root;
+        const WCHAR* name;
+        std::uint32_t value, expected;
+    } rows[] = {
+        {HKEY_CURRENT_USER, TEXT("NumCores"), 0, 0},  {HKEY_LOCAL_MACHINE, TEXT("NumCpus"), 4, 4},
+        {HKEY_LOCAL_MACHINE, TEXT("NumCores"), 5, 5}, {HKEY_CURRENT_USER, TEXT("NumCpus"), 6, 6},
+        {HKEY_CURRENT_USER, TEXT("NumCores"), 7, 7},
+    };
+    for (const auto& row : rows) {
+        Set(row.root, TEXT("Software\\Quillmar"), row.name, row.value);
+        EXPECT_EQ(ProcessorCounts(true),
+                  row.expected == 0 ? counted : (ProcessorCount{row.expected, row.expected}));
+    }
+    Set(HKEY_CURRENT_USER, TEXT("Software\\Quillmar"), TEXT("NumCores"), CStringW(TEXT("8")));
+    EXPECT_EQ(ProcessorCounts(true).cores, 6U) << "text counts as absent";
+    EXPECT_EQ(ProcessorCounts(false), counted);
+}
+
+TEST_F(Settings, TellTheTabletModeAndTheNameOfTheMachine) {
+    const WCHAR* const shell = TEXT("SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\ImmersiveShell");
+    EXPECT_FALSE(IsTabletMode());
+    Set(HKEY_CURRENT_USER, shell, TEXT("TabletMode"), 2);
+    EXPECT_TRUE(IsTabletMode());
+    Set(HKEY_CURRENT_USER, shell, TEXT("TabletMode"), std::int64_t{1});
+    EXPECT_FALSE(IsTabletMode());
+
+    const WCHAR* const names = TEXT("SYSTEM\\CurrentControlSet\\Control\\ComputerName\\ComputerName");
+    EXPECT_EQ(detail::RegisteredComputerName(), TEXT(""));
+    Set(HKEY_LOCAL_MACHINE, names, TEXT("ComputerName"), CStringW(TEXT("ODD")));
+    EXPECT_EQ(detail::RegisteredComputerName(), TEXT("ODD"));
+    Set(HKEY_LOCAL_MACHINE, names, TEXT("ComputerName"), 1);
+    EXPECT_EQ(detail::RegisteredComputerName(), TEXT(""));
+}
+
+TEST(SystemFacts, AgreeWithWhatElseTellsThem) {
+    const MEMORYSTATUSEX memory = MemoryStatus();
+    EXPECT_EQ(memory.dwLength, 64U);
+    EXPECT_GT(memory.ullTotalPhys, memory.ullAvailPhys);
+    EXPECT_GE(memory.ullTotalVirtual, memory.ullAvailVirtual);
+    EXPECT_EQ(SystemInfo().dwPageSize, 4096U);
+    EXPECT_EQ(NativeSystemInfo().wProcessorArchitecture == PROCESSOR_ARCHITECTURE_AMD64, Is64BitWindows());
+    EXPECT_EQ(SystemVolumeSerial(), SystemVolumeSerial());
+    const CStringW user = UserName(false), machine = ComputerName(true, false);
+    EXPECT_FALSE(user.IsEmpty());
+    EXPECT_EQ(machine, ComputerName(false, false));
+    EXPECT_EQ(ComputerName(false, true), machine + TEXT("-") + user);
+    EXPECT_FALSE(IsExcelRunning());
+}
+
+}  // namespace

@@ -1,0 +1,54 @@
+// The machine's facts beside what Linux tells of them by other ways.
+#include <windows.h>
+
+#include <fileapi.h>
+#include <sysinfoapi.h>
+#include <winbase.h>
+
+#include <bit>
+
+#include <sys/sysinfo.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(SystemFacts, OfMemoryAndProcessorsAreTheMachines) {
+    MEMORYSTATUSEX memory{};
+    EXPECT_FALSE(GlobalMemoryStatusEx(&memory));
+    memory.dwLength = sizeof memory;
+    ASSERT_TRUE(GlobalMemoryStatusEx(&memory));
+    struct sysinfo facts {};
+    sysinfo(&facts);
+    const auto unit = std::uint64_t{facts.mem_unit};
+    EXPECT_EQ(memory.ullTotalPhys >> 20, facts.totalram * unit >> 20);
+    EXPECT_EQ(memory.ullTotalPageFile - memory.ullTotalPhys, facts.totalswap * unit);
+
+    SYSTEM_LOGICAL_PROCESSOR_INFORMATION cores[64];
+    DWORD size = sizeof cores;
+    ASSERT_TRUE(GetLogicalProcessorInformation(cores, &size));
+    ULONG_PTR seen = 0;
+    for (DWORD i = 0; i < size / sizeof cores[0]; ++i) {
+        EXPECT_EQ(seen & cores[i].ProcessorMask, 0U) << "no processor belongs to two cores";
+        seen |= cores[i].ProcessorMask;
+    }
+    EXPECT_EQ(std::popcount(seen), sysconf(_SC_NPROCESSORS_ONLN));
+}
+
+TEST(SystemFacts, NamesThatDoNotFitTellTheirSize) {
+    WCHAR buffer[257];
+    for (const auto call : {GetUserNameW, GetComputerNameW}) {
+        const bool isUser = call == GetUserNameW;
+        DWORD size = 1, whole = 257;
+        EXPECT_FALSE(call(buffer, &size));
+        EXPECT_EQ(GetLastError(), isUser ? 122U : 111U);
+        EXPECT_TRUE(call(buffer, &whole));
+        EXPECT_EQ(size, isUser ? whole : whole + 1);
+        EXPECT_EQ(std::u16string_view(buffer).size() + 1, size);
+    }
+    EXPECT_EQ(GetDriveTypeA("Z:\\"), UINT{DRIVE_FIXED});
+    EXPECT_EQ(GetDriveTypeA("C:\\"), UINT{DRIVE_NO_ROOT_DIR});
+}
+
+}  // namespace
