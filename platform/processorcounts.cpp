@@ -1,5 +1,6 @@
 #include "platform/processorcounts.h"
 
+#include "platform/bits.h"
 #include "platform/registrykey.h"
 #include "platform/securityattributes.h"
 
@@ -7,7 +8,6 @@
 
 #include <sysinfoapi.h>
 
-#include <bit>
 #include <vector>
 
 namespace {
@@ -54,7 +54,7 @@ ProcessorCount ProcessorCounts(bool allowOverride) {
     for (const auto& entry : LogicalProcessorInformation()) {
         if (entry.Relationship != RelationProcessorCore) continue;
         ++counts.cores;
-        counts.logicalProcessors += static_cast<std::uint32_t>(std::popcount(entry.ProcessorMask));
+        counts.logicalProcessors += static_cast<std::uint32_t>(BitCount64(entry.ProcessorMask));
     }
     return counts;
 }

@@ -4,9 +4,10 @@
 
 namespace support {
 
-// The folder is made by the first write, too.
+// In memory where there is such a place, so that nobody waits for a disk. The folder is made by the first
+// write, too.
 FreshRegistry::FreshRegistry()
-    : file_(std::filesystem::temp_directory_path() /
+    : file_((std::filesystem::exists("/dev/shm") ? "/dev/shm" : std::filesystem::temp_directory_path()) /
             ("kestrolumen-registry-" + std::to_string(std::random_device()())) / "registry"),
       variable_("KESTROLUMEN_REGISTRY", file_.string()) {}
 

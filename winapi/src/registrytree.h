@@ -23,6 +23,8 @@ struct RegistryValue {
     std::u16string name;
     DWORD kind;
     std::vector<BYTE> data;
+
+    friend bool operator==(const RegistryValue&, const RegistryValue&) = default;
 };
 
 struct RegistryNode {
@@ -41,6 +43,8 @@ struct RegistryNode {
     // Deletes the key at a path and all below it; false when there is none.
     bool Delete(std::u16string_view path, std::uint64_t now) noexcept;
     void SetValue(RegistryValue value);
+
+    friend bool operator==(const RegistryNode&, const RegistryNode&) = default;
 };
 
 // Whether two names are one to the registry.
