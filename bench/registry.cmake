@@ -1,0 +1,1 @@
+kestrolumen_bench(registry USES platform)
