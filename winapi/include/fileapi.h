@@ -2,3 +2,4 @@
 #pragma once
 
 #include "winapi/drives.h"
+#include "winapi/files.h"

@@ -1,5 +1,7 @@
 #include "failure.h"
 
+#include "winapi/files.h"
+
 #include <cerrno>
 
 namespace winapi {
@@ -28,10 +30,13 @@ DWORD ErrorFromErrno(int error) noexcept {
             return ERROR_ALREADY_EXISTS;
         case EINVAL:
             return ERROR_INVALID_PARAMETER;
+        case ENOTEMPTY:
+            return ERROR_DIR_NOT_EMPTY;
         case ENAMETOOLONG:
             return ERROR_FILENAME_EXCED_RANGE;
         case ENOSPC:
         case EDQUOT:
+        case EFBIG:
             return ERROR_DISK_FULL;
         case ELOOP:
             return ERROR_BAD_PATHNAME;

@@ -1,63 +1,94 @@
 #include "winapi/crt.h"
 
-#include "failure.h"
+#include "crtfailure.h"
+#include "filesharing.h"
+#include "openfile.h"
 #include "paths.h"
 
-#include <sys/stat.h>
+#include "winapi/files.h"
 
-#include <string>
+#include <io.h>
+#include <share.h>
+
 #include <string_view>
+
+#include <fcntl.h>
 
 using winapi::Failure;
 
 namespace {
 
-// What fopen wants for a mode of Microsoft's; empty for one that is none.
-std::string SystemMode(std::u16string_view mode) {
-    if (mode.empty() || std::u16string_view(u"rwa").find(mode.front()) == mode.npos) return {};
-    std::string plain(1, static_cast<char>(mode.front()));
-    if (mode.find(u'+') != mode.npos) plain += '+';
-    if (mode.find(u'N') != mode.npos) plain += 'e';
-    return plain;
+struct StreamMode {
+    char plain[3];  // fdopen's
+    winapi::FileOpening opening;
+};
+
+StreamMode ModeOf(const WCHAR* mode) {
+    const std::u16string_view text = mode != nullptr ? mode : u"";
+    if (text.empty() || std::u16string_view(u"rwa").find(text.front()) == text.npos) {
+        throw Failure{ERROR_INVALID_PARAMETER};
+    }
+    const auto kind = static_cast<char>(text.front());
+    const bool updates = text.find(u'+') != text.npos;
+    const unsigned right = kind == 'r' ? winapi::mayRead : winapi::mayWrite;
+    return {{kind, updates ? '+' : '\0', '\0'},
+            {.rights = updates ? winapi::mayRead | winapi::mayWrite : right,
+             .shared = 0,
+             .disposition = static_cast<DWORD>(kind == 'r'   ? OPEN_EXISTING
+                                               : kind == 'w' ? CREATE_ALWAYS
+                                                             : OPEN_ALWAYS),
+             .flags = (kind == 'a' ? O_APPEND : 0) | (text.find(u'N') != text.npos ? O_CLOEXEC : 0)}};
 }
 
-bool IsFolder(std::FILE* file) noexcept {
-    struct stat facts {};
-    return fstat(fileno(file), &facts) == 0 && S_ISDIR(facts.st_mode);
+unsigned SharedBy(int share) {
+    switch (share) {
+        case _SH_DENYRW:
+            return 0;
+        case _SH_DENYWR:
+            return winapi::mayRead;
+        case _SH_DENYRD:
+            return winapi::mayWrite;
+        case _SH_DENYNO:
+            return winapi::mayRead | winapi::mayWrite;
+        default:
+            throw Failure{ERROR_INVALID_PARAMETER};
+    }
 }
 
-// Microsoft's library tells neither a folder from a forbidden file nor a file on the way from a missing
-// folder.
-errno_t FileError(int error) noexcept {
-    if (error == EISDIR) return EACCES;
-    return error == ENOTDIR ? ENOENT : error;
-}
-
-errno_t Open(std::FILE** file, const WCHAR* path, const WCHAR* mode) {
-    const std::string systemMode = SystemMode(mode);
-    if (systemMode.empty()) return EINVAL;
-    *file = std::fopen(winapi::SystemPath(path).c_str(), systemMode.c_str());
-    if (*file == nullptr) return FileError(errno);
-    if (!IsFolder(*file)) return 0;
-    static_cast<void>(std::fclose(*file));
-    *file = nullptr;
-    return EACCES;
+std::FILE* Open(const WCHAR* path, const StreamMode& mode) {
+    if (path == nullptr) throw Failure{ERROR_INVALID_PARAMETER};
+    winapi::Descriptor descriptor = winapi::OpenFile(winapi::SystemPath(path), mode.opening).descriptor;
+    std::FILE* const stream = fdopen(descriptor.Get(), mode.plain);
+    if (stream == nullptr) throw std::bad_alloc();
+    static_cast<void>(descriptor.Release());
+    return stream;
 }
 
 }  // namespace
 
+std::FILE* _wfsopen(const WCHAR* path, const WCHAR* mode, int share) noexcept {
+    return winapi::AtCrtBorder<std::FILE*>(nullptr, [&] {
+        StreamMode streamMode = ModeOf(mode);
+        streamMode.opening.shared = SharedBy(share);
+        return Open(path, streamMode);
+    });
+}
+
 errno_t _wfopen_s(std::FILE** file, const WCHAR* path, const WCHAR* mode) noexcept {
-    errno_t error = EINVAL;
-    if (file != nullptr) *file = nullptr;
-    if (file != nullptr && path != nullptr && mode != nullptr) {
-        try {
-            error = Open(file, path, mode);
-        } catch (const Failure&) {
-            error = ENOENT;  // no file can have such a path
-        } catch (const std::bad_alloc&) {
-            error = ENOMEM;
-        }
-    }
-    if (error != 0) errno = error;
-    return error;
+    if (file == nullptr) return errno = EINVAL;
+    *file = winapi::AtCrtBorder<std::FILE*>(nullptr, [&] {
+        StreamMode streamMode = ModeOf(mode);
+        const bool onlyReads = streamMode.opening.rights == winapi::mayRead;
+        streamMode.opening.shared = onlyReads ? winapi::mayRead : 0U;
+        return Open(path, streamMode);
+    });
+    return *file != nullptr ? 0 : errno;
+}
+
+int _fseeki64(std::FILE* stream, std::int64_t offset, int origin) noexcept {
+    return fseeko(stream, offset, origin);
+}
+
+std::int64_t _ftelli64(std::FILE* stream) noexcept {
+    return ftello(stream);
 }

@@ -21,14 +21,6 @@ namespace {
     throw Failure{ErrorFromErrno(errno)};
 }
 
-// Repeats a system call that a signal interrupts.
-template <class Call>
-auto Retry(Call call) noexcept {
-    auto result = call();
-    while (result == -1 && errno == EINTR) result = call();
-    return result;
-}
-
 // ---- Folders -------------------------------------------------------------------------------------------
 
 const char* Variable(const char* name) noexcept {
@@ -162,10 +154,6 @@ Ownership TryToOwn(int descriptor) {
 }
 
 }  // namespace
-
-Descriptor::~Descriptor() {
-    if (IsOpen()) close(number_);
-}
 
 NameFile::NameFile(Place place, Descriptor descriptor) noexcept
     : place_(std::move(place)), descriptor_(std::move(descriptor)), process_(getpid()) {}

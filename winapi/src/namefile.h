@@ -7,29 +7,12 @@
 // look. A second lock, on the file's first byte, makes a holder the name's owner.
 #pragma once
 
+#include "descriptor.h"
+
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace winapi {
-
-// An open file descriptor.
-class Descriptor {
-  public:
-    explicit Descriptor(int number = -1) noexcept : number_(number) {}
-    ~Descriptor();
-    Descriptor(Descriptor&& other) noexcept : number_(other.number_) { other.number_ = -1; }
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(number_, other.number_);
-        return *this;
-    }
-
-    [[nodiscard]] int Get() const noexcept { return number_; }
-    [[nodiscard]] bool IsOpen() const noexcept { return number_ >= 0; }
-
-  private:
-    int number_;
-};
 
 enum class Ownership { refused, taken, takenFromTheDead };
 

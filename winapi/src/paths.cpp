@@ -125,6 +125,8 @@ std::u16string WindowsPath(std::string_view path) {
 }
 
 std::string SystemPath(std::u16string_view path) {
+    constexpr std::u16string_view withoutLimit = u"\\\\?\\";
+    if (path.starts_with(withoutLimit)) path.remove_prefix(withoutLimit.size());
     if (path.empty()) throw Failure{ERROR_INVALID_NAME};
     if (path.size() >= 2 && path[1] == u':') {
         if (Folded(path[0]) != Folded(rootDrive)) throw Failure{ERROR_PATH_NOT_FOUND};

@@ -19,7 +19,7 @@ namespace winapi {
 // "/tmp/a" gives "Z:\tmp\a"; a relative path keeps its form, with backslashes.
 [[nodiscard]] std::u16string WindowsPath(std::string_view path);
 
-// "Z:\tmp\a", "/tmp/a" and "\tmp\a" give "/tmp/a"; "a\b" and "Z:a\b" give "a/b".
+// "Z:\tmp\a", "\\?\Z:\tmp\a", "/tmp/a" and "\tmp\a" give "/tmp/a"; "a\b" and "Z:a\b" give "a/b".
 // Throws Failure: ERROR_PATH_NOT_FOUND for another drive, ERROR_BAD_NETPATH for "\\server\...", and
 // ERROR_INVALID_NAME for an empty path.
 [[nodiscard]] std::string SystemPath(std::u16string_view path);
