@@ -1,0 +1,77 @@
+// What can be brought about in the system below the stand-in alone: links, and a disk that is full.
+#include "platform/directories.h"
+#include "platform/diskerror.h"
+#include "platform/file.h"
+#include "platform/winfile.h"
+#include "support/folder.h"
+
+#include <csignal>
+#include <fstream>
+
+#include <sys/resource.h>
+
+namespace {
+
+class NativeFiles : public support::FileTest {};
+
+TEST_F(NativeFiles, OutsideATreeStayWhenItIsRemoved) {
+    const auto& root = folder.Path();
+    std::filesystem::create_directories(root / "tree" / "below");
+    std::filesystem::create_directory(root / "kept");
+    folder.Write("kept/file", "kept");
+    std::filesystem::create_directory_symlink("../../kept", root / "tree" / "below" / "link");
+    std::filesystem::create_directory_symlink("..", root / "tree" / "parent");
+    std::filesystem::create_symlink("../kept/file", root / "tree" / "file link");
+    std::filesystem::create_symlink("nowhere", root / "tree" / "broken link");
+    std::filesystem::create_directory_symlink("kept", root / "link");
+    folder.Write("victim", "kept");
+    folder.Write("tree/..\\victim", "a name that would lead out");
+
+    EXPECT_FALSE(RemoveDirectoryTree((folder / TEXT("tree")).c_str())) << "what has no path stays";
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(root / "tree"), {}), 1);
+    std::filesystem::remove(root / "tree" / "..\\victim");
+    EXPECT_TRUE(RemoveDirectoryTree((folder / TEXT("tree")).c_str()));
+    EXPECT_TRUE(RemoveDirectoryTree((folder / TEXT("link\\")).c_str()));
+    EXPECT_FALSE(exists(symlink_status(root / "link")));
+    EXPECT_EQ(folder.Read("kept/file"), "kept");
+    EXPECT_EQ(folder.Read("victim"), "kept");
+}
+
+TEST_F(NativeFiles, OnAFullDiskAreReportedAndKeepWhatFitted) {
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    constexpr std::size_t room = 100'000;
+    const rlimit limit{room, before.rlim_max};
+    const StdWString path = folder / TEXT("full");
+    const File::Bytes bytes(room - 1, 'x');
+    std::string raised[3];
+    std::size_t kept[3];
+    setrlimit(RLIMIT_FSIZE, &limit);
+    {
+        File file(path, TEXT("wb"));
+        file.write(bytes);
+        raised[0] = DiskErrorOf([&] { file.write(bytes); });
+        kept[0] = static_cast<std::size_t>(file.size());
+    }
+    {
+        WinFile file(path.c_str(), GENERIC_WRITE, 0, CREATE_ALWAYS, 0);
+        file.write(bytes);
+        raised[1] = DiskErrorOf([&] { file.write({1, 2}); });
+        kept[1] = static_cast<std::size_t>(file.size());
+        raised[2] = DiskErrorOf([&] { file.write({1}); });
+        kept[2] = GetLastError();
+    }
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    const std::string sentence = "|2845|Error writing to file \"" + Utf8FromWString(path) + "\".";
+    EXPECT_EQ(raised[0], "VexErrorWritingFile|File::write" + sentence);
+    EXPECT_EQ(raised[1], "VexErrorWritingFile|WinFile::write" + sentence);
+    EXPECT_EQ(raised[2], raised[1]);
+    EXPECT_EQ(kept[0], room);
+    EXPECT_EQ(kept[1], room) << "a part of what was to be written";
+    EXPECT_EQ(kept[2], DWORD{ERROR_DISK_FULL});
+    EXPECT_EQ(folder.Read("full").size(), room);
+}
+
+}  // namespace
