@@ -17,9 +17,10 @@ namespace {
 constexpr std::string_view kHelp = R"(excelhost - a simulated Excel for the add-in kestrolumen.xll
 
 Usage: excelhost run SHEET.csv [options]
+       excelhost describe [--addin FILE]
        excelhost --help
 
-Calculates a sheet: loads the add-in, lets the companion workbook introduce itself, calculates every formula of
+run calculates a sheet: loads the add-in, lets the companion workbook introduce itself, calculates every formula of
 the sheet and prints the values as CSV. Cells are numbers, texts, TRUE, FALSE, error values and formulas (=...);
 formulas know Excel's operators, references, IF, ABS, AVERAGE, COUNT, EXACT, IFERROR, MAX, MIN, NA, ROUND, SUM and
 the add-in's functions:
@@ -27,6 +28,8 @@ the add-in's functions:
   NetOutputPrediction(inputs, network, fallback, low, high)                the likeliest category
   NetOutputProbabilityOfPrediction(inputs, network, fallback, low, high)   its probability
   NetOutputProbabilityOfCategory(inputs, network, category, fallback, low, high)
+
+describe prints what the add-in knows of this machine, its folders and the add-in's own file.
 
 Options:
   --addin FILE           the add-in; kestrolumen.xll beside this program if left out

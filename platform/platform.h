@@ -2,9 +2,29 @@
 // limits) that the rest relies on. Each header tells its own.
 #pragma once
 
+// Files and folders.
 #include "platform/checksums.h"
+#include "platform/directories.h"
+#include "platform/file.h"
+#include "platform/fileinfo.h"
+#include "platform/folders.h"
+#include "platform/tempdirectory.h"
+#include "platform/winfile.h"
+
+// Settings, names and access.
+#include "platform/currentusersecurityattributes.h"
+#include "platform/mutex.h"
+#include "platform/registrykey.h"
+#include "platform/securityattributes.h"
+
+// The machine and the modules in it.
+#include "platform/cpufeatures.h"
 #include "platform/fileversioninfo.h"
 #include "platform/modulepaths.h"
-#include "platform/mutex.h"
-#include "platform/securityattributes.h"
-#include "platform/tempdirectory.h"
+#include "platform/moduleusage.h"
+#include "platform/osversion.h"
+#include "platform/processorcounts.h"
+#include "platform/systeminfo.h"
+
+// Sets of numbers as bits.
+#include "platform/bits.h"

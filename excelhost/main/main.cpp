@@ -1,15 +1,22 @@
 // The program excelhost: a simulated Excel on the command line.
+#include "excelhost/describe/describe.h"
 #include "excelhost/program.h"
 
 #include "home.h"
 
 #include <exception>
 #include <iostream>
+#include <span>
+#include <string>
+#include <vector>
 
 int main(int count, char** arguments) try {
     excelhost::MakeStandardOutputBinary();
-    return excelhost::RunProgram(excelhost::ArgumentsFrom(count, arguments), excelhost::OwnFolder(),
-                                 std::cout, std::cerr);
+    const std::vector<std::string> words = excelhost::ArgumentsFrom(count, arguments);
+    const bool describes = !words.empty() && words.front() == "describe";
+    const std::span<const std::string> rest = std::span(words).subspan(describes ? 1 : 0);
+    return (describes ? excelhost::RunDescribe : excelhost::RunProgram)(rest, excelhost::OwnFolder(),
+                                                                        std::cout, std::cerr);
 } catch (const std::exception& error) {
     std::cerr << "excelhost: " << error.what() << '\n';
     return excelhost::kBadInput;

@@ -22,3 +22,27 @@ execute_process(COMMAND ${EMULATOR} "${PROGRAM}" RESULT_VARIABLE code ERROR_VARI
 if(NOT code EQUAL 2)
   message(FATAL_ERROR "exit code ${code} for no command")
 endif()
+
+# The page of facts: three sections, each line a label and, from the 25th column on, its value.
+execute_process(COMMAND ${EMULATOR} "${PROGRAM}" describe OUTPUT_VARIABLE page ERROR_VARIABLE err RESULT_VARIABLE code)
+if(NOT code EQUAL 0)
+  message(FATAL_ERROR "exit code ${code}: ${err}")
+endif()
+string(REPLACE "\n" ";" lines "${page}")
+foreach(line IN LISTS lines)
+  if(NOT line MATCHES "^(Machine|Folders|Module)?$" AND NOT line MATCHES "^  ......................[^ ].*$")
+    message(FATAL_ERROR "no label and value: '${line}'")
+  endif()
+endforeach()
+foreach(fact IN ITEMS "Machine\n  operating system      Windows" "cores                 [1-9]" "\nFolders\n"
+                      "temporary             [A-Z]:" "\nModule\n" "CRC-64                [0-9A-F]+\n"
+                      "file version          8\\.2\\.1\\.4\n")
+  if(NOT page MATCHES "${fact}")
+    message(FATAL_ERROR "the page lacks '${fact}':\n${page}")
+  endif()
+endforeach()
+execute_process(COMMAND ${EMULATOR} "${PROGRAM}" describe --addin "${SCRATCH}/none.xll"
+  OUTPUT_VARIABLE out ERROR_VARIABLE err RESULT_VARIABLE code)
+if(NOT code EQUAL 1 OR NOT err MATCHES "none.xll: can't be read" OR NOT out STREQUAL "")
+  message(FATAL_ERROR "exit code ${code}, output '${out}', message '${err}'")
+endif()
