@@ -94,7 +94,8 @@ class RegistryKey {
     // VexCode::RegValueRead where the system's query failed, else the code named here, with no result text in
     // `args`, for a value of another kind.
 
-    // REG_DWORD; VexCode::RegValueNotDword. Data longer than 4 bytes fails in the query.
+    // REG_DWORD; VexCode::RegValueNotDword. Data longer than 4 bytes fails in the query, shorter data counts
+    // with zero bytes behind it.
     template <RegistryDword Number>
     void ValueRead(const RegistryValueName& name, Number& out) const {
         out = static_cast<Number>(ReadDword(name));

@@ -77,8 +77,8 @@ TEST(RegistryFile, IsMadeByAWriteAndSeenThroughEveryChange) {
     std::string text = content();
     const std::size_t data = text.find("\n\"a\"=3:6F6E65\n");
     ASSERT_NE(data, std::string::npos) << text;
-    std::ofstream(registry.File()) << text.replace(data + 7, 6, "74776F");  // by hand, in place
-    EXPECT_EQ(key.Get(u"a"), "two");
+    std::ofstream(registry.File()) << text.replace(data + 7, 6, "7468726565");  // by hand, in place
+    EXPECT_EQ(key.Get(u"a"), "three");
     for (const char* damage : {"x", "[\"A\"] 1", "\"a\"=3:0\n", "\"\\u12", ""}) {
         const std::string damaged = *damage != '\0' ? text + damage : "";
         std::ofstream(registry.File()) << damaged;

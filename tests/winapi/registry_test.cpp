@@ -64,6 +64,7 @@ TEST(Registry, CallsTellWhatTheyCanNotDo) {
         {Open(HKEY_CURRENT_USER, TEXT("Software\\Some")), ERROR_FILE_NOT_FOUND},
         {query(reader, TEXT("a")), ERROR_KEY_DELETED},
         {set(key, TEXT("a")), ERROR_KEY_DELETED},
+        {Open(key, TEXT("a")), ERROR_KEY_DELETED},
         {RegCloseKey(key) + RegCloseKey(reader) + RegCloseKey(writer) + RegCloseKey(accented), 0},
         {RegCloseKey(key), ERROR_INVALID_HANDLE},
         {RegCloseKey(HKEY_CURRENT_USER), 0},

@@ -167,9 +167,11 @@ LSTATUS WINAPI RegOpenKeyExW(HKEY key, LPCWSTR subkey, DWORD, REGSAM access, PHK
     return Status([&] {
         Require(result != nullptr);
         RequireOneView(access);
-        std::u16string path = PathBelow(*KeyOf(key), subkey);
-        RegistryStore::Instance().Read([&](const RegistryNode& root, std::uint64_t) {
-            Require(root.Find(path) != nullptr, ERROR_FILE_NOT_FOUND);
+        const std::shared_ptr<Key> parent = KeyOf(key);
+        std::u16string path = PathBelow(*parent, subkey);
+        RegistryStore::Instance().Read([&](const RegistryNode& root, std::uint64_t version) {
+            const bool exists = parent->Node(root, version).Find(View(subkey)) != nullptr;
+            Require(exists, ERROR_FILE_NOT_FOUND);
         });
         *result = NewKey(std::move(path), access);
     });

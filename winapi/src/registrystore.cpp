@@ -57,8 +57,8 @@ void WriteAll(int file, std::string_view text) {
     }
 }
 
-// A file that was edited in place has another time, whatever its number. Renaming changes st_ctim: that says
-// nothing.
+// A file that was edited in place has another size or time, whatever its number. Renaming changes st_ctim:
+// that says nothing.
 bool SameFile(const struct stat& one, const struct stat& other) noexcept {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino && one.st_size == other.st_size &&
            one.st_mtim.tv_sec == other.st_mtim.tv_sec && one.st_mtim.tv_nsec == other.st_mtim.tv_nsec;
@@ -118,12 +118,14 @@ void RegistryStore::Save(RegistryNode& changed) {
     Descriptor file(open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, fileMode));
     if (!file.IsOpen()) FailErrno();
     WriteAll(file.Get(), text);
+    std::string path = path_;
     struct stat facts {};
     if (fsync(file.Get()) != 0 || fstat(file.Get(), &facts) != 0 ||
         rename(beside.c_str(), path_.c_str()) != 0) {
         FailErrno();
     }
-    Take(std::move(changed), path_, std::move(file), facts);
+    // Nothing fails from here on: the file has been written.
+    Take(std::move(changed), std::move(path), std::move(file), facts);
 }
 
 std::uint64_t FileTimeNow() noexcept {

@@ -23,7 +23,7 @@ namespace winapi {
 // With the roots alone.
 [[nodiscard]] RegistryNode EmptyRegistry();
 
-// Throws Failure{ERROR_BADDB} for what is no such text.
+// Throws Failure: ERROR_BADDB for what is no such text, and what Make throws for a path that it refuses.
 [[nodiscard]] RegistryNode RegistryFromText(std::string_view text);
 
 }  // namespace winapi
