@@ -26,5 +26,8 @@
 #include "platform/processorcounts.h"
 #include "platform/systeminfo.h"
 
-// Sets of numbers as bits.
+// Sets of numbers as bits, and small utilities.
 #include "platform/bits.h"
+#include "platform/indexsets.h"
+#include "platform/primes.h"
+#include "platform/swapbytes.h"

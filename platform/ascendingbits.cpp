@@ -1,0 +1,102 @@
+#include "platform/ascendingbits.h"
+
+#include "platform/bits.h"
+
+#include <cstddef>
+#include <cstring>
+
+namespace {
+
+void SetOneByOne(std::uint8_t* bytes, std::span<const std::int32_t> values) noexcept {
+    for (const std::int32_t value : values) SetBit(bytes, value);
+}
+
+}  // namespace
+
+#if (defined(__x86_64__) || defined(__i386__)) && defined(__OPTIMIZE__)
+
+#include <immintrin.h>
+
+// GCC does not align the stack of 64-bit Windows to registers of 32 bytes (its bug 54412), so they must never
+// be put there, which only a build without optimisation would do.
+#define WITH_AVX2 gnu::target("avx2")
+
+namespace {
+
+const bool hasAvx2 = __builtin_cpu_supports("avx2");
+
+constexpr std::size_t lanes = 8;
+
+// 64 bits of the array, gathered in registers. Each lane has a part of the bits; those that belong together
+// are put together when the word is stored.
+class Word {
+  public:
+    [[WITH_AVX2]] explicit Word(std::uint32_t first) noexcept
+        : first_(first), firsts_(_mm256_set1_epi32(static_cast<int>(first))) {}
+
+    // A shift by 32 or more, and so by less than 0, gives 0: what doesn't belong into the word adds nothing.
+    [[WITH_AVX2, gnu::always_inline]] void Add(__m256i values) noexcept {
+        const __m256i highestBit = _mm256_set1_epi32(static_cast<int>(0x80000000));
+        const __m256i places = _mm256_sub_epi32(values, firsts_);
+        const __m256i placesInLow = _mm256_sub_epi32(places, _mm256_set1_epi32(32));
+        high_ = _mm256_or_si256(high_, _mm256_srlv_epi32(highestBit, places));
+        low_ = _mm256_or_si256(low_, _mm256_srlv_epi32(highestBit, placesInLow));
+    }
+
+    [[nodiscard]] bool Has(std::int32_t value) const noexcept {
+        return static_cast<std::uint32_t>(value) - first_ < 64;
+    }
+
+    // Whether no value can lie between the two.
+    [[nodiscard]] bool Follows(const Word& other) const noexcept { return first_ - other.first_ == 64; }
+
+    [[WITH_AVX2, gnu::always_inline]] void Store(std::uint8_t* bytes) const noexcept {
+        const __m256i pairs =
+            _mm256_or_si256(_mm256_unpacklo_epi32(low_, high_), _mm256_unpackhi_epi32(low_, high_));
+        const __m128i two = _mm_or_si128(_mm256_castsi256_si128(pairs), _mm256_extracti128_si256(pairs, 1));
+        const __m128i one = _mm_or_si128(two, _mm_unpackhi_epi64(two, two));
+        std::uint64_t word = 0;
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(&word), one);
+        std::uint64_t stored = 0;
+        std::memcpy(&stored, bytes + first_ / 8, sizeof stored);
+        stored |= __builtin_bswap64(word);
+        std::memcpy(bytes + first_ / 8, &stored, sizeof stored);
+    }
+
+  private:
+    std::uint32_t first_;
+    __m256i firsts_;
+    __m256i high_ = _mm256_setzero_si256();
+    __m256i low_ = _mm256_setzero_si256();
+};
+
+[[WITH_AVX2]] void SetByWords(std::uint8_t* bytes, std::span<const std::int32_t> values) noexcept {
+    Word word(0);
+    for (; values.size() >= lanes; values = values.subspan(lanes)) {
+        const __m256i next = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(values.data()));
+        word.Add(next);
+        const std::int32_t last = values[lanes - 1];
+        if (word.Has(last)) continue;
+        word.Store(bytes);
+        const Word after(static_cast<std::uint32_t>(last) / 64 * 64);
+        if (!after.Follows(word)) SetOneByOne(bytes, values.first(lanes));
+        word = after;
+        word.Add(next);
+    }
+    word.Store(bytes);
+    SetOneByOne(bytes, values);
+}
+
+}  // namespace
+
+void detail::SetAscendingBits(std::uint8_t* bytes, std::span<const std::int32_t> values) noexcept {
+    hasAvx2 ? SetByWords(bytes, values) : SetOneByOne(bytes, values);
+}
+
+#else
+
+void detail::SetAscendingBits(std::uint8_t* bytes, std::span<const std::int32_t> values) noexcept {
+    SetOneByOne(bytes, values);
+}
+
+#endif
