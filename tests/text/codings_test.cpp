@@ -1,5 +1,5 @@
-// Hexadecimal and six-bit text: malformed input, and the bounds of memory. That any bytes go there and back
-// is held against plain references by fuzz/codings_fuzz.cpp.
+// Hexadecimal and six-bit text: malformed digits, and the bounds of memory. That any bytes go there and back,
+// and what malformed six-bit text gives, is held against plain references by fuzz/codings_fuzz.cpp.
 #include "text/codings.h"
 
 #include "text/bytecoding.h"
@@ -65,13 +65,6 @@ TEST(Hex, StrictReadingRefuses) {
         text[wrong] = 'x';
         EXPECT_TRUE(TextAFromHex(text.c_str()).IsEmpty()) << wrong;
     }
-}
-
-TEST(SixBit, HoldsWhatIsMalformed) {
-    EXPECT_EQ(BytesFromText6("0"), Bytes{0});
-    EXPECT_EQ(BytesFromText6("!!!!"), (Bytes{0xFF, 0xFF, 0xFF}));
-    EXPECT_EQ(BytesFromText6("00!0"), (Bytes{0, 0x3F, 0xC0}));
-    EXPECT_EQ(BytesFromText6("0!00"), (Bytes{0x0F, 0xF0, 0}));
 }
 
 // Memory of exactly the size: a sanitizer sees what goes beyond.

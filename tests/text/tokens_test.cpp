@@ -17,9 +17,7 @@ TEST(Split, TakesWhatStandsBetweenRunsOfDelimiters) {
         bool trim = false;
     } rows[] = {
         {TEXT(""), TEXT(","), {}},
-        {TEXT(",;,"), TEXT(";,"), {}},
         {TEXT(",,a;,b,"), TEXT(",;"), {TEXT("a"), TEXT("b")}},
-        {TEXT("a b"), TEXT(""), {TEXT("a b")}},
         {TEXT(" a, ,\x00a0"), TEXT(","), {TEXT("a")}, true},
         {block + TEXT("e") + block + TEXT("\x20ac"), TEXT("abcde\x20ac"), {block.c_str(), block.c_str()}},
         {block + TEXT(",") + block, TEXT(",;"), {block.c_str(), block.c_str()}},
@@ -34,15 +32,11 @@ TEST(TokenizeQuoted, KeepsWhatStandsInQuotesTogether) {
         const WCHAR* text;
         std::vector<CStringW> tokens;
     } rows[] = {
-        {TEXT(""), {}},
         {TEXT(",;,"), {}},
-        {TEXT("\"a,b\",c"), {TEXT("\"a,b\""), TEXT("c")}},
         {TEXT("x\"a,b\"y"), {TEXT("x\"a"), TEXT("b\"y")}},
-        {TEXT("\"a\"bc,d"), {TEXT("\"a\"bc"), TEXT("d")}},
         {TEXT("\"a\"b\"c,d\",e"), {TEXT("\"a\"b\"c,d\""), TEXT("e")}},
         {TEXT("a;\"b,c"), {TEXT("a"), TEXT("\"b,c")}},
         {TEXT(",,a;,b,,"), {TEXT("a"), TEXT("b")}},
-        {TEXT("\""), {TEXT("\"")}},
         {TEXT("caf\x00e9,\"\x20ac,\""), {TEXT("caf\x00e9"), TEXT("\"\x20ac,\"")}},
     };
     for (const auto& row : rows) {
@@ -74,9 +68,7 @@ TEST(TokenizeQuoted, KeepsWhatStandsInQuotesTogether) {
 
 TEST(Abbreviated, NeverMakesATextLonger) {
     EXPECT_EQ(AbbreviatedA("abcd", 0, 0), "...");
-    EXPECT_EQ(AbbreviatedA("abc", 0, 0), "abc");
     EXPECT_EQ(AbbreviatedA("abcdefgh", 0xFFFFFFFF, 0xFFFFFFFF), "abcdefgh");
-    EXPECT_EQ(AbbreviatedA("abcdefgh", 4, 0), "abcd...");
 }
 
 template <typename Unit, typename Find>
@@ -86,11 +78,7 @@ void ExpectFound(Find find, const Unit* text, const Unit* sought, int expected) 
 }
 
 TEST(FindNoCase, GivesTheFirstPlace) {
-    ExpectFound(FindNoCaseA, "Hello", "LL", 2);
-    ExpectFound(FindNoCaseA, "Hello", "", -1);
     ExpectFound(FindNoCaseA, "", "", -1);
-    ExpectFound(FindNoCaseA, "Hell", "Hello", -1);
-    ExpectFound(FindNoCaseA, "aaab", "AAB", 1);
     ExpectFound(FindNoCaseA, "[\\]^_`{|}", "{", 6);
     ExpectFound(FindNoCaseW, TEXT("Hello"), TEXT("hELLO"), 0);
     ExpectFound(FindNoCaseW, TEXT("x\x4e2d\xd83d"), TEXT("\xd83d"), 2);
@@ -98,24 +86,21 @@ TEST(FindNoCase, GivesTheFirstPlace) {
 }
 
 TEST(Functions, GiveAChangedTextOfTheSameClass) {
-    EXPECT_EQ(TrimmedW(TEXT("\x00a0 a \x3000")), TEXT("a"));
+    EXPECT_EQ(TrimmedW(TEXT("\x3000\x2003\x00A0\x0085 x\x200B\x2028\x202F")), TEXT("x\x200B"));
+    EXPECT_EQ(TrimmedA("\xA0x\x85 "), "\xA0x\x85");
     EXPECT_EQ(TrimmedA(std::string(" a\0 ", 4)), "a");
     EXPECT_EQ(TrimmedW(StdWString(TEXT(" a "))), StdWString(TEXT("a")));
     EXPECT_EQ(LowerA("\xc9"
                      "A["),
               "\xe9"
               "a[");
-    EXPECT_EQ(UpperA("\xe9\xff"
-                     "a{"),
-              "\xc9\x9f"
-              "A{");
-    EXPECT_EQ(LowerW(TEXT("\x00c9\x0416")), TEXT("\x00e9\x0436"));
-    EXPECT_EQ(UpperW(TEXT("\x00e9\x0436\x4e2d")), TEXT("\x00c9\x0416\x4e2d"));
+    EXPECT_EQ(UpperA("{a\xe9\xff\xb5\xdf\x9c"), "{A\xc9\x9f\xb5\xdf\x8c");
+    EXPECT_EQ(LowerW(TEXT("\x00c9\x0416\x0130")), TEXT("\x00e9\x0436\x0130"));
+    EXPECT_EQ(UpperW(TEXT("\x00e9\x0436\x4e2d\x00b5")), TEXT("\x00c9\x0416\x4e2d\x00b5"));
     EXPECT_EQ(LowerA(std::string("AB\0C", 4)), "ab");
     EXPECT_EQ(UpperA(std::string("ab")), "AB");
     EXPECT_EQ(LowerW(StdWString(TEXT("AB"))), StdWString(TEXT("ab")));
     EXPECT_EQ(UpperW(StdWString(TEXT("ab"))), StdWString(TEXT("AB")));
-    EXPECT_EQ(ReplacedW(TEXT("abc"), TEXT(""), TEXT("y")), TEXT("abc"));
     EXPECT_EQ(ReplacedA(std::string("aXbX"), std::string("X"), std::string()), "ab");
     EXPECT_EQ(ReplacedW(StdWString(TEXT("aa")), StdWString(TEXT("a")), StdWString(TEXT("b"))),
               StdWString(TEXT("bb")));
