@@ -2,12 +2,8 @@
 # few exports and a version resource.
 include_guard(GLOBAL)
 
-add_library(probe_statics STATIC support/probestatics.cpp)
-target_include_directories(probe_statics PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
-target_link_libraries(probe_statics PUBLIC winapi PRIVATE kestrolumen_options)
-
 add_library(probe_module SHARED support/probemodule.cpp)
-target_link_libraries(probe_module PRIVATE probe_statics winapi winapi_dllmain kestrolumen_options)
+target_link_libraries(probe_module PRIVATE winapi winapi_dllmain kestrolumen_options)
 set_target_properties(probe_module PROPERTIES
   OUTPUT_NAME ProbeModule PREFIX "" SUFFIX ".dll" CXX_VISIBILITY_PRESET default)
 kestrolumen_version_resource(probe_module DESCRIPTION "Module for tests" INTERNAL_NAME probe)

@@ -1,12 +1,9 @@
 // A library for tests to load: it notes what the loader tells it and exports a few functions.
-#include "support/probestatics.h"
-
 #include <windows.h>
 
 namespace {
 
 HMODULE ownHandle = nullptr;
-bool staticsWereBuilt = false;
 int* unloads = nullptr;
 
 }  // namespace
@@ -14,10 +11,7 @@ int* unloads = nullptr;
 extern "C" {
 
 BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
-    if (reason == DLL_PROCESS_ATTACH) {
-        ownHandle = module;
-        staticsWereBuilt = ProbeStaticText() == "built by an initialiser";
-    }
+    if (reason == DLL_PROCESS_ATTACH) ownHandle = module;
     if (reason == DLL_PROCESS_DETACH && unloads != nullptr) ++*unloads;
     return TRUE;
 }
@@ -27,9 +21,6 @@ int ProbeAnswer() {
 }
 HMODULE ProbeHandle() {
     return ownHandle;
-}
-int ProbeStaticsWereBuilt() {
-    return staticsWereBuilt ? 1 : 0;
 }
 // Where to count unloads from now on.
 void ProbeCountUnloads(int* counter) {
