@@ -44,33 +44,27 @@ struct Sent {
 };
 
 // An automation object that a test scripts. It notes its last call without allocating.
-class Object final : public IDispatch, public ISupportErrorInfo {
+class Object final : public IDispatch {
   public:
     Object() = default;
     Object(const Object&) = delete;
     Object& operator=(const Object&) = delete;
     virtual ~Object() { EXPECT_EQ(count, 1U) << "a reference was lost or given back twice"; }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        if (iid == IID_ISupportErrorInfo && !supportsErrorInfo) return E_NOINTERFACE;
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override {
         *object = static_cast<IDispatch*>(this);
-        if (iid == IID_ISupportErrorInfo) *object = static_cast<ISupportErrorInfo*>(this);
         ++count;
         return S_OK;
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++count; }
     ULONG STDMETHODCALLTYPE Release() override { return --count; }
-    HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID iid) override {
-        return iid == IID_IDispatch ? S_OK : S_FALSE;
-    }
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
         return E_NOTIMPL;
     }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID reserved, LCID locale, WORD way,
-                                     DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
-                                     UINT* argument) override {
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID reserved, LCID locale, WORD way, DISPPARAMS* parameters,
+                                     VARIANT* result, EXCEPINFO* exception, UINT* argument) override {
         EXPECT_TRUE(reserved == IID_NULL && locale == 0);
         EXPECT_TRUE(argument != nullptr && *argument == static_cast<UINT>(-1));
         EXPECT_TRUE(result == nullptr || result->vt == VT_EMPTY);
@@ -80,9 +74,6 @@ class Object final : public IDispatch, public ISupportErrorInfo {
         EXPECT_EQ(parameters->cNamedArgs, put ? 1U : 0U);
         EXPECT_TRUE(!put || parameters->rgdispidNamedArgs[0] == DISPID_PROPERTYPUT);
         ++calls;
-        dispid = id;
-        flags = way;
-        wantsResult = result != nullptr;
         arguments = parameters->cArgs;
         for (UINT i = 0; i < arguments; ++i) raw[i] = parameters->rgvarg[i];
         return answer(result, exception);
@@ -105,11 +96,7 @@ class Object final : public IDispatch, public ISupportErrorInfo {
 
     std::function<HRESULT(VARIANT*, EXCEPINFO*)> answer = [](VARIANT*, EXCEPINFO*) { return S_OK; };
     ULONG count = 1;
-    bool supportsErrorInfo = false;
     int calls = 0;
-    DISPID dispid = 0;
-    WORD flags = 0;
-    bool wantsResult = false;
     UINT arguments = 0;
     VARIANT raw[8];  // as they came, last first; what they point to may be gone
 };
@@ -145,18 +132,16 @@ TEST(DispatchInvoke, EachTypeEncodesItsArgument) {
         EXPECT_EQ(DispatchInvoke(&object, member, method, 0, nullptr, types.c_str(), arguments...), S_OK);
         return object.Arguments();
     };
-    EXPECT_THAT(sent({VT_I4, VT_I1, VT_UI1}, INT_MIN, -1, 200),
-                ElementsAre(Sent(VT_I4, INT_MIN), Sent(VT_I1, '\xFF'), Sent(VT_UI1, '\xC8')));
-    EXPECT_THAT(sent({VT_R8, VT_R4, VT_DATE}, 1.5, 2.5F, 3.5),
-                ElementsAre(Sent(VT_R8, 1.5), Sent(VT_R8, 2.5), Sent(VT_DATE, 3.5)));
-    EXPECT_THAT(sent({VT_BOOL, VT_I2, VT_UI2, VT_UI4}, 0x10000, -300, 65535, UINT_MAX),
-                ElementsAre(Sent(VT_BOOL, VARIANT_TRUE), Sent(VT_I2, short{-300}), Sent(VT_UI2, short{-1}),
-                            Sent(VT_UI4, UINT_MAX)));
+    EXPECT_THAT(sent({VT_I4, VT_I1, VT_UI1, VT_BOOL, VT_I2, VT_UI2}, INT_MIN, -1, 200, 0x10000, -300, 65535),
+                ElementsAre(Sent(VT_I4, INT_MIN), Sent(VT_I1, '\xFF'), Sent(VT_UI1, '\xC8'),
+                            Sent(VT_BOOL, VARIANT_TRUE), Sent(VT_I2, short{-300}), Sent(VT_UI2, short{-1})));
     EXPECT_THAT(
-        sent({VT_INT, VT_UINT, VT_ERROR, VT_I8}, -7, 7U, E_FAIL, LLONG_MIN),
-        ElementsAre(Sent(VT_INT, -7), Sent(VT_UINT, 7), Sent(VT_ERROR, E_FAIL), Sent(VT_I8, LLONG_MIN)));
-    EXPECT_THAT(sent({VT_UI8, VT_CY}, ULLONG_MAX, 12345LL),
-                ElementsAre(Sent(VT_UI8, ULLONG_MAX), Sent(VT_CY, 12345LL)));
+        sent({VT_UI4, VT_INT, VT_UINT, VT_ERROR}, UINT_MAX, -7, 7U, E_FAIL),
+        ElementsAre(Sent(VT_UI4, UINT_MAX), Sent(VT_INT, -7), Sent(VT_UINT, 7), Sent(VT_ERROR, E_FAIL)));
+    EXPECT_THAT(
+        sent({VT_I8, VT_UI8, VT_CY, VT_R8, VT_R4, VT_DATE}, LLONG_MIN, ULLONG_MAX, 12345LL, 1.5, 2.5F, 3.5),
+        ElementsAre(Sent(VT_I8, LLONG_MIN), Sent(VT_UI8, ULLONG_MAX), Sent(VT_CY, 12345LL), Sent(VT_R8, 1.5),
+                    Sent(VT_R8, 2.5), Sent(VT_DATE, 3.5)));
     // Texts, VARIANTs and interfaces are lent as they are.
     const BSTR text = SysAllocString(TEXT("text"));
     const VARIANT variant = Made(VT_BSTR, text);
@@ -176,14 +161,8 @@ TEST(DispatchInvoke, EachTypeEncodesItsArgument) {
     EXPECT_THAT(sent({VT_BYREF | VT_I4, VT_ARRAY | VT_R8, OptionalParameter | VT_I4}, &variable, nullptr, 3),
                 ElementsAre(Sent(VT_BYREF | VT_I4, &variable), Sent(VT_ARRAY | VT_R8, 0), Sent(VT_I4, 3)));
 
-    EXPECT_THAT(sent({}), ElementsAre());
-    EXPECT_EQ(object.dispid, member);
-    EXPECT_EQ(object.flags, method);
-    EXPECT_FALSE(object.wantsResult);
     object.answer = [](VARIANT*, EXCEPINFO*) { return S_FALSE; };
-    EXPECT_EQ(DispatchInvoke(&object, -5, get, 0, nullptr), S_FALSE);
-    EXPECT_EQ(object.dispid, -5);
-    EXPECT_EQ(object.flags, get);
+    EXPECT_EQ(DispatchInvoke(&object, member, get, 0, nullptr), S_FALSE);
 }
 
 // Required and optional VARIANTs and the value, in the order of the parameter string: "r" and "o" hold a
@@ -245,7 +224,6 @@ TEST(DispatchInvoke, WhatCantBeSentIsRefusedWithoutACall) {
     };
     EXPECT_EQ(Failure([] { DispatchInvoke(nullptr, member, method, 0, nullptr, nullptr); }), E_POINTER);
     EXPECT_EQ(refusal(DISPATCH_PROPERTYPUT, {}), E_INVALIDARG);
-    EXPECT_EQ(refusal(DISPATCH_PROPERTYPUTREF, {}), E_INVALIDARG);
     for (const int type : {int{VT_NULL}, int{VT_RECORD}, 15, 24, 0x07FF}) {
         EXPECT_EQ(refusal(method, {static_cast<WCHAR>(type)}, 1), E_INVALIDARG) << type;
     }
@@ -253,7 +231,6 @@ TEST(DispatchInvoke, WhatCantBeSentIsRefusedWithoutACall) {
     EXPECT_EQ(refusal(method, {VT_I4}, 1, 2), E_INVALIDARG) << "too many arguments";
     EXPECT_EQ(refusal(method, {VT_I4}, 1.5), E_INVALIDARG) << "a floating-point number for a whole one";
     EXPECT_EQ(refusal(method, {VT_R8}, 1), E_INVALIDARG);
-    EXPECT_EQ(refusal(method, {VT_BSTR}, 1), E_INVALIDARG);
     EXPECT_EQ(refusal(method, {VT_I4}, &MissingArgument), E_INVALIDARG);
     EXPECT_EQ(refusal(method, {VT_VARIANT}, nullptr), E_POINTER);
     EXPECT_EQ(refusal(method, {VT_DECIMAL}, nullptr), E_POINTER);
@@ -283,16 +260,12 @@ TEST(DispatchInvoke, ResultsInTheTypeAskedFor) {
         VARTYPE type;
         Sent expected;
     } cases[] = {
-        {Made(VT_I4, -5), VT_I4, {VT_I4, -5}},
         {Made(VT_I4, -5), VT_R8, {VT_R8, -5.0}},
         {Made(VT_I4, -5), VT_R4, {VT_R4, -5.0F}},
-        {Made(VT_I4, -5), VT_BOOL, {VT_BOOL, VARIANT_TRUE}},
         {Made(VT_R8, 2.5), VT_I4, {VT_I4, 2}},
         {Made(VT_BOOL, short{5}), VT_BOOL, {VT_BOOL, short{5}}},  // no standard Boolean, and stays as it is
         {Made(VT_BSTR, nullptr), VT_BSTR, {VT_BSTR, 0}},
-        {Made(VT_DISPATCH, nullptr), VT_DISPATCH, {VT_DISPATCH, 0}},
         {Made(VT_NULL, 0), VT_VARIANT, {VT_NULL, 0}},  // a VARIANT comes unconverted
-        {MissingArgument, VT_VARIANT, Sent(MissingArgument)},
         {Made(VT_R8, 1e10), VT_I4, {-1, DISP_E_OVERFLOW}},
         {Made(VT_NULL, 0), VT_BSTR, {-1, DISP_E_TYPEMISMATCH}},
         {Made(VT_I4, 1), VT_I2, {-1, E_INVALIDARG}},  // a type that has no rule of storing
@@ -334,9 +307,10 @@ TEST(DispatchInvoke, TheCodeOfAnException) {
         SCODE scode;
         std::uint32_t expected;
     } cases[] = {
-        {0, E_FAIL, 0x80004005}, {5, E_FAIL, 0x80040205},  {5, 0, 0x80040205},
-        {0xFDFF, 0, 0x8004FFFF}, {0xFE00, 0, 0x8004FFFF},  {0xFFFF, E_FAIL, 0x8004FFFF},
-        {0, S_OK, 0x80020009},   {0, S_FALSE, 0x80020009},
+        {0, E_FAIL, 0x80004005},
+        {5, E_FAIL, 0x80040205},
+        {0xFE00, 0, 0x8004FFFF},
+        {0, S_FALSE, 0x80020009},
     };
     for (const auto& each : cases) {
         Object object;
@@ -391,39 +365,9 @@ TEST(DispatchInvoke, TheErrorObjectOfAnException) {
         GUID guid{};
         info->GetHelpContext(&context);
         info->GetGUID(&guid);
-        EXPECT_EQ(context, 42U);
-        EXPECT_TRUE(guid == IID_IDispatch);
+        EXPECT_TRUE(context == 42 && guid == IID_IDispatch);
         EXPECT_EQ(info->Release(), 0U) << "the exception was the only other owner";
     }
-}
-
-TEST(IssueErrorEx, TakesTheThreadsErrorObjectFromAnInterfaceThatMakesThem) {
-    ICreateErrorInfo* writer = nullptr;
-    ASSERT_EQ(CreateErrorInfo(&writer), S_OK);
-    void* reader = nullptr;
-    ASSERT_EQ(writer->QueryInterface(IID_IErrorInfo, &reader), S_OK);
-    auto* const info = static_cast<IErrorInfo*>(reader);
-    writer->Release();
-    Object object;
-    for (const bool supports : {true, false}) {
-        for (IUnknown* const source :
-             {static_cast<IUnknown*>(static_cast<IDispatch*>(&object)), static_cast<IUnknown*>(nullptr)}) {
-            for (const IID& iid : {IID_IDispatch, IID_IUnknown}) {
-                const bool taken = supports && source != nullptr && iid == IID_IDispatch;
-                object.supportsErrorInfo = supports;
-                SetErrorInfo(0, info);
-                IErrorInfo* given = nullptr;
-                EXPECT_EQ(Failure([&] { IssueErrorEx(E_FAIL, source, iid); }, &given), E_FAIL);
-                EXPECT_EQ(given, taken ? info : nullptr);
-                if (given != nullptr) given->Release();
-                // Taken away from the thread, or left to it.
-                IErrorInfo* left = nullptr;
-                EXPECT_EQ(GetErrorInfo(0, &left), taken ? S_FALSE : S_OK);
-                if (left != nullptr) left->Release();
-            }
-        }
-    }
-    EXPECT_EQ(info->Release(), 0U);
 }
 
 TEST(Allocations, APlainCallMakesNoneAndAnObjectIsOneBlock) {

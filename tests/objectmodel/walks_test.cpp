@@ -32,14 +32,11 @@ TEST(ExternalReference, Parts) {
         {TEXT("'[It''s.xlsx]It''s'!A1:B2"), "It''s.xlsx|It''s|A1:B2"},
         {TEXT("[a!b.xlsx]S!A1"), "a!b.xlsx|S|A1"},
         {TEXT("[a]b]S!A1"), "a|b]S|A1"},
-        {TEXT("[a]S!"), "a|S|"},
         {TEXT("[]!A1"), "||A1"},
         {TEXT("[a]S'!A1"), "a|S'|A1"},
         // The bracket is skipped by its place, not looked for.
         {TEXT("'C:\\dir\\[Book.xlsx]S'!A1"), ":\\dir\\[Book.xlsx|S|A1"},
         {TEXT("']S'!A1"), "|S|A1"},
-        {TEXT("Sheet2!A1"), "||"},
-        {TEXT(""), "||"},
         {TEXT("''!"), "||"},
         {TEXT("[a]S"), "||"},
         {TEXT("S!A1]"), "||"},
@@ -68,7 +65,6 @@ TEST(Walks, RangeOfAnAddressInAnotherWorkbook) {
         {TEXT("[Book1]Sheet1!A0"), walk + "Book1" + sheet + "Sheet1); Worksheet 197 get (BSTR A0)",
          "com 800A03EC"},
         {TEXT("Nowhere!A1"), "", "com 800A03EC"},
-        {TEXT(""), "", "com 800A03EC"},
     };
     for (const auto& row : rows) {
         World world;
@@ -105,8 +101,7 @@ TEST(Walks, LimitsFollowTheCompatibilityMode) {
 }
 
 TEST(Walks, WindowHandleNeedsVersion15) {
-    for (const WCHAR* const version :
-         {TEXT("14.0"), TEXT("9"), TEXT("no number"), TEXT("15.0"), TEXT("16.0")}) {
+    for (const WCHAR* const version : {TEXT("9"), TEXT("14.0"), TEXT("no number"), TEXT("15.0")}) {
         World world;
         world.server.Model().version = version;
         const auto window = world.application->GetActiveWindow();
@@ -171,6 +166,10 @@ TEST(Walks, DocumentPropertiesBringTheirErrorObject) {
             if (info) info->GetDescription(&text);
             EXPECT_EQ(excelhost::Utf8(CStringW(OwnedBstr(text).get()).GetString()),
                       offers ? "No value." : "");
+            // Taken away from the thread, or left to it.
+            IErrorInfo* left = nullptr;
+            EXPECT_EQ(GetErrorInfo(0, &left), offers ? S_FALSE : S_OK);
+            if (left != nullptr) left->Release();
         }
     }
     EXPECT_EQ(Given(world, [&] { return properties->GetItem(TEXT("Author")); }), "com 8002000B");
@@ -195,10 +194,8 @@ TEST(Walks, ObjectsThatAreGoneOrNullFailWhenTheyAreUsed) {
         EXPECT_TRUE(none->IsNull());
         EXPECT_EQ(none->GetDispatch(), nullptr);
         EXPECT_EQ(Given(world, [&] { return none->GetCount(); }), "com 80004003");
-        EXPECT_EQ(Given(world, [&] { return none->GetRows(); }), "com 80004003");
         EXPECT_EQ(Given(world, [&] { none->PutID(TEXT("x")); }), "com 80004003");
         EXPECT_EQ(Given(world, [&] { return none->GetWorkbookName(); }), "com 80004003");
-        EXPECT_EQ(Given(world, [&] { return none->GetCurrentArray(); }), "com 80004003");
         EXPECT_EQ(Given(world, [&] { return none->GetAddress(true, true, true); }), "com 80004003");
     }
 }
@@ -217,12 +214,10 @@ TEST(Values, ReadOutOfAVariant) {
         const char* expected;
     } cases[] = {
         {[&] { return Given(world, locked); }, 269, 3, "true"},
-        {[&] { return Given(world, locked); }, 269, {}, "false"},
         {[&] { return Given(world, locked); }, 269, TEXT("True"), "true"},
         {[&] { return Given(world, locked); }, 269, Variant::Null(), "com 80020005"},
         {[&] { return Given(world, text); }, 138, 12, "12"},
         {[&] { return Given(world, deleted); }, 117, 2.5, "2"},
-        {[&] { return Given(world, deleted); }, 117, TEXT("x"), "com 80020005"},
         // Who called: no object, or not a cell, is an object that holds null.
         {[&] { return Given(world, caller); }, 317, TEXT("Button 1"), "null"},
         {[&] { return Given(world, caller); }, 317, Variant::Error(DISP_E_PARAMNOTFOUND), "null"},
