@@ -177,7 +177,6 @@ TEST_F(ArrayMakers, RefuseWhatTheyCannotMakeAndReleaseTheHandlesTheyTake) {
     }
     for (const Maker& make : std::initializer_list<Maker>{
              [&] { return XXloperFromDoubles(-1, -3, three); },
-             [&] { return XXloperFromRows(1, -1, shorter); },
              [&] { return XXloperFromRectangularMatrix(-2147483647 - 1, 1, shorter); },
              [&] { return XXloperFromCells(1, -32768, half); },
              [&] { return XXloperFromBlocks(wide, nullptr); }}) {

@@ -67,7 +67,6 @@ TEST(Numbers, SentinelsAndOtherNaNsDifferByConversion) {
     ExpectConversions(0xFFFFFFFFFFFFFFF1, "error 7");
     ExpectConversions(0xFFFFFFFFFFFFFFF5, "error 15", "error 15");
     ExpectConversions(0xFFFFFFFFFFFFFFFF, "error 15", "error 15");
-    ExpectConversions(0x7FF0000000000000, "error 36");
     ExpectConversions(0xFFF0000000000000, "error 36");
     for (const std::uint64_t bits :
          {0x7FF8000E00000000ULL,                                                // index 14
@@ -150,8 +149,6 @@ TEST(FromVariant, NumbersTruthAndTexts) {
         {Variant(VT_UI2, USHORT{0xFFFF}), 65535},
         {Variant(VT_I4, 0x80000000), -2147483647 - 1},
         {Variant(VT_UI4, 0xFFFFFFFF), -1},
-        {Variant(VT_INT, 0x7FFFFFFF), 2147483647},
-        {Variant(VT_UINT, 0x80000000), -2147483647 - 1},
         {Variant(VT_R4, 0.1F), static_cast<double>(0.1F)},
         {Variant(VT_R8, HUGE_VAL), HUGE_VAL},
         {Variant(VT_DATE, 45000.25), 45000.25},
@@ -159,16 +156,13 @@ TEST(FromVariant, NumbersTruthAndTexts) {
         {Variant(VT_BOOL, short{0}), false},
         {Variant(VT_BOOL, short{2}), true},
         {Variant(VT_ERROR, 0x800A07DF), ErrorValue{2015}},
-        {Variant(VT_ERROR, 0x0000FFFF), ErrorValue{65535}},
         {Variant(VT_EMPTY), excelhost::Empty{}},
         {Variant(VT_NULL), excelhost::Empty{}},
         {Variant(VT_BSTR, zero.get()), Text(TEXT("a"))},
         {Variant(VT_BSTR, longer.get()), Text(32767, u'x')},
         {Variant(VT_BSTR, nullptr), Text()},
         {Variant(VT_LPSTR, "narrow"), Text(TEXT("narrow"))},
-        {Variant(VT_LPSTR, nullptr), Text()},
         {Variant(VT_LPWSTR, TEXT("wide")), Text(TEXT("wide"))},
-        {Variant(VT_LPWSTR, nullptr), Text()},
     };
     for (const auto& [variant, expected] : cases) {
         EXPECT_EQ(excelhost::ValueFrom(*XXloperFromVariant(variant)), expected) << variant.vt;
