@@ -109,7 +109,6 @@ TEST_F(CompanionTest, FallsBackWhenAnInputIsNoNumber) {
         EXPECT_EQ(Prediction({row, iris, fallback, none, none}), fallback) << Describe(input);
         EXPECT_EQ(Prediction({row, iris, none, none, none}), Value(ErrorValue{xlerrNA})) << Describe(input);
     }
-    EXPECT_EQ(Prediction({setosa, iris, fallback, none, none}), Value(Text(TEXT("setosa"))));
 }
 
 TEST_F(CompanionTest, TakesInputsToTheirBounds) {
@@ -129,7 +128,6 @@ TEST_F(CompanionTest, AnswersWrongShapesAndNamesWithErrors) {
         return Call(TEXT("NetOutputProbabilityOfCategoryVBA"), {setosa, iris, name, none, none, none});
     };
     EXPECT_EQ(category(Text(TEXT("rosa"))), Value(ErrorValue{xlerrNA}));
-    EXPECT_EQ(category(1.0), Value(ErrorValue{xlerrNA}));
     EXPECT_EQ(category(ErrorValue{xlerrRef}), Value(ErrorValue{xlerrRef}));
     const Value errorBound = Row({1.0, ErrorValue{xlerrDiv0}, 1.0, 1.0});
     const std::pair<std::vector<Value>, ErrorValue> cases[] = {
@@ -141,7 +139,6 @@ TEST_F(CompanionTest, AnswersWrongShapesAndNamesWithErrors) {
         {{Row({1.0, 2.0, 3.0}), iris, none, none, none}, bad},
         {{setosa, iris, none, none, Row({1.0, 2.0})}, bad},
         {{setosa, iris, none, none, errorBound}, ErrorValue{xlerrDiv0}},
-        {{setosa, iris, none, none, ErrorValue{xlerrRef}}, ErrorValue{xlerrRef}},
     };
     for (const auto& [arguments, error] : cases) {
         EXPECT_EQ(Prediction(arguments), Value(error)) << arguments.size() << " arguments";

@@ -1,9 +1,8 @@
 // The program: what it prints and gives for good and for bad input, with the real add-in and with faulty
 // ones.
-#include "excelhost/network.h"
 #include "excelhost/program.h"
-#include "excelhost/csv.h"
-#include "excelhost/formula.h"
+
+#include <windows.h>
 
 #include <gmock/gmock.h>
 
@@ -17,14 +16,6 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
-
-std::string ReadAll(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    EXPECT_TRUE(file) << path;
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-const std::string kIris = std::string(EXAMPLES_FOLDER) + "/iris/";
 
 class ProgramTest : public ::testing::Test {
   protected:
@@ -75,8 +66,6 @@ TEST_F(ProgramTest, CalculatesThroughTheAddIn) {
     EXPECT_EQ(RunSheet(kAsk), kDone) << err;
     EXPECT_EQ(out, "5.1,3.5,1.4,0.2,setosa,TRUE\n");
     EXPECT_THAT(err, IsEmpty());
-    EXPECT_EQ(RunSheet(kAsk, {"--workbook-name", "XLS", "--companion", "iris"}), kDone);
-    EXPECT_EQ(out, "5.1,3.5,1.4,0.2,setosa,TRUE\n");
     EXPECT_EQ(RunSheet(kAsk, {"--workbook-name", "none"}), kDone) << "an error value is a value";
     EXPECT_EQ(out, "5.1,3.5,1.4,0.2,#VALUE!,#VALUE!\n");
     EXPECT_EQ(RunSheet(kAsk, {"--companion", "none"}), kBadInput);
@@ -91,81 +80,31 @@ TEST_F(ProgramTest, TracesEveryCallIntoExcelInOrder) {
         RunSheet("1,\"=NetOutputPrediction(A1,\"\"iris\"\",0.5)\"\n", {"--trace", "--workbook-name", "XLS"}),
         kDone);
     EXPECT_EQ(out, "1,#VALUE!\n");
-    std::string calls;  // numbers and brackets left out
+    std::string calls;  // without their numbers and the switches of messages around each
     std::istringstream lines(err);
-    int number = 0;
     for (std::string line; std::getline(lines, line);) {
-        if (line.starts_with("--") || line.starts_with("account")) {
-            calls += line.substr(0, 20) + "\n";
-            continue;
-        }
-        EXPECT_THAT(line, StartsWith(std::to_string(++number) + " "));
         line.erase(0, line.find(' ') + 1);
-        if (line != "xlEnableXLMsgs()" && line != "xlDisableXLMsgs()") calls += line + "\n";
+        if (line.starts_with("xl") && !line.ends_with("Msgs()")) calls += line + "\n";
     }
-    EXPECT_THAT(
-        calls,
-        AllOf(StartsWith("-- Excel loads the a\n"
-                         "-- the companion wor\n"
-                         "xlfRegister(\"kestrolumen.xll\", \"NetOutputPrediction\", \"QUQQUU\", "
-                         "\"NetOutputPrediction\") -> 1001\n"
-                         "xlFree(1001)\n"),
-              HasSubstr("-- the sheet is calc\n"
-                        "xlfError(int 0) -> TRUE\n"
-                        "xlFree(TRUE)\n"
-                        "xlUDF(\"=Kestrolumen.XLA!NetOutputPredictionVBA\", A1, \"iris\", 0.5, (missing), "
-                        "(missing)) failed with code 32: no workbook 'Kestrolumen.XLA' is open\n"
-                        "xlUDF(\"=Kestrolumen.XLS!NetOutputPredictionVBA\", A1, \"iris\", 0.5, (missing), "
-                        "(missing)) -> #VALUE!\n"
-                        "xlFree(#VALUE!)\n"
-                        "xlfError(int 1) -> TRUE\n"
-                        "xlFree(TRUE)\n"
-                        "-- the companion wor\n"
-                        "-- Excel closes the \n"
-                        "xlfUnregister(1001) -> TRUE\n"),
-              testing::EndsWith("xlFree(#VALUE!)\naccount: lent 5, len\n")));
+    EXPECT_THAT(calls, HasSubstr("xlfError(int 0) -> TRUE\n"
+                                 "xlFree(TRUE)\n"
+                                 "xlUDF(\"=Kestrolumen.XLA!NetOutputPredictionVBA\", A1, \"iris\", 0.5, "
+                                 "(missing), (missing)) failed with code 32: no workbook 'Kestrolumen.XLA' "
+                                 "is open\n"
+                                 "xlUDF(\"=Kestrolumen.XLS!NetOutputPredictionVBA\", A1, \"iris\", 0.5, "
+                                 "(missing), (missing)) -> #VALUE!\n"
+                                 "xlFree(#VALUE!)\n"
+                                 "xlfError(int 1) -> TRUE\n"
+                                 "xlFree(TRUE)\n"
+                                 "xlfUnregister(1001) -> TRUE\n"));
     EXPECT_THAT(err, HasSubstr("leaked 0, freed twice 0, foreign 0\n"));
-}
-
-// Each probability of the demo's sheet against the network asked without an add-in, and the whole of it
-// against the committed result, which so holds in every build.
-TEST_F(ProgramTest, TheIrisSheetGivesTheSameNumbersEverywhere) {
-    ASSERT_EQ(Run({"run", kIris + "sheet.csv"}), kDone) << err;
-    EXPECT_EQ(out, ReadAll(kIris + "calculated.csv"));
-    const CsvTable table = ParseCsv(out);
-    const CsvTable measured = ParseCsv(ReadAll(kIris + "iris.csv"));
-    ASSERT_EQ(table.size(), 154U);
-    int right = 0;
-    for (std::size_t row = 1; row <= 150; ++row) {
-        std::vector<double> inputs(4);
-        for (std::size_t i = 0; i < 4; ++i) {
-            ASSERT_TRUE(ReadNumber(measured[row][i], inputs[i]));
-            EXPECT_EQ(table[row][i], NumberText(inputs[i]));
-        }
-        const auto probabilities = Probabilities(kIrisNetwork, inputs);
-        const auto likeliest =
-            std::max_element(probabilities.begin(), probabilities.end()) - probabilities.begin();
-        EXPECT_EQ(table[row][6], kIrisNetwork.categories[static_cast<std::size_t>(likeliest)]) << row;
-        EXPECT_EQ(table[row][7], NumberText(probabilities[static_cast<std::size_t>(likeliest)])) << row;
-        for (std::size_t k = 0; k < 3; ++k) EXPECT_EQ(table[row][8 + k], NumberText(probabilities[k])) << row;
-        right += table[row][6] == measured[row][4] ? 1 : 0;
-    }
-    EXPECT_EQ(table[153][11], NumberText(right / 150.0));
-    EXPECT_GE(right, 143) << "a network that has learned something";
 }
 
 TEST_F(ProgramTest, NamesTheFileAndTheCellOfEveryFault) {
     const std::string at = "sheet.csv: row ";
-    const std::pair<const char*, std::string> sheets[] = {
-        {"1,2\n3\n", at + "2, column 2 (B2): the row has 1 fields"},
-        {"1\n=1+\n", at + "2, column 1 (A2): bad formula =1+: at character 4"},
-        {"=A2\n=A1\n", at + "2, column 1 (A2): circular reference: A1 -> A2 -> A1"},
-    };
-    for (const auto& [text, message] : sheets) {
-        EXPECT_EQ(RunSheet(text), kBadInput) << text;
-        EXPECT_THAT(err, HasSubstr(message)) << text;
-        EXPECT_THAT(out, IsEmpty()) << text;
-    }
+    EXPECT_EQ(RunSheet("1\n=1+\n"), kBadInput);
+    EXPECT_THAT(err, HasSubstr(at + "2, column 1 (A2): bad formula =1+: at character 4"));
+    EXPECT_THAT(out, IsEmpty());
     EXPECT_EQ(RunSheet("=Foo()\n7\n"), kBadInput);
     EXPECT_THAT(err, HasSubstr(at + "1, column 1 (A1): unknown function 'Foo'"));
     EXPECT_EQ(out, "#NAME?\n7\n") << "the rest is calculated";
@@ -178,7 +117,6 @@ TEST_F(ProgramTest, RefusesABadCommandLine) {
         {{"run", "a", "b"}, "what is 'b'?"},
         {{"run", "a", "--tracer"}, "unknown option '--tracer'"},
         {{"run", "a", "--companion", "rosa"}, "--companion takes one of iris, none, not 'rosa'"},
-        {{"run", "a", "--workbook-name", "xlsx"}, "--workbook-name takes one of XLA, XLS, none"},
     };
     for (const auto& [arguments, message] : lines) {
         EXPECT_EQ(Run(arguments), kBadUsage) << message;
