@@ -1,0 +1,1 @@
+kestrolumen_bench(files USES platform)
