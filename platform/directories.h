@@ -15,9 +15,9 @@
 // Raises VexInvalidDirectory, VexCode::NoLongPathName, with the path, if it leads nowhere.
 [[nodiscard]] CStringW MakeLongPathName(const CStringW& path);
 
-// Whether the path, a drive's root as well, which the empty path is, leads to a directory and, where `probeWrite` asks for it, to one
-// in which a file can be made. The probe is a file with a name of 16 hexadecimal digits and ".TST", which is
-// removed again.
+// Whether the path leads to a directory, as a drive's root does, for which the empty path stands, too; and,
+// where `probeWrite` asks for it, to one in which a file can be made. The probe is a file with a name of 16
+// hexadecimal digits and ".TST", which is removed again.
 //
 // After a successful probe `clockSkewSeconds`, which may be null, gets the seconds by which the clock of the
 // directory's file system runs ahead of the local one; else it stays as it was.

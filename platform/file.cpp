@@ -34,8 +34,12 @@ class Chunks {
             lineEnd != nullptr ? static_cast<std::size_t>(static_cast<const char*>(lineEnd) - chunk) + 1
                                : available;
         next_ += length;
+        taken_ += static_cast<std::int64_t>(length);
         return {chunk, length};
     }
+
+    // The length of all chunks so far.
+    [[nodiscard]] std::int64_t Taken() const noexcept { return taken_; }
 
   private:
     static constexpr std::size_t longest = 1024;
@@ -49,11 +53,20 @@ class Chunks {
     }
 
     std::FILE* stream_;
+    std::int64_t taken_ = 0;
     std::vector<char> buffer_;
     std::size_t next_ = 0;
     std::size_t end_ = 0;
     bool atEnd_ = false;
 };
+
+// Makes room for as many lines as a file of `size` bytes has, if all are like those that `taken` bytes of it
+// gave; in steps, so that lines that turn out longer don't leave much of it unused.
+void MakeRoom(std::vector<std::string>& lines, std::int64_t taken, std::int64_t size) {
+    const auto count = static_cast<double>(lines.size());
+    const double expected = count * static_cast<double>(size) / static_cast<double>(taken);
+    lines.reserve(static_cast<std::size_t>(std::clamp(1.02 * expected, 1.5 * count, 4 * count)) + 16);
+}
 
 }  // namespace
 
@@ -116,8 +129,14 @@ File::Bytes File::read() {
             CStringWFormat(TEXT("The file \"%s\" contains too much data to be read into a vector<byte>."),
                            name_));
     }
-    Bytes bytes(static_cast<std::size_t>(count));
-    read(bytes);
+    // By way of a block that stays in the processor's cache: cheaper than to clear all the memory first.
+    Bytes bytes, block(static_cast<std::size_t>(std::min<std::uint64_t>(count, 0x10000)));
+    bytes.reserve(static_cast<std::size_t>(count));
+    while (bytes.size() < count) {
+        block.resize(std::min(static_cast<std::size_t>(count) - bytes.size(), block.size()));
+        read(block);
+        bytes.insert(bytes.end(), block.begin(), block.end());
+    }
     return bytes;
 }
 
@@ -140,10 +159,12 @@ std::vector<std::string> File::get_lines() {
     std::vector<std::string> lines;
     std::string begun;  // what earlier chunks have of a line
     Chunks chunks(stream_);
+    const std::int64_t size = _filelengthi64(_fileno(stream_));
     for (std::string_view chunk = chunks.Next(); !chunk.empty(); chunk = chunks.Next()) {
         std::string_view text = chunk.substr(0, chunk.find('\0'));
         const bool endsLine = text.ends_with('\n');
         if (endsLine) text.remove_suffix(1);
+        if (lines.size() == lines.capacity()) MakeRoom(lines, chunks.Taken(), size);
         if (endsLine && begun.empty()) {
             lines.emplace_back(text);
             continue;

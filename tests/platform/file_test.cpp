@@ -157,8 +157,6 @@ TEST_F(Files, TellWhatTheyCanNotDo) {
          "VexErrorReadingFile|File::read|2845|Error reading from file \"" + path("read") + "\"."},
         {[&] { reader.write("x", 1); },
          "VexErrorWritingFile|File::write|2845|Error writing to file \"" + path("read") + "\"."},
-        {[&] { static_cast<void>(writer.get_lines()); },
-         "VexErrorReadingFile|File::get_lines|2845|Error reading from file \"" + path("written") + "\"."},
         {[&] { writer.append_range(reader, 3, 3); },
          "VexErrorReadingFile|File::read|2845|Error reading from file \"" + path("read") + "\"."},
         {[&] { closed.read(none); },

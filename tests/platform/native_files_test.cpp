@@ -1,4 +1,4 @@
-// What can be brought about in the system below the stand-in alone: links, and a disk that is full.
+// What only the stand-in, or the system below it, brings about: links, errors of streams, a full disk.
 #include "platform/directories.h"
 #include "platform/diskerror.h"
 #include "platform/file.h"
@@ -35,6 +35,16 @@ TEST_F(NativeFiles, OutsideATreeStayWhenItIsRemoved) {
     EXPECT_FALSE(exists(symlink_status(root / "link")));
     EXPECT_EQ(folder.Read("kept/file"), "kept");
     EXPECT_EQ(folder.Read("victim"), "kept");
+}
+
+TEST_F(NativeFiles, OpenForWritingAloneGiveNoLines) {
+    const StdWString path = folder / TEXT("written");
+    File file(path, TEXT("wb"));
+    file.write("1\n2\n", 4);
+    file.seek(0);
+    EXPECT_EQ(DiskErrorOf([&] { static_cast<void>(file.get_lines()); }),
+              "VexErrorReadingFile|File::get_lines|2845|Error reading from file \"" + Utf8FromWString(path) +
+                  "\".");
 }
 
 TEST_F(NativeFiles, OnAFullDiskAreReportedAndKeepWhatFitted) {

@@ -48,3 +48,7 @@ int _wremove(const WCHAR* path) noexcept;
 
 int _fseeki64(std::FILE* stream, std::int64_t offset, int origin) noexcept;
 [[nodiscard]] std::int64_t _ftelli64(std::FILE* stream) noexcept;
+
+[[nodiscard]] int _fileno(std::FILE* stream) noexcept;
+// In bytes; -1 with errno set where the descriptor has none.
+[[nodiscard]] std::int64_t _filelengthi64(int descriptor) noexcept;

@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 using winapi::Failure;
 
@@ -91,4 +92,13 @@ int _fseeki64(std::FILE* stream, std::int64_t offset, int origin) noexcept {
 
 std::int64_t _ftelli64(std::FILE* stream) noexcept {
     return ftello(stream);
+}
+
+int _fileno(std::FILE* stream) noexcept {
+    return fileno(stream);
+}
+
+std::int64_t _filelengthi64(int descriptor) noexcept {
+    struct stat facts {};
+    return fstat(descriptor, &facts) == 0 ? std::int64_t{facts.st_size} : -1;
 }
