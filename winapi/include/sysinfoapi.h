@@ -6,6 +6,9 @@
 
 using DWORDLONG = std::uint64_t;
 
+// Milliseconds since the machine started, from 0 on again after 2^32 of them.
+[[nodiscard]] DWORD WINAPI GetTickCount() noexcept;
+
 // As GetSystemInfo, but with the architecture of the system, whatever that of the process.
 void WINAPI GetNativeSystemInfo(LPSYSTEM_INFO info) noexcept;
 

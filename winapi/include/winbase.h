@@ -2,6 +2,7 @@
 #pragma once
 
 #include "winapi/accounts.h"
+#include "winapi/formatmessage.h"
 #include "winapi/types.h"
 
 // Releases memory that a call has allocated for its caller; gives null.

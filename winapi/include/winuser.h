@@ -2,3 +2,5 @@
 #pragma once
 
 #include "winapi/desktop.h"
+#include "winapi/messages.h"
+#include "winapi/windowtable.h"

@@ -1,0 +1,115 @@
+#include "support/window.h"
+
+#include <future>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using support::TestWindow;
+
+// The last error of a call that fails.
+template <typename Call>
+DWORD ErrorOf(Call call) {
+    SetLastError(ERROR_SUCCESS);
+    return call() ? ERROR_SUCCESS : GetLastError();
+}
+
+TEST(Messages, ComeInTheirOrderToThreadAndWindowAndTheQuitLast) {
+    const TestWindow window(TEXT("Kestrolumen messages"));
+    MSG message{};
+    EXPECT_FALSE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
+    PostQuitMessage(3);
+    window.Post(WM_USER);
+    PostThreadMessageW(GetCurrentThreadId(), WM_USER + 1, 1, 2);
+    PostMessageW(nullptr, WM_USER + 2, 3, 4);
+    for (UINT expected = WM_USER; expected < WM_USER + 3; ++expected) {
+        EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE));
+        EXPECT_TRUE(GetMessageW(&message, nullptr, 0, 0));
+        EXPECT_EQ(message.message, expected);
+        EXPECT_EQ(message.hwnd, expected == WM_USER ? window.get() : nullptr);
+        DispatchMessageW(&message);
+    }
+    EXPECT_EQ(message.wParam, 3U);
+    EXPECT_EQ(message.lParam, 4);
+    EXPECT_EQ(TestWindow::TakeSeen(), std::vector<UINT>{WM_USER});
+    EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 0);
+    EXPECT_EQ(message.wParam, 3U);
+    EXPECT_FALSE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) << "the quit is taken";
+}
+
+TEST(Messages, ReachAThreadThatWaitsAndNoneThatHasEnded) {
+    std::promise<HWND> made;
+    DWORD number = 0;
+    std::thread thread([&] {
+        number = GetCurrentThreadId();
+        const TestWindow window(TEXT("Kestrolumen waiting"));
+        made.set_value(window.get());
+        for (MSG message; GetMessageW(&message, nullptr, 0, 0) != 0;) DispatchMessageW(&message);
+        EXPECT_EQ(TestWindow::TakeSeen().size(), 0U);
+    });
+    const HWND window = made.get_future().get();
+    EXPECT_TRUE(PostMessageW(window, WM_USER, 0, 0));
+    EXPECT_EQ(ErrorOf([&] { return DestroyWindow(window); }), DWORD{ERROR_ACCESS_DENIED});
+    EXPECT_TRUE(PostThreadMessageW(number, WM_QUIT, 0, 0));
+    thread.join();
+    EXPECT_EQ(ErrorOf([&] { return PostThreadMessageW(number, WM_USER, 0, 0); }),
+              DWORD{ERROR_INVALID_THREAD_ID});
+    EXPECT_EQ(ErrorOf([&] { return PostMessageW(window, WM_USER, 0, 0); }),
+              DWORD{ERROR_INVALID_WINDOW_HANDLE});
+    MSG stale{window, WM_USER, 0, 0, 0, {}};
+    EXPECT_EQ(DispatchMessageW(&stale), 0);
+
+    // A thread's windows go with it.
+    HWND left = nullptr;
+    const TestWindow other(TEXT("Kestrolumen left"));
+    std::thread([&] {
+        left = CreateWindowExW(0, TEXT("kestrolumen LEFT"), nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
+                               nullptr, nullptr);
+    }).join();
+    EXPECT_NE(left, nullptr);
+    WCHAR text[8];
+    EXPECT_EQ(ErrorOf([&] { return GetClassNameW(left, text, 8); }), DWORD{ERROR_INVALID_WINDOW_HANDLE});
+}
+
+TEST(WindowTable, FindsWindowsWithoutCaseAndKeepsTheirTexts) {
+    const WCHAR* const name = TEXT("Kestrolumen \u00C4 table");
+    EXPECT_EQ(ErrorOf([&] {
+                  return CreateWindowExW(0, name, name, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr,
+                                         nullptr);
+              }),
+              DWORD{ERROR_CANNOT_FIND_WND_CLASS});
+    const TestWindow window(name, TEXT("Kestrolumen's title \u00C9"));
+    WNDCLASSW again{};
+    again.lpfnWndProc = DefWindowProcW;
+    again.hInstance = GetModuleHandleW(nullptr);
+    again.lpszClassName = TEXT("kestrolumen \u00E4 TABLE");
+    EXPECT_EQ(ErrorOf([&] { return RegisterClassW(&again); }), DWORD{ERROR_CLASS_ALREADY_EXISTS});
+    EXPECT_EQ(ErrorOf([&] { return UnregisterClassW(name, again.hInstance); }),
+              DWORD{ERROR_CLASS_HAS_WINDOWS});
+
+    const struct {
+        const char* windowClass;
+        const char* title;
+        bool found;
+    } rows[] = {
+        {"Kestrolumen \xC4 table", nullptr, true},
+        {"kestrolumen \xE4 TABLE", "KESTROLUMEN'S TITLE \xE9", true},
+        {nullptr, "kestrolumen's title \xE9", true},
+        {"Kestrolumen \xC4 table", "Kestrolumen's", false},
+        {"Kestrolumen \xC4", nullptr, false},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(FindWindowA(row.windowClass, row.title), row.found ? window.get() : nullptr);
+    }
+    WCHAR text[6];
+    EXPECT_EQ(GetClassNameW(window.get(), text, 6), 5);
+    EXPECT_EQ(std::basic_string<WCHAR>(text), TEXT("Kestr"));
+    EXPECT_EQ(GetWindowTextW(window.get(), text, 6), 5);
+    EXPECT_EQ(GetWindowModuleFileNameW(window.get(), text, 6), GetModuleFileNameW(nullptr, text, 6));
+}
+
+}  // namespace

@@ -1,0 +1,22 @@
+#include "synchapi.h"
+#include "sysinfoapi.h"
+
+#include <chrono>
+#include <thread>
+
+#include <ctime>
+
+void WINAPI Sleep(DWORD milliseconds) noexcept {
+    if (milliseconds == 0) {
+        std::this_thread::yield();
+    } else {
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+    }
+}
+
+DWORD WINAPI GetTickCount() noexcept {
+    timespec sinceStart{};
+    clock_gettime(CLOCK_BOOTTIME, &sinceStart);
+    return static_cast<DWORD>(std::uint64_t(sinceStart.tv_sec) * 1000 +
+                              std::uint64_t(sinceStart.tv_nsec) / 1'000'000);
+}
