@@ -1,7 +1,10 @@
 #include "platform/mutex.h"
 
 #include "errors/vex.h"
+#include "platform/messagepumps.h"
 #include "platform/securityattributes.h"
+
+#include <sysinfoapi.h>
 
 CStringW MakeKernelObjectName(const CStringW& name, int global) {
     return CStringW(global != 0 ? TEXT("Global\\") : TEXT("Local\\")) + name;
@@ -28,6 +31,17 @@ Mutex::Mutex(const CStringW& name, bool appendVersionSuffix, int global, bool* a
 
 Mutex::~Mutex() {
     if (handle_ != INVALID_HANDLE_VALUE) CloseHandle(handle_);
+}
+
+bool Mutex::WaitPumping(std::uint32_t timeoutMs) const {
+    const std::uint32_t start = GetTickCount();
+    DWORD result = WaitForSingleObject(handle_, 1);
+    while (result == WAIT_TIMEOUT) {
+        if (static_cast<std::uint32_t>(GetTickCount()) - start > timeoutMs) break;
+        PumpMessagesFor(1, false);
+        result = WaitForSingleObject(handle_, 1);
+    }
+    return result == WAIT_OBJECT_0;
 }
 
 bool Mutex::Exists(const CStringW& name, bool appendVersionSuffix, int global) {

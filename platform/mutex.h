@@ -6,6 +6,8 @@
 
 #include <windows.h>
 
+#include <cstdint>
+
 // The name in one of the system's two namespaces: "Global\" for a `global` other than 0, seen by every
 // logon of the machine, else "Local\", seen by the processes of one logon.
 [[nodiscard]] CStringW MakeKernelObjectName(const CStringW& name, int global);
@@ -33,6 +35,12 @@ class Mutex {
 
     // The full name in the kernel.
     [[nodiscard]] const CStringW& name() const noexcept { return name_; }
+
+    // Waits until the calling thread owns the mutex, and dispatches the thread's messages meanwhile (see
+    // platform/messagepumps.h): true when it does, false when more than `timeoutMs` milliseconds have gone by
+    // or the wait fails. It waits a millisecond at least, also with a time-out of 0. A mutex that its owner
+    // has abandoned gives false, although the system makes the calling thread its owner.
+    [[nodiscard]] bool WaitPumping(std::uint32_t timeoutMs) const;
 
     // Whether some process holds a mutex of that name open now, asked with the flags that its creator used.
     // One that refuses full access counts as absent. No handle stays open.

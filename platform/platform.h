@@ -31,3 +31,8 @@
 #include "platform/indexsets.h"
 #include "platform/primes.h"
 #include "platform/swapbytes.h"
+
+// Messages and windows.
+#include "platform/messagepumps.h"
+#include "platform/systemerrortext.h"
+#include "platform/windowtexts.h"

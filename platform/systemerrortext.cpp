@@ -1,0 +1,18 @@
+#include "platform/systemerrortext.h"
+
+#include <windows.h>
+
+#include <winbase.h>
+
+#include <iterator>
+
+CStringW SystemErrorText(std::uint32_t code, std::uint16_t language) {
+    constexpr DWORD defaultSublanguage = 0x400;
+    WCHAR buffer[0x2001];
+    buffer[0] = 0;
+    FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, code, language | defaultSublanguage, buffer,
+                   static_cast<DWORD>(std::size(buffer)), nullptr);
+    CStringW text(buffer);
+    text.TrimRight();
+    return text.IsEmpty() ? CStringWFormat(TEXT("err=%d"), code) : text;
+}
