@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <new>
 
 namespace support {
 
@@ -51,6 +52,22 @@ std::size_t FailEachAllocation(Body body, Check check) {
         if (!struck) return nth - 1;
         check();
     }
+}
+
+// The allocations that `operation` makes, where each of them may fail: the failure passes on as
+// std::bad_alloc and leaves no block behind. -1 where one doesn't.
+template <typename Operation>
+[[nodiscard]] int AllocationsThatMayFail(Operation operation) {
+    std::size_t faults = 0, raised = 0;
+    const auto attempt = [&] {
+        try {
+            operation();
+        } catch (const std::bad_alloc&) {
+            ++raised;
+        }
+    };
+    const std::int64_t left = BlocksLeftBy([&] { faults = FailEachAllocation(attempt, [] {}); });
+    return left == 0 && raised == 2 * faults ? static_cast<int>(faults) : -1;  // of two rounds
 }
 
 }  // namespace support
