@@ -10,7 +10,7 @@
 namespace {
 
 // The DISPIDs of IDictionary, as the Microsoft Scripting Runtime's type library publishes them.
-constexpr DISPID dispidItem = 0, dispidAdd = 1, dispidCount = 2, dispidExists = 3, dispidRemove = 7;
+constexpr DISPID dispidItem = 0, dispidAdd = 1, dispidCount = 2, dispidRemove = 7;
 
 constexpr WCHAR twoVariants[] = {VT_VARIANT, VT_VARIANT, 0};
 constexpr WCHAR oneVariant[] = {VT_VARIANT, 0};
@@ -18,8 +18,7 @@ constexpr WCHAR oneVariant[] = {VT_VARIANT, 0};
 class Dictionary : public testing::Test {
   protected:
     void SetUp() override {
-        ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
-        initialized = true;
+        CoInitialize(nullptr);
         CLSID clsid;
         void* created = nullptr;
         if (FAILED(CLSIDFromProgID(L"Scripting.Dictionary", &clsid)) ||
@@ -30,7 +29,7 @@ class Dictionary : public testing::Test {
     }
     void TearDown() override {
         dictionary = nullptr;
-        if (initialized) CoUninitialize();
+        CoUninitialize();
     }
 
     static VARIANT Key(LONG number) {
@@ -40,7 +39,6 @@ class Dictionary : public testing::Test {
         return key;
     }
 
-    bool initialized = false;
     ComPtr<IDispatch> dictionary;
 };
 
@@ -57,9 +55,6 @@ TEST_F(Dictionary, KeepsWhatIsPut) {
     BSTR text = nullptr;
     DispatchInvoke(dictionary, dispidItem, DISPATCH_PROPERTYGET, VT_BSTR, &text, oneVariant, &key);
     EXPECT_STREQ(OwnedBstr(text).get(), L"22");
-    VARIANT_BOOL exists = VARIANT_FALSE;
-    DispatchInvoke(dictionary, dispidExists, DISPATCH_METHOD, VT_BOOL, &exists, oneVariant, &key);
-    EXPECT_EQ(exists, VARIANT_TRUE);
 }
 
 TEST_F(Dictionary, ItsRefusalsAreRaised) {
