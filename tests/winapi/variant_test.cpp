@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 namespace {
 
 TEST(Bstr, EndsForReadersOfUnitsAndIsNullWhereItIsTooLong) {
@@ -33,35 +31,6 @@ TEST(Variant, ClearAndCopyKnowWhichTypesThereAre) {
         ASSERT_EQ(target.vt, copies ? type : VT_I4) << type;
         ASSERT_EQ(VariantClear(&source), clears ? S_OK : DISP_E_BADVARTYPE) << type;
         ASSERT_EQ(source.vt, clears ? VT_EMPTY : type) << type;
-    }
-}
-
-TEST(Variant, CopyOfABstrIsDeepAndWhole) {
-    Variant source(VT_BSTR, &VARIANT::bstrVal, SysAllocStringByteLen("ab\0cdef", 7));
-    Variant target = Text(TEXT("what was there"));
-    ASSERT_EQ(VariantCopy(&target, &source), S_OK);
-    ASSERT_EQ(SysStringByteLen(target.bstrVal), 7u);
-    EXPECT_EQ(std::memcmp(target.bstrVal, source.bstrVal, 7), 0);
-    EXPECT_EQ(VariantCopy(&target, &target), S_OK);
-    Variant null(VT_BSTR);
-    ASSERT_EQ(VariantCopy(&target, &null), S_OK);
-    ASSERT_NE(target.bstrVal, nullptr) << "a null BSTR becomes an empty one";
-}
-
-TEST(Variant, CopiesAndClearsCountReferencesToObjects) {
-    Counted object;
-    IDispatch* held = &object;
-    for (const int type : {VT_DISPATCH, VT_UNKNOWN}) {
-        object.AddRef();
-        Variant source(type, &VARIANT::pdispVal, &object), target;
-        EXPECT_EQ(VariantCopy(&target, &source), S_OK);
-        EXPECT_EQ(object.references, 3u);
-        Variant reference(VT_BYREF | type, &VARIANT::ppdispVal, &held);
-        EXPECT_EQ(VariantCopy(&target, &reference), S_OK);
-        EXPECT_EQ(object.references, 2u);
-        EXPECT_EQ(VariantClear(&target), S_OK);
-        EXPECT_EQ(VariantClear(&source), S_OK);
-        EXPECT_EQ(object.references, 1u);
     }
 }
 
