@@ -77,7 +77,7 @@ TEST_F(CallExcelTest, PassesOperandsInOrderAndTakesNoReference) {
     [&]<std::size_t... Count>(std::index_sequence<Count...>) {
         (ExpectOperandsInOrder(std::make_index_sequence<Count>()), ...);
     }
-    (std::index_sequence<0, 1, 2, 9, 30>());
+    (std::index_sequence<0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 30>());
 }
 
 TEST_F(CallExcelTest, ValueTellsTheOutcomeAndGoesBackWhateverItIs) {
