@@ -9,10 +9,10 @@
 CStringW SystemErrorText(std::uint32_t code, std::uint16_t language) {
     constexpr DWORD defaultSublanguage = 0x400;
     WCHAR buffer[0x2001];
-    buffer[0] = 0;
-    FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, code, language | defaultSublanguage, buffer,
-                   static_cast<DWORD>(std::size(buffer)), nullptr);
-    CStringW text(buffer);
+    const DWORD length =
+        FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, code, language | defaultSublanguage, buffer,
+                       static_cast<DWORD>(std::size(buffer)), nullptr);
+    CStringW text(length != 0 ? buffer : TEXT(""));
     text.TrimRight();
     return text.IsEmpty() ? CStringWFormat(TEXT("err=%d"), code) : text;
 }
