@@ -18,29 +18,6 @@ DWORD ErrorOf(Call call) {
     return call() ? ERROR_SUCCESS : GetLastError();
 }
 
-TEST(Messages, ComeInTheirOrderToThreadAndWindowAndTheQuitLast) {
-    const TestWindow window(TEXT("Kestrolumen messages"));
-    MSG message{};
-    EXPECT_FALSE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
-    PostQuitMessage(3);
-    window.Post(WM_USER);
-    PostThreadMessageW(GetCurrentThreadId(), WM_USER + 1, 1, 2);
-    PostMessageW(nullptr, WM_USER + 2, 3, 4);
-    for (UINT expected = WM_USER; expected < WM_USER + 3; ++expected) {
-        EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE));
-        EXPECT_TRUE(GetMessageW(&message, nullptr, 0, 0));
-        EXPECT_EQ(message.message, expected);
-        EXPECT_EQ(message.hwnd, expected == WM_USER ? window.get() : nullptr);
-        DispatchMessageW(&message);
-    }
-    EXPECT_EQ(message.wParam, 3U);
-    EXPECT_EQ(message.lParam, 4);
-    EXPECT_EQ(TestWindow::TakeSeen(), std::vector<UINT>{WM_USER});
-    EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 0);
-    EXPECT_EQ(message.wParam, 3U);
-    EXPECT_FALSE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) << "the quit is taken";
-}
-
 TEST(Messages, ReachAThreadThatWaitsAndNoneThatHasEnded) {
     std::promise<HWND> made;
     DWORD number = 0;
