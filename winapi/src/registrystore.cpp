@@ -66,7 +66,7 @@ bool SameFile(const struct stat& one, const struct stat& other) noexcept {
 
 }  // namespace
 
-RegistryStore& RegistryStore::Instance() noexcept {
+RegistryStore& RegistryStore::Instance() {
     // Never destroyed: destructors that run at the very end of the process may still close keys.
     static RegistryStore& store = *new RegistryStore;
     return store;

@@ -21,7 +21,7 @@ namespace winapi {
 class RegistryStore {
   public:
     // The one of the process.
-    static RegistryStore& Instance() noexcept;
+    static RegistryStore& Instance();
 
     // Runs body(root, version) on the registry as it is now. A node stays where it is while the version is
     // the same; the first one is 1.
