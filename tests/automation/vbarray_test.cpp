@@ -130,16 +130,6 @@ TEST(VbArray, QueriesAnswerInVisualBasicsOrder) {
     EXPECT_EQ(Queried(TestArray(VT_I2, {2, 2, 2})), "2 x 2 x 2 x | 8 0 not square 77");
 }
 
-TEST(VbArray, DestructionLeavesFixedArraysAndNullSlots) {
-    DestroyVbArray(nullptr);
-    TestArray array;
-    DestroyVbArray(&array.array);
-    TestArray fixed(VT_R8, {2}, 0, FADF_FIXEDSIZE);
-    SAFEARRAY* const before = fixed.array;
-    DestroyVbArray(&fixed.array);
-    EXPECT_EQ(fixed.array, before);
-}
-
 template <typename Value, typename Write, typename Read>
 void ExpectRoundTrips(Write write, Read read) {
     for (const std::uint32_t size : {0U, 1U, 2U, 1000U}) {

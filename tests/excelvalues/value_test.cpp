@@ -61,26 +61,6 @@ TEST(Copy, IsDeepForEveryType) {
     EXPECT_EQ(XXloperCopy(XXloperPtr()), nullptr);
 }
 
-TEST(Copy, OfArraysOfEveryShape) {
-    XLOPER12 elements[] = {Typed(xltypeNum), Typed(xltypeNil)};
-    XLOPER12 source = Typed(xltypeMulti);
-    // Rows are 32 bits, of the columns the low 16 count.
-    for (const auto& [rows, columns, count] :
-         {std::tuple{1, 0x50002, 2u}, {5, 0x10000, 0u}, {0, 3, 0u}, {3, 0, 0u}, {-1, 4, 0u}, {4, -1, 0u}}) {
-        source.val.array = {elements, rows, columns};
-        EXPECT_EQ(ElementCount(source), count) << rows << " x " << columns;
-        const XXloperPtr copy = XXloperCopy(Viewed(source));
-        EXPECT_EQ(copy->val.array.rows, rows);
-        EXPECT_EQ(copy->val.array.columns, columns);
-        ASSERT_NE(copy->val.array.lparray, nullptr) << "no elements have a block, too";
-        EXPECT_NE(copy->val.array.lparray, elements);
-    }
-    source.val.array = {elements, 2147483647, 32767};
-    EXPECT_EQ(ElementCount(source), 70366596661249u);
-    const support::AllocationFault fault(2);  // a sanitizer's heap would end the program instead of refusing
-    EXPECT_THROW(static_cast<void>(XXloperCopy(Viewed(source))), std::bad_alloc);
-}
-
 TEST(Copy, AFailureMidwayFreesWhatWasCopied) {
     excelhost::Blocks lent;
     const XLOPER12 source = RecordFrom(everything, lent);
@@ -127,34 +107,6 @@ TEST(Values, TextEndsAtTheFirstZeroUnit) {
     }
     XLOPER12 null{};
     EXPECT_TRUE(Viewed(null).ToCStringW().IsEmpty());
-}
-
-TEST(Makers, PlainValuesStandAsGiven) {
-    EXPECT_EQ(ValueFrom(*XXloperFromInt(-5)), Value(-5));
-    EXPECT_EQ(ValueFrom(*XXloperFromError(-5)), Value(excelhost::ErrorValue{-5}));
-    EXPECT_EQ(XXloperFromError(-5)->val.returnCode, 0);
-    EXPECT_EQ(XXloperFromBool(255)->xltype, xltypeBool);
-    EXPECT_EQ(XXloperFromBool(255)->val.xbool, 255);
-    EXPECT_EQ(XXloperFlow()->xltype, xltypeFlow);
-    EXPECT_EQ(XXloperMissing()->xltype, xltypeMissing);
-    EXPECT_EQ(XXloperNil()->xltype, xltypeNil);
-
-    const std::vector<BYTE> bytes = {1, 2, 3};
-    const XXloperPtr blob = XXloperFromBlob(bytes);
-    EXPECT_EQ(blob->xltype, xltypeBigData);
-    EXPECT_EQ(blob->val.bigdata.h.lpbData, bytes.data()) << "a view";
-    EXPECT_EQ(blob->val.bigdata.cbData, 3);
-    EXPECT_EQ(XXloperFromBlob({})->val.bigdata.h.lpbData, nullptr);
-
-    XLOPER12 element{};
-    XLOPER12 record = Typed(xltypeStr);
-    SetErrorValue(record, xlerrRef);
-    EXPECT_EQ(ValueFrom(record), Value(excelhost::ErrorValue{xlerrRef}));
-    EXPECT_EQ(record.val.returnCode, 0);
-    SetSingleCellArray(record, &element);
-    EXPECT_EQ(record.xltype, xltypeMulti);
-    EXPECT_EQ(record.val.array.lparray, &element);
-    EXPECT_EQ(ElementCount(record), 1u);
 }
 
 TEST(Makers, StringsKeepUpTo32767UnitsBeforeTheFirstZero) {

@@ -60,22 +60,4 @@ TEST_F(Japanese, ListsAndNumbersPassThroughTheCodePage) {
                                                        "5"));  // of half width
 }
 
-TEST(Locale, HasNoSayInAscii) {
-    std::string before = std::setlocale(LC_ALL, nullptr);
-    for (const char* name : {"C", "C.UTF-8", "tr_TR.UTF-8"}) {
-        if (std::setlocale(LC_ALL, name) == nullptr) continue;  // not installed here
-        EXPECT_TRUE(TextAFromHex("4\xe9").IsEmpty()) << name;
-        const WCHAR* cursor = TEXT("\x0131");
-        EXPECT_EQ(ColumnIndexFromLetters(&cursor), noColumn) << name;
-        EXPECT_NE(FindNoCaseW(TEXT("TITLE"), TEXT("title")), nullptr) << name;
-    }
-    // Beyond ASCII the search goes by the locale.
-    if (std::setlocale(LC_ALL, "C.UTF-8") != nullptr) {
-        EXPECT_NE(FindNoCaseW(TEXT("caf\x00c9"), TEXT("\x00e9")), nullptr);
-    }
-    std::setlocale(LC_ALL, "C");
-    EXPECT_EQ(FindNoCaseW(TEXT("caf\x00c9"), TEXT("\x00e9")), nullptr);
-    std::setlocale(LC_ALL, before.c_str());
-}
-
 }  // namespace

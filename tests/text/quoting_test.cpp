@@ -48,26 +48,4 @@ TEST(SheetReferences, ApostrophesAreDoubledInTheSheetPartAlone) {
     EXPECT_EQ(SheetQuotesUndoubled(TEXT("'''a'!A''1")), TEXT("''a'!A''1"));
 }
 
-TEST(Formulas, PrefixesAndEnclosures) {
-    EXPECT_EQ(DoubleQuotesDoubled(CStringW(TEXT("\"\0\""), 3)), CStringW(TEXT("\"\"\0\"\""), 5));
-    using Operation = CStringW (*)(const CStringW&);
-    const struct {
-        Operation operation;
-        const WCHAR* text;
-        const WCHAR* expected;
-    } rows[] = {
-        {WithLeadingEquals, TEXT("=A1"), TEXT("=A1")},
-        {WithoutLeadingEquals, TEXT(""), TEXT("")},
-        {WithoutLeadingAt, TEXT("A1@"), TEXT("A1@")},
-        {WithoutTrailingAts, TEXT("@@"), TEXT("")},
-        {WithoutDoubleQuotes, TEXT("\""), TEXT("\"")},
-        {WithoutDoubleQuotes, TEXT("\"\"a\"\""), TEXT("\"a\"")},
-        {WithoutParentheses, TEXT(")a("), TEXT(")a(")},
-        {WithoutSingleQuotes, TEXT("\"a'"), TEXT("\"a'")},
-        {FirstAndFourthField, TEXT("a\1b\1c\1"), TEXT("a")},
-        {FirstAndFourthField, TEXT("\1\1\1d\1e"), TEXT("d")},
-    };
-    for (const auto& row : rows) EXPECT_EQ(row.operation(row.text), row.expected) << CStringA(row.text);
-}
-
 }  // namespace

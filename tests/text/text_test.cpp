@@ -71,32 +71,6 @@ TEST(MbcsCharAt, CountsInCharactersOfTheRuntimesPage) {
     EXPECT_EQ(MbcsCharAt("ab", -1), -1);
 }
 
-CStringW FormattedV(const WCHAR* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    CStringW text = CStringWFormatV(format, arguments);
-    va_end(arguments);
-    return text;
-}
-
-TEST(Format, TakesNumbersAndStringsOfAnyClass) {
-    enum Colour { red = 7 };
-    const std::uint8_t small = 200;
-    const CStringW wide = TEXT("wide");
-    const std::string narrow = "narrow";
-    EXPECT_EQ(
-        CStringAFormat("%d|%I64d|%u|%d|%g", small, std::numeric_limits<std::int64_t>::min(), 3u, red, 1.5f),
-        "200|-9223372036854775808|3|7|1.5");
-    EXPECT_EQ(CStringAFormat("%s|%S|%e", narrow, wide, 1e6), "narrow|wide|1.000000e+06");
-    EXPECT_EQ(CStringWFormat(TEXT("%s|%S"), wide, narrow), TEXT("wide|narrow"));
-    EXPECT_EQ(StdStringFormat("%S|%s", StdWString(TEXT("w")), CStringA("n")), "w|n");
-    EXPECT_EQ(StdWStringFormat(TEXT("%s|%I64X"), StdWString(TEXT("w")), std::uint64_t{255}), TEXT("w|FF"));
-    EXPECT_EQ(FormattedV(TEXT("%s=%d"), TEXT("n"), 5), TEXT("n=5"));
-    // Zero units stay inside the library's strings and end the standard ones.
-    EXPECT_EQ(CStringAFormat("a%cb", 0).GetLength(), 3);
-    EXPECT_EQ(StdWStringFormat(TEXT("a%cb"), 0), TEXT("a"));
-}
-
 TEST(Format, HasAnyLengthThatAStringCanHave) {
     for (const int width : {0, 255, 256, 257, 100'000}) {
         const std::string expected = std::string(static_cast<std::size_t>(width), ' ') + "7";

@@ -67,40 +67,6 @@ TYPED_TEST(AtlString, ConstructionAndConcatenation) {
     EXPECT_LT(Of<TypeParam>("_").CompareNoCase(a), 0);
 }
 
-TYPED_TEST(AtlString, PartsAreClampedAndFound) {
-    using Unit = typename TypeParam::XCHAR;
-    TypeParam text = Of<TypeParam>("abcabc");
-    const std::pair<TypeParam, const char*> parts[] = {
-        {text.Left(-3), ""},   {text.Left(INT_MAX), "abcabc"},   {text.Right(2), "bc"},
-        {text.Right(-3), ""},  {text.Mid(5, INT_MAX), "c"},      {text.Mid(-1, 2), "ab"},
-        {text.Mid(2, -1), ""}, {text.Mid(INT_MAX, INT_MAX), ""},
-    };
-    for (const auto& [made, expected] : parts) EXPECT_EQ(Ascii(made), expected);
-    for (const auto& [start, found] : {std::pair{2, 4}, {5, -1}, {8, -1}, {-1, -1}}) {
-        EXPECT_EQ(text.Find(Units<Unit>("bc").c_str(), start), found) << start;
-    }
-    EXPECT_EQ(text.Find(Unit{'c'}, 3), 5);
-    EXPECT_EQ(text.ReverseFind(Unit{'a'}), 3);
-    EXPECT_EQ(text.ReverseFind(Unit{'x'}), -1);
-    EXPECT_EQ(text[6], 0);
-    EXPECT_THROW(text.SetAt(6, 'x'), std::out_of_range);
-    const struct {
-        std::string_view text;
-        const char *from, *to;
-        std::string_view expected;
-    } replacements[] = {
-        {"a-b-c", "-", "--", "a--b--c"},
-        {"aaaaa", "aa", "b", "bba"},
-        {"abc", "", "x", "abc"},
-        {{"a\0a", 3}, "a", "bc", {"bc\0bc", 5}},
-    };
-    for (const auto& row : replacements) {
-        TypeParam changed = Of<TypeParam>(row.text);
-        changed.Replace(Units<Unit>(row.from).c_str(), Units<Unit>(row.to).c_str());
-        EXPECT_EQ(Ascii(changed), row.expected);
-    }
-}
-
 TYPED_TEST(AtlString, TokenizeAndTrim) {
     using Unit = typename TypeParam::XCHAR;
     const struct {
@@ -123,16 +89,6 @@ TYPED_TEST(AtlString, TokenizeAndTrim) {
     }
     EXPECT_EQ(Ascii(Of<TypeParam>(" \t\n\v\f\ra b \t\n").TrimRight()), " \t\n\v\f\ra b");
     EXPECT_EQ(Ascii(Of<TypeParam>("xyayx").Trim(Units<Unit>("xy").c_str())), "a");
-}
-
-TYPED_TEST(AtlString, Buffers) {
-    TypeParam text, empty;
-    std::copy_n(Units<typename TypeParam::XCHAR>("ab").c_str(), 3, text.GetBuffer(5));
-    text.ReleaseBuffer();
-    EXPECT_EQ(Ascii(text), "ab");
-    empty.GetBuffer()[0] = 0;
-    EXPECT_NE(empty.GetString(), TypeParam().GetString()) << "a writer gets a buffer of his own";
-    empty.ReleaseBuffer();
 }
 
 TYPED_TEST(AtlString, Format) {

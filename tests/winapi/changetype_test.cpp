@@ -173,26 +173,4 @@ TEST(VariantChangeType, ReferencesCountAsWhatTheyPointTo) {
     EXPECT_EQ(Shown(inner), "2.5") << "what a reference points to is borrowed";
 }
 
-TEST(VariantChangeType, ObjectsByQueryInterfaceAndByTheirDefaultProperty) {
-    Counted automatic, plain(false);
-    {
-        Variant dispatch(VT_DISPATCH, &VARIANT::pdispVal, &automatic);
-        Variant unknown(VT_UNKNOWN, &VARIANT::punkVal, &automatic);
-        const Variant noDispatch(VT_UNKNOWN, &VARIANT::punkVal, &plain);
-        for (Counted* const object : {&automatic, &automatic, &plain}) object->AddRef();
-        EXPECT_EQ(Converted(dispatch, VT_UNKNOWN), "type 13");
-        EXPECT_EQ(Converted(noDispatch, VT_DISPATCH), "hresult " + std::to_string(E_NOINTERFACE));
-        EXPECT_EQ(Converted(dispatch, VT_R8), "42");
-        EXPECT_EQ(Converted(unknown, VT_R8), "-");
-        EXPECT_EQ(automatic.references, 3U);
-        // In place, the old reference goes with the new one that comes.
-        EXPECT_EQ(VariantChangeType(&unknown, &unknown, 0, VT_DISPATCH), S_OK);
-        EXPECT_EQ(automatic.references, 3U);
-    }
-    EXPECT_EQ(automatic.references, 1U);
-    EXPECT_EQ(plain.references, 1U);
-    EXPECT_EQ(Converted(Variant(VT_UNKNOWN), VT_DISPATCH), "type 9") << "null stays null";
-    EXPECT_EQ(Converted(Variant(VT_DISPATCH), VT_I4), badType);
-}
-
 }  // namespace

@@ -15,35 +15,6 @@ SAFEARRAY* CopyOf(SAFEARRAY* array) {
     return copy;
 }
 
-TEST(SafeArray, CreationGivesEachTypeItsSizeAndFeatures) {
-    const struct {
-        VARTYPE type;
-        std::size_t bytes;
-        int features;
-    } rows[] = {
-        {VT_UI1, 1, FADF_HAVEVARTYPE},
-        {VT_DECIMAL, 16, FADF_HAVEVARTYPE},
-        {VT_BSTR, sizeof(BSTR), FADF_HAVEVARTYPE | FADF_BSTR},
-        {VT_VARIANT, sizeof(VARIANT), FADF_HAVEVARTYPE | FADF_VARIANT},
-        {VT_UNKNOWN, sizeof(void*), FADF_HAVEIID | FADF_UNKNOWN},
-        {VT_DISPATCH, sizeof(void*), FADF_HAVEIID | FADF_DISPATCH},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.type);
-        const Array array(row.type, {{3, -1}});
-        EXPECT_EQ(SafeArrayGetElemsize(array), row.bytes);
-        EXPECT_EQ(array->fFeatures, row.features);
-        VARTYPE type = VT_EMPTY;
-        EXPECT_EQ(SafeArrayGetVartype(array, &type), S_OK);
-        EXPECT_EQ(type, row.type);
-        const std::vector<char> zeros(3 * row.bytes);
-        EXPECT_EQ(std::memcmp(array->pvData, zeros.data(), zeros.size()), 0);
-    }
-    for (const int type : {int{VT_EMPTY}, int{VT_NULL}, 15, VT_ARRAY | VT_I4, VT_BYREF | VT_I4}) {
-        EXPECT_EQ(SafeArrayCreateVector(static_cast<VARTYPE>(type), 0, 3), nullptr) << type;
-    }
-}
-
 TEST(SafeArray, TheLeftmostIndexRunsFastestAndBoundsAreKeptRightmostFirst) {
     const Array array(VT_I4, {{2, 1}, {3, -1}, {2, 5}});
     EXPECT_EQ(array->rgsabound[0].lLbound, 5);
