@@ -7,72 +7,21 @@
 // The counter "peak" is the most memory that was alive during a conversion over the size of its result; the
 // program ends with a failure if one is above 1.1.
 
+#include "support/heap.h"
+
 #include "automation/automation.h"
 
 #include <benchmark/benchmark.h>
 
 #include <Eigen/Dense>
-#include <malloc.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <numeric>
 #include <string>
-
-namespace {
-
-std::atomic<std::size_t> live = 0;
-std::atomic<std::size_t> peak = 0;
-
-void* Counted(void* block) noexcept {
-    const std::size_t now = live += malloc_usable_size(block);
-    if (now > peak) peak = now;
-    return block;
-}
-
-}  // namespace
-
-extern "C" {
-void* __real_malloc(std::size_t size);
-void* __real_calloc(std::size_t count, std::size_t size);
-void* __real_realloc(void* block, std::size_t size);
-void __real_free(void* block);
-void* __wrap_malloc(std::size_t size);
-void* __wrap_calloc(std::size_t count, std::size_t size);
-void* __wrap_realloc(void* block, std::size_t size);
-void __wrap_free(void* block);
-
-void* __wrap_malloc(std::size_t size) {
-    return Counted(__real_malloc(size));
-}
-void* __wrap_calloc(std::size_t count, std::size_t size) {
-    return Counted(__real_calloc(count, size));
-}
-void* __wrap_realloc(void* block, std::size_t size) {
-    live -= malloc_usable_size(block);
-    return Counted(__real_realloc(block, size));
-}
-void __wrap_free(void* block) {
-    live -= malloc_usable_size(block);
-    __real_free(block);
-}
-}
-
-void* operator new(std::size_t size) {
-    void* const block = __wrap_malloc(size);
-    if (block == nullptr) throw std::bad_alloc();
-    return block;
-}
-void operator delete(void* block) noexcept {
-    __wrap_free(block);
-}
-void operator delete(void* block, std::size_t) noexcept {
-    __wrap_free(block);
-}
 
 namespace {
 
@@ -84,10 +33,8 @@ bool tooMuchMemory = false;
 // Runs `convert` once and sets the counter. `bytes` is the size of its result.
 template <typename Convert>
 void ReportPeak(benchmark::State& state, std::size_t bytes, Convert convert) {
-    const std::size_t before = live;
-    peak = before;
-    convert();
-    const double ratio = static_cast<double>(peak - before) / static_cast<double>(bytes);
+    const std::size_t peak = bench::PeakBytesOf(convert);
+    const double ratio = static_cast<double>(peak) / static_cast<double>(bytes);
     state.counters["peak"] = ratio;
     tooMuchMemory = tooMuchMemory || ratio > 1.1;
 }
@@ -192,11 +139,11 @@ void MemcpyWarm(benchmark::State& state, const Shape& shape) {
 void StringsOurs(benchmark::State& state) {
     const std::vector<CStringW> strings(10000, CStringW(TEXT("a string of some length")));
     const auto convert = [&] { return Array(VbArrayFromVectorCStringW(strings, false, 1)); };
-    const std::size_t before = live;
+    const std::size_t before = bench::LiveBytes();
     std::size_t bytes = 0;
     {
         const Array array = convert();
-        bytes = live - before;
+        bytes = bench::LiveBytes() - before;
     }
     ReportPeak(state, bytes, convert);
     for (auto _ : state) benchmark::DoNotOptimize(convert()->pvData);

@@ -1,1 +1,1 @@
-kestrolumen_bench(files USES platform)
+kestrolumen_bench(files USES platform COUNTS_HEAP)

@@ -3,6 +3,7 @@
 #include "platform/directories.h"
 #include "platform/file.h"
 #include "platform/winfile.h"
+#include "support/heap.h"
 
 #include <benchmark/benchmark.h>
 
@@ -11,35 +12,11 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <new>
 #include <string>
 #include <vector>
 
 #include <fcntl.h>
-#include <malloc.h>
 #include <unistd.h>
-
-namespace {
-
-std::size_t liveBytes = 0, peakBytes = 0;
-
-}  // namespace
-
-// Out of line, since GCC takes malloc and delete for a mismatch where it sees through both.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    void* const block = std::malloc(size);
-    if (block == nullptr) throw std::bad_alloc();
-    liveBytes += malloc_usable_size(block);
-    peakBytes = std::max(peakBytes, liveBytes);
-    return block;
-}
-[[gnu::noinline]] void operator delete(void* block) noexcept {
-    liveBytes -= malloc_usable_size(block);
-    std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept {
-    operator delete(block);
-}
 
 namespace {
 
@@ -97,10 +74,10 @@ std::size_t ReadWhole(const char* name, std::size_t size) {
 
 template <typename Body>
 void Run(benchmark::State& state, Body body) {
-    const std::size_t before = liveBytes;
-    peakBytes = liveBytes;
-    for (auto _ : state) benchmark::DoNotOptimize(body());
-    state.counters["peak MiB"] = static_cast<double>(peakBytes - before) / (1 << 20);
+    const std::size_t peak = bench::PeakBytesOf([&] {
+        for (auto _ : state) benchmark::DoNotOptimize(body());
+    });
+    state.counters["peak MiB"] = static_cast<double>(peak) / (1 << 20);
 }
 
 std::size_t Walked() {
