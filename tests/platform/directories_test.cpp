@@ -115,7 +115,7 @@ TEST_F(Directories, GiveLongNames) {
         ASSERT_TRUE(CreateDirectoryTree(path.c_str()));
         EXPECT_EQ(StdWString(MakeLongPathName(path.c_str()).GetString()), path);
     }
-    for (const std::size_t size : {200, 250}) {
+    for (const std::size_t size : {200U, 250U}) {
         longest += TEXT("\\") + StdWString(size, TEXT('n'));
         ASSERT_TRUE(CreateDirectoryTree(longest.c_str()));
         EXPECT_EQ(StdWString(MakeLongPathName(longest.c_str()).GetString()), longest);
@@ -151,7 +151,7 @@ TEST_F(Directories, AreMadeListedWalkedAndRemovedAsTrees) {
 
     const auto all = Walked(5, false);
     EXPECT_THAT(all, UnorderedElementsAre("1.txt", "a\\2", "a\\b\\3.txt", "a\\b\\\xD0\x96\\4"));
-    for (const std::size_t count : {1, 2, 3, 4}) EXPECT_EQ(Walked(count, true).size(), count);
+    for (const std::size_t count : {1U, 2U, 3U, 4U}) EXPECT_EQ(Walked(count, true).size(), count);
     EXPECT_FALSE(WalkDirectory(Full(TEXT("none")).c_str(), [](const WCHAR*) { return false; }));
 
     SetFileAttributesW(Full(TEXT("a\\2")).c_str(), FILE_ATTRIBUTE_READONLY);

@@ -33,7 +33,7 @@ std::string Text(const File::Bytes& bytes) {
 
 TEST_F(Files, AreWrittenReadCopiedAndSummedAtTheBoundsOfTheirBuffers) {
     const StdWString path = folder / TEXT("\u20AC \U0001F600"), copyPath = folder / TEXT("copy");
-    for (const std::size_t size : {0, 1, 0xFFFF, 0x10000, 0x10001, 0x40000, 0x40001}) {
+    for (const std::size_t size : {0U, 1U, 0xFFFFU, 0x10000U, 0x10001U, 0x40000U, 0x40001U}) {
         SCOPED_TRACE(size);
         const File::Bytes bytes = Counted(size);
         File file(path, TEXT("w+b"));
@@ -117,8 +117,8 @@ TEST_F(Files, GiveTheLinesThatFgetsGives) {
         const std::size_t size = random() % 200000;
         while (bytes.size() < size) {
             const std::size_t lengths[] = {random() % 4, random() % 100, 1020 + random() % 8, 2048, 65530};
-            bytes.append(lengths[random() % (round % 4 + 2)], 'a');
-            bytes += "\n\n\r\0x"[random() % (round % 2 + 4)];
+            bytes.append(lengths[random() % (static_cast<unsigned>(round) % 4 + 2)], 'a');
+            bytes += "\n\n\r\0x"[random() % (static_cast<unsigned>(round) % 2 + 4)];
         }
         folder.Write("random", bytes);
         File file(folder / TEXT("random"), TEXT("rb"));

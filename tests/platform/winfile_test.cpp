@@ -15,7 +15,7 @@ class WinFiles : public support::FileTest {
 };
 
 TEST_F(WinFiles, AreWrittenReadAndCopiedAlsoBeyondFourGibibytes) {
-    for (const std::size_t size : {0, 1, 0x10000, 0x10001}) {
+    for (const std::size_t size : {0U, 1U, 0x10000U, 0x10001U}) {
         for (const std::int64_t start : {std::int64_t{0}, std::int64_t{5} << 30}) {
             WinFile file(path.c_str(), readWrite, 0, CREATE_ALWAYS, 0);
             WinFile copy((folder / TEXT("copy")).c_str(), readWrite, 0, CREATE_ALWAYS, 0);
