@@ -139,9 +139,9 @@ Values ValuesOfBits(std::span<const std::uint8_t> bytes) {
 }
 
 // The first bytes of what is left of a set, which the header asks for.
-std::span<const std::uint8_t> First(std::span<const std::uint8_t> bytes, std::size_t count) {
+std::span<const std::uint8_t> First(std::span<const std::uint8_t> bytes, std::uint64_t count) {
     if (bytes.size() < count) throw std::length_error("UnpackIndexSet: the packed set is cut off");
-    return bytes.first(count);
+    return bytes.first(static_cast<std::size_t>(count));
 }
 
 Values UnpackedBits(std::span<const std::uint8_t> body, std::uint32_t largest) {
@@ -152,10 +152,9 @@ Values UnpackedBits(std::span<const std::uint8_t> body, std::uint32_t largest) {
 }
 
 Values UnpackedList(std::span<const std::uint8_t> body, std::uint32_t count) {
-    if (body.size() / valueBytes < count)
-        throw std::length_error("UnpackIndexSet: the packed set is cut off");
+    const auto stored = First(body, std::uint64_t{count} * valueBytes);
     Values values(count);
-    if (count != 0) std::memcpy(values.data(), body.data(), count * valueBytes);
+    if (count != 0) std::memcpy(values.data(), stored.data(), stored.size());
     return values;
 }
 

@@ -3,51 +3,7 @@
 #include "failure.h"
 #include "sysinfoapi.h"
 
-#include <map>
-
 namespace winapi {
-namespace {
-
-// The queues of all threads by the threads' numbers.
-class QueueTable {
-  public:
-    void Add(DWORD thread, const std::shared_ptr<MessageQueue>& queue) {
-        const std::lock_guard lock(mutex_);
-        queues_[thread] = queue;
-    }
-
-    void Remove(DWORD thread) noexcept {
-        const std::lock_guard lock(mutex_);
-        queues_.erase(thread);
-    }
-
-    std::shared_ptr<MessageQueue> Find(DWORD thread) {
-        const std::lock_guard lock(mutex_);
-        const auto entry = queues_.find(thread);
-        return entry == queues_.end() ? nullptr : entry->second.lock();
-    }
-
-  private:
-    std::mutex mutex_;
-    std::map<DWORD, std::weak_ptr<MessageQueue>> queues_;
-};
-
-QueueTable& Queues() {
-    static QueueTable& queues = *new QueueTable;  // threads may outlive the static objects
-    return queues;
-}
-
-struct OwnQueue {
-    const DWORD thread = GetCurrentThreadId();
-    const std::shared_ptr<MessageQueue> queue = std::make_shared<MessageQueue>();
-
-    OwnQueue() { Queues().Add(thread, queue); }
-    ~OwnQueue() { Queues().Remove(thread); }
-    OwnQueue(const OwnQueue&) = delete;
-    OwnQueue& operator=(const OwnQueue&) = delete;
-};
-
-}  // namespace
 
 void MessageQueue::Post(const MSG& message) {
     const std::lock_guard lock(mutex_);
@@ -83,8 +39,8 @@ MSG MessageQueue::Take() {
 }
 
 std::shared_ptr<MessageQueue> QueueOfThisThread() {
-    thread_local const OwnQueue own;
-    return own.queue;
+    thread_local const auto queue = std::make_shared<MessageQueue>();
+    return queue;
 }
 
 }  // namespace winapi
@@ -120,15 +76,6 @@ BOOL WINAPI GetMessageW(LPMSG message, HWND window, UINT first, UINT last) noexc
 
 BOOL WINAPI TranslateMessage(const MSG*) noexcept {
     return FALSE;
-}
-
-BOOL WINAPI PostThreadMessageW(DWORD thread, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    return AtBorder(FALSE, [&] {
-        const auto queue = winapi::Queues().Find(thread);
-        if (!queue) throw Failure{ERROR_INVALID_THREAD_ID};
-        queue->Post({nullptr, message, wParam, lParam, 0, {}});
-        return TRUE;
-    });
 }
 
 void WINAPI PostQuitMessage(int exitCode) noexcept {

@@ -4,13 +4,8 @@
 
 #include "winapi/windowtable.h"
 
-#define ERROR_INVALID_THREAD_ID 1444
-
 #define WM_QUIT 0x0012
-#define WM_NCMOUSEMOVE 0x00A0
 #define WM_KEYDOWN 0x0100
-#define WM_MOUSEMOVE 0x0200
-#define WM_LBUTTONDOWN 0x0201
 #define WM_USER 0x0400
 
 #define PM_NOREMOVE 0x0000
@@ -48,9 +43,5 @@ LRESULT WINAPI DispatchMessageW(const MSG* message);
 // To the window's thread; with a null window, to the calling thread. ERROR_INVALID_WINDOW_HANDLE for what is
 // no window.
 BOOL WINAPI PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
-
-// A thread has a queue from its first call on that takes or looks for a message, or makes a window; before
-// that, and after its end, ERROR_INVALID_THREAD_ID.
-BOOL WINAPI PostThreadMessageW(DWORD thread, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
 
 void WINAPI PostQuitMessage(int exitCode) noexcept;
