@@ -123,9 +123,9 @@ class WindowTable {
     std::uintptr_t next_ = 0x10002;
 };
 
+// Never destroyed: destructors of static objects may still ask for a window.
 WindowTable& Windows() {
-    static WindowTable& windows =
-        *new WindowTable;  // windows may be asked for in destructors of static objects
+    static WindowTable& windows = *new WindowTable;
     return windows;
 }
 
