@@ -3,49 +3,10 @@
 
 #include <gmock/gmock.h>
 
-#include <cmath>
 #include <limits>
 
 namespace excelhost {
 namespace {
-
-// The same network by another road: the runtime library's functions, and sums from the last term to the
-// first.
-std::vector<double> Independently(const Network& network, const std::vector<double>& inputs) {
-    const auto weighted = [](std::span<const double> row, const std::vector<double>& values) {
-        double sum = 0;
-        for (std::size_t i = values.size(); i-- > 0;) sum += row[i] * values[i];
-        return sum + row[values.size()];
-    };
-    std::vector<double> scaled(inputs.size());
-    for (std::size_t i = 0; i < inputs.size(); ++i)
-        scaled[i] = (inputs[i] - network.means[i]) / network.deviations[i];
-    std::vector<double> units(network.HiddenUnits());
-    for (std::size_t j = 0; j < units.size(); ++j) {
-        units[j] = std::tanh(weighted(network.hidden.subspan(j * (inputs.size() + 1)), scaled));
-    }
-    std::vector<double> powers(network.categories.size());
-    double total = 0;
-    for (std::size_t k = 0; k < powers.size(); ++k) {
-        powers[k] = std::exp(weighted(network.output.subspan(k * (units.size() + 1)), units));
-        total += powers[k];
-    }
-    for (double& power : powers) power /= total;
-    return powers;
-}
-
-TEST(NetworkTest, AgreesWithTheRuntimeLibrary) {
-    for (double a = 4; a < 8; a += 0.7) {
-        for (double b = 1; b < 7; b += 0.9) {
-            const std::vector<double> inputs = {a, a / 2, b, b / 3};
-            const auto expected = Independently(kIrisNetwork, inputs);
-            const auto found = Probabilities(kIrisNetwork, inputs);
-            ASSERT_EQ(found.size(), 3U);
-            for (std::size_t k = 0; k < 3; ++k) EXPECT_NEAR(found[k], expected[k], 1e-14);
-            EXPECT_NEAR(found[0] + found[1] + found[2], 1, 1e-15);
-        }
-    }
-}
 
 class CompanionTest : public ::testing::Test {
   protected:

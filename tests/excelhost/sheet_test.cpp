@@ -146,14 +146,6 @@ TEST(FormulaTest, NamesThePositionOfAFault) {
     }
 }
 
-TEST(FormulaTest, TakesTheLongestFormulasWithoutDepth) {
-    EXPECT_EQ(Result("=" + Repeated("(", 64) + "1" + Repeated(")", 64)), "1");
-    EXPECT_EQ(Result("=" + Repeated("1+", 4095) + "1"), "4096");
-    EXPECT_EQ(Result("=" + Repeated("-", 8190) + "1"), "1");
-    EXPECT_EQ(Result("=1" + Repeated("%", 8000)), "0");
-    EXPECT_EQ(Result("=\"" + Repeated("x", 8000) + "\"&\"\"").size(), std::string("\"…\"").size() + 60);
-}
-
 std::vector<std::string> Words(const std::vector<CellFault>& faults) {
     std::vector<std::string> words;
     for (const CellFault& fault : faults) {

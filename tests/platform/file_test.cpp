@@ -5,7 +5,6 @@
 #include "support/folder.h"
 
 #include <functional>
-#include <random>
 
 #include <gmock/gmock.h>
 
@@ -89,45 +88,6 @@ TEST_F(Files, GiveTheirLines) {
     EXPECT_THAT(file.get_lines(), ElementsAre("c"));
     EXPECT_EQ(file.tell(), file.size());
     EXPECT_THAT(file.get_lines(), ElementsAre());
-}
-
-// Lines as fgets gives them, chunk by chunk.
-std::vector<std::string> LinesOfFgets(std::FILE* stream) {
-    std::vector<std::string> lines;
-    std::string line;
-    char chunk[1025];
-    for (bool atEnd = false; !atEnd;) {
-        chunk[0] = '\0';
-        atEnd = std::fgets(chunk, sizeof chunk, stream) == nullptr;
-        if (!atEnd) line += chunk;
-        const bool isEnded = !atEnd && chunk[0] != '\0' && line.back() == '\n';
-        if (!atEnd && !isEnded) continue;
-        if (isEnded) line.pop_back();
-        if (!atEnd || !line.empty()) lines.push_back(line);
-        line.clear();
-    }
-    return lines;
-}
-
-TEST_F(Files, GiveTheLinesThatFgetsGives) {
-    std::mt19937 random(20);
-    for (int round = 0; round < 300; ++round) {
-        // Runs about as long as a chunk or a block, and short ones, with what ends, hides and parts them.
-        std::string bytes;
-        const std::size_t size = random() % 200000;
-        while (bytes.size() < size) {
-            const std::size_t lengths[] = {random() % 4, random() % 100, 1020 + random() % 8, 2048, 65530};
-            bytes.append(lengths[random() % (static_cast<unsigned>(round) % 4 + 2)], 'a');
-            bytes += "\n\n\r\0x"[random() % (static_cast<unsigned>(round) % 2 + 4)];
-        }
-        folder.Write("random", bytes);
-        File file(folder / TEXT("random"), TEXT("rb"));
-        const auto start = static_cast<std::int64_t>(random() % 3 * size / 3);
-        file.seek(start);
-        const std::vector<std::string> expected = LinesOfFgets(file.stream());
-        file.seek(start);
-        ASSERT_EQ(file.get_lines(), expected) << round;
-    }
 }
 
 TEST_F(Files, TellWhatTheyCanNotDo) {

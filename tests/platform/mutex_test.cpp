@@ -2,7 +2,6 @@
 
 #include "errors/vex.h"
 #include "support/allocations.h"
-#include "support/children.h"
 #include "support/home.h"
 
 #include <new>
@@ -11,15 +10,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
-// Holds a Mutex until its parent lets it go.
-const support::Role holder("hold a Mutex", [](const support::Arguments& arguments) {
-    bool existed = false;
-    const Mutex mutex(CStringW(arguments[0].c_str()), true, 0, &existed);
-    support::Say(existed ? "existed" : "new");
-    static_cast<void>(support::Hear());
-    return 0;
-});
 
 class Mutexes : public testing::Test {
   protected:
@@ -61,17 +51,6 @@ TEST_F(Mutexes, ThatCanNotBeMadeRaise) {
         ASSERT_EQ(error.args.size(), 2U);
         EXPECT_EQ(error.args[0], TEXT("3"));
         EXPECT_EQ(error.args[1], TEXT("no\\name")) << "without prefix and suffix";
-    }
-}
-
-TEST_F(Mutexes, AreSeenByOtherProcessesUntilTheirHolderEnds) {
-    for (const bool killed : {false, true}) {
-        support::Child child("hold a Mutex", {narrowName});
-        EXPECT_EQ(child.ReadLine(), "new");
-        EXPECT_TRUE(Mutex::Exists(name, true, 0));
-        killed ? child.Kill() : static_cast<void>(child.Finish());
-        EXPECT_FALSE(Mutex::Exists(name, true, 0));
-        EXPECT_TRUE(folder.Files().empty());
     }
 }
 

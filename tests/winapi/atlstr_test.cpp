@@ -102,66 +102,6 @@ TYPED_TEST(AtlString, Format) {
     EXPECT_EQ(Ascii(text), "n=5 n=5 7");
 }
 
-// Four strings that share what they can, beside four of the standard library's that share nothing: whatever
-// is done to one of them must show in that one alone.
-TYPED_TEST(AtlString, RandomOperationsAsTheStandardString) {
-    using Unit = typename TypeParam::XCHAR;
-    std::mt19937 random(4);
-    TypeParam texts[4];
-    std::basic_string<Unit> models[4];
-    for (int step = 0; step < 20'000; ++step) {
-        const std::size_t target = random() % 4, source = random() % 4, count = random() % 8;
-        TypeParam& text = texts[target];
-        auto& model = models[target];
-        const TypeParam& other = texts[source];
-        const auto otherModel = models[source];
-        const std::size_t at = random() % (model.size() + 1), otherAt = random() % (otherModel.size() + 1);
-        const auto first = static_cast<int>(at), units = static_cast<int>(count);
-        const auto operation = random() % 8;
-        switch (operation) {
-            case 0:
-                text = other;
-                model = otherModel;
-                break;
-            case 1:
-                text += other.GetString() + otherAt;
-                model += otherModel.substr(otherAt);
-                break;
-            case 2:
-                text = other.GetString() + otherAt;
-                model = otherModel.substr(otherAt);
-                break;
-            case 3:
-                text.Insert(first, other.GetString() + otherAt);
-                model.insert(at, otherModel.substr(otherAt));
-                break;
-            case 4:
-                text.Delete(first, units);
-                model.erase(at, count);
-                break;
-            case 5:
-                text.Replace('a', 'b');
-                std::replace(model.begin(), model.end(), Unit{'a'}, Unit{'b'});
-                break;
-            case 6:
-                std::fill_n(text.GetBufferSetLength(units), count, Unit{'a'});
-                model.assign(count, 'a');
-                break;
-            default:
-                text = other.Mid(static_cast<int>(otherAt), units) + text;
-                model = otherModel.substr(otherAt, count) + model;
-                break;
-        }
-        if (model.size() > 200) {
-            text.Empty();
-            model.clear();
-        }
-        for (std::size_t i = 0; i < 4; ++i) {
-            ASSERT_EQ(Content(texts[i]), models[i]) << "step " << step << ", operation " << operation;
-        }
-    }
-}
-
 TYPED_TEST(AtlString, CopiesOfOneStringOnManyThreads) {
     auto shared = std::make_unique<TypeParam>(Of<TypeParam>("shared by all"));
     std::vector<std::thread> threads;

@@ -1,15 +1,12 @@
-// Conversions between code pages through buffers of exactly the right size, and random texts for them.
+// Conversions between code pages through buffers of exactly the right size.
 #pragma once
 
 #include <windows.h>
 
 #include <cstddef>
-#include <iterator>
 #include <memory>
-#include <random>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -61,32 +58,4 @@ inline std::string NarrowOf(UINT codePage, WideView text, DWORD flags = 0, std::
     return Through<char>(text, offset, [&](const WCHAR* from, int length, char* to, int size) {
         return WideCharToMultiByte(codePage, flags, from, length, to, size, nullptr, nullptr);
     });
-}
-
-// Well-formed, of characters of all lengths in runs of one kind.
-inline Wide RandomWide(std::mt19937& random, std::size_t length) {
-    static constexpr std::pair<unsigned, unsigned> kinds[] = {
-        {1, 0x7F}, {0x80, 0x7FF}, {0x800, 0xD7FF}, {0xE000, 0xFFFF}, {0x10000, 0x10FFFF}};
-    Wide text;
-    while (text.size() < length) {
-        const auto [first, last] = kinds[random() % 3 == 0 ? random() % std::size(kinds) : 0];
-        for (auto run = 1 + random() % 40; run != 0; --run) {
-            const auto character = static_cast<unsigned>(first + random() % (last - first + 1));
-            if (character > 0xFFFF) text += static_cast<WCHAR>(0xD7C0 + (character >> 10));
-            text += static_cast<WCHAR>(character > 0xFFFF ? 0xDC00 | (character & 0x3FF) : character);
-        }
-    }
-    text.resize(length);
-    if ((text.back() & 0xFC00) == 0xD800) text.back() = TEXT('.');
-    return text;
-}
-
-// Puts bytes above ASCII or surrogates wherever it strikes.
-template <class Unit>
-std::basic_string<Unit> Spoilt(std::mt19937& random, std::basic_string<Unit> text) {
-    for (std::size_t count = 1 + text.size() / 20; count != 0; --count) {
-        const auto value = sizeof(Unit) == 1 ? 0x80 + random() % 0x80 : 0xD800 + random() % 0x800;
-        text[random() % text.size()] = static_cast<Unit>(value);
-    }
-    return text;
 }

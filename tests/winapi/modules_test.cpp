@@ -35,21 +35,6 @@ class Probe : public testing::Test {
     const HMODULE handle = LoadLibraryW(path.c_str());
 };
 
-TEST(Modules, APathThatDoesNotFitIsCut) {
-    const Wide whole = PathOf(GetModuleHandleW(nullptr));
-    EXPECT_EQ(whole, PathOf(nullptr));
-    EXPECT_TRUE(whole.starts_with(TEXT("Z:\\"))) << testing::PrintToString(whole);
-    const auto length = static_cast<DWORD>(whole.size());
-    for (const DWORD size : {DWORD{1}, DWORD{5}, length}) {
-        Wide buffer(length + 2, TEXT('q'));
-        SetLastError(ERROR_SUCCESS);
-        EXPECT_EQ(GetModuleFileNameW(nullptr, buffer.data(), size), size);
-        EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
-        EXPECT_EQ(buffer.substr(0, size - 1), whole.substr(0, size - 1));
-        EXPECT_EQ(buffer[size], TEXT('q'));
-    }
-}
-
 TEST(Modules, WhatIsNoModuleIsRefused) {
     int onTheStack = 0;
     const auto none = reinterpret_cast<HMODULE>(&onTheStack);

@@ -5,7 +5,6 @@
 
 #include <mbctype.h>
 
-#include "src/tableconversion.h"
 #include "src/utf8.h"
 #include "support/children.h"
 #include "support/home.h"
@@ -49,31 +48,6 @@ class WithVectors : public testing::TestWithParam<VectorSet> {
         if (GetParam() > winapi::BestVectorSet()) GTEST_SKIP() << "this machine doesn't have them";
     }
 };
-
-TEST_P(WithVectors, ConversionsAreAsTheCallsHaveThem) {
-    const winapi::CodePage& western = *winapi::FindCodePage(1252);
-    std::mt19937 random(932);
-    for (std::size_t round = 0; round < 3000; ++round) {
-        const std::size_t offset = random() % 32;
-        const ExactCopy<WCHAR> source(Spoilt(random, RandomWide(random, 1 + round % 300)), offset);
-        const std::string bytes = NarrowOf(CP_UTF8, source.View());
-        ASSERT_EQ(winapi::utf8::Utf8Length(source.View(), GetParam()), bytes.size());
-        const ExactCopy<char> toUtf8(std::string(bytes.size(), '\0'), offset);
-        ASSERT_EQ(winapi::utf8::ToUtf8(source.View(), {toUtf8.Data(), bytes.size()}, GetParam()),
-                  bytes.size());
-        ASSERT_EQ(toUtf8.View(), bytes);
-
-        const ExactCopy<char> utf8(Spoilt(random, bytes), offset);
-        const Wide wide = WideOf(CP_UTF8, utf8.View());
-        ASSERT_EQ(winapi::utf8::Utf16Length(utf8.View(), GetParam()), wide.size());
-        const ExactCopy<WCHAR> toWide(Wide(bytes.size(), WCHAR{}), offset);
-        ASSERT_EQ(winapi::utf8::ToUtf16(utf8.View(), {toWide.Data(), wide.size()}, GetParam()), wide.size());
-        ASSERT_EQ(toWide.View().substr(0, wide.size()), wide);
-        ASSERT_EQ(winapi::WideFromPage(western, utf8.View(), {toWide.Data(), bytes.size()}, GetParam()),
-                  bytes.size());
-        ASSERT_EQ(toWide.View(), WideOf(1252, utf8.View()));
-    }
-}
 
 // The counters of a vector's lanes are emptied now and then.
 TEST_P(WithVectors, LongTextIsCountedRight) {

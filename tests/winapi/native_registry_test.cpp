@@ -1,5 +1,4 @@
 // What the stand-in's registry file has to get right: every content, damage, other processes, sudden ends.
-#include "src/registrytext.h"
 #include "support/children.h"
 #include "support/registry.h"
 
@@ -88,27 +87,6 @@ TEST(RegistryFile, IsMadeByAWriteAndSeenThroughEveryChange) {
     }
     std::filesystem::remove(registry.File());
     EXPECT_EQ(key.Get(u"a"), "result 1018");
-}
-
-TEST(RegistryFile, AnyNamesAndDataComeBackAsTheyWere) {
-    std::mt19937 random(7);  // NOLINT: the same names in each run
-    const auto units = [&](std::size_t longest) {
-        std::u16string text(random() % (longest + 1), u'\0');
-        for (char16_t& unit : text) {
-            unit = static_cast<char16_t>(random() % 3 == 0 ? random() : 0x20 + random() % 0x3C);
-        }
-        return text;
-    };
-    winapi::RegistryNode root = winapi::EmptyRegistry();
-    for (int round = 0; round < 500; ++round) {
-        std::u16string path = u"HKEY_USERS";
-        for (auto depth = random() % 4; depth != 0; --depth) path += u'\\' + units(3);
-        std::vector<BYTE> data(random() % 8);
-        for (BYTE& octet : data) octet = static_cast<BYTE>(random() % 2 == 0 ? 0 : random());
-        root.Make(path, random())
-            .SetValue({units(4), static_cast<DWORD>(random() % 2 == 0 ? REG_SZ : random()), data});
-    }
-    EXPECT_TRUE(winapi::RegistryFromText(winapi::TextFromRegistry(root)) == root);
 }
 
 TEST(RegistryFile, HoldsTheOldOrTheNewValueWheneverItsWriterIsKilled) {
