@@ -110,26 +110,6 @@ TEST(ReDim, RefusesWhatNoArrayCanHave) {
     }
 }
 
-// Dimensions, elements and length; then the answer whether the array is square, and of what size.
-std::string Queried(const SAFEARRAY* array) {
-    std::string text;
-    for (const std::uint32_t count : VbArrayDimensions(array)) text += std::to_string(count) + " x ";
-    std::uint32_t size = 77;
-    const bool square = IsSquareVbArray(array, size);
-    return text + "| " + std::to_string(VbArrayElementCount(array)) + " " +
-           std::to_string(VbArrayLength(array)) + (square ? " square " : " not square ") +
-           std::to_string(size) + (IsNullVbArray(array) ? " null" : "");
-}
-
-TEST(VbArray, QueriesAnswerInVisualBasicsOrder) {
-    EXPECT_EQ(Queried(nullptr), "| 0 0 not square 77 null");
-    EXPECT_EQ(Queried(TestArray(VT_I2, {5}, -2)), "5 x | 5 5 not square 77");
-    EXPECT_EQ(Queried(TestArray(VT_I2, {3, 4}, -2)), "3 x 4 x | 12 0 not square 3");
-    EXPECT_EQ(Queried(TestArray(VT_I2, {4, 4})), "4 x 4 x | 16 0 square 4");
-    EXPECT_EQ(Queried(TestArray(VT_I2, {0, 0})), "0 x 0 x | 0 0 not square 0");
-    EXPECT_EQ(Queried(TestArray(VT_I2, {2, 2, 2})), "2 x 2 x 2 x | 8 0 not square 77");
-}
-
 template <typename Value, typename Write, typename Read>
 void ExpectRoundTrips(Write write, Read read) {
     for (const std::uint32_t size : {0U, 1U, 2U, 1000U}) {

@@ -72,18 +72,6 @@ TEST_F(CompanionTest, FallsBackWhenAnInputIsNoNumber) {
     }
 }
 
-TEST_F(CompanionTest, TakesInputsToTheirBounds) {
-    const auto ask = [&](const Value& inputs, const Value& low, const Value& high) {
-        return Call(TEXT("NetOutputProbabilityOfPredictionVBA"), {inputs, iris, none, low, high});
-    };
-    const Value distant = Row({5.1, 3.5, 99.0, -7.0});
-    const Value low = Row({Empty{}, Empty{}, Empty{}, 0.2});
-    const Value high = Row({10.0, 10.0, 1.4, Empty{}});
-    EXPECT_EQ(ask(distant, low, high), ask(setosa, none, none));
-    EXPECT_NE(ask(distant, low, none), ask(setosa, none, none));
-    EXPECT_EQ(ask(distant, Row({0.0, 0.0, 5.0, 0.0}), high), Value(ErrorValue{xlerrNum}));
-}
-
 TEST_F(CompanionTest, AnswersWrongShapesAndNamesWithErrors) {
     const auto category = [&](const Value& name) {
         return Call(TEXT("NetOutputProbabilityOfCategoryVBA"), {setosa, iris, name, none, none, none});

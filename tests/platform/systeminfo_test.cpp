@@ -50,14 +50,6 @@ TEST(OsVersion, NamesFollowTheirTable) {
     }
 }
 
-TEST(OsVersion, OfThisSystemAgreesWithItself) {
-    const OSVERSIONINFOEXW version = GetOsVersionInfo();
-    EXPECT_EQ(OsVersionNumber(), version.dwMajorVersion * 1000 + version.dwMinorVersion);
-    EXPECT_EQ(OsName(), detail::OsNameOf(version, Is64BitWindows(), false));
-    EXPECT_EQ(OsBuildString().Right(6), version.wProductType == 1 ? ".W.x86" : ".S.x86");
-    EXPECT_TRUE(Is64BitWindows() || sizeof(void*) == 4);
-}
-
 TEST(Cpu, FeaturesFollowTheirBits) {
     constexpr std::uint32_t fma = 1U << 12, both = 3U << 27, sse2 = 1U << 26, avx2 = 1U << 5;
     const struct {

@@ -52,12 +52,4 @@ TEST_F(Japanese, TokensCountWideUnits) {
     EXPECT_EQ(position, -1);
 }
 
-TEST_F(Japanese, ListsAndNumbersPassThroughTheCodePage) {
-    EXPECT_EQ(CStringWFromVectorCStringA({so}), TEXT("{ \"\x30bd\" }"));
-    EXPECT_EQ(CStringAFromSetCStringW({TEXT("\x30bd"), TEXT("\x30a2")}),
-              CStringA("{ \"") + a + "\",\"" + so + "\" }");
-    EXPECT_EQ(CStringWFromDouble(1.5, 3, '\xa5'), TEXT("1\xff65"
-                                                       "5"));  // of half width
-}
-
 }  // namespace

@@ -46,28 +46,6 @@ TEST(Lists, OfNumbersAndOfNothing) {
     EXPECT_EQ(CStringAFromSharedVectorDouble(std::make_shared<std::vector<double>>(2, 0.5)), "{ 0.5, 0.5 }");
 }
 
-TEST(Lists, AreShortened) {
-    constexpr auto most = Limits<std::uint32_t>::max();
-    const struct {
-        std::size_t size;
-        std::uint32_t head;
-        std::uint32_t tail;
-        const char* expected;
-    } rows[] = {
-        {10, 2, 2, "{ 1, 2, ..., 9, 10 }"}, {10, 2, 0, "{ 1, 2, ..., }"}, {10, 0, 2, "{ ..., 9, 10 }"},
-        {3, 2, 1, "{ 1, 2, 3 }"},           {3, 0, 0, "{ ..., }"},        {3, most, most, "{ 1, 2, 3 }"},
-        {3, 1, most, "{ 1, 2, 3 }"},
-    };
-    for (const auto& row : rows) {
-        std::vector<std::uint8_t> bytes(row.size);
-        for (std::size_t i = 0; i < row.size; ++i) bytes[i] = static_cast<std::uint8_t>(i + 1);
-        EXPECT_EQ(CStringAFromVectorByte(bytes, row.head, row.tail), row.expected);
-        const std::vector<double> doubles(bytes.begin(), bytes.end());
-        EXPECT_EQ(CStringAFromVectorDouble(doubles, row.head, row.tail), row.expected);
-        EXPECT_EQ(CStringWFromVectorDouble(doubles, row.head, row.tail), row.expected);
-    }
-}
-
 TEST(Lists, OfStrings) {
     EXPECT_EQ(CStringAFromVectorCStringA({"a\"b", "", CStringA("a\0b", 3)}), "{ \"a\"b\", \"\", \"a\" }");
     EXPECT_EQ(CStringWFromVectorCStringA({"\x80"}), TEXT("{ \"\x20ac\" }"));
@@ -98,15 +76,6 @@ TEST(Lists, HaveEveryDoubleAsTheFormatHasIt) {
     for (const double value : values)
         expected += (expected.empty() ? "{ " : ", ") + StdStringFormat("%g", value);
     EXPECT_EQ(StdStringFromVectorDouble(values), expected + " }");
-}
-
-TEST(Lists, OfAnyLength) {
-    for (const std::size_t length : {2045u, 2046u, 2047u, 2048u, 2049u, 100'000u}) {
-        const std::string text(length, 'x');
-        EXPECT_EQ(StdStringFromVectorStdString({text, "y"}), "{ \"" + text + "\", \"y\" }");
-        EXPECT_EQ(CStringAFromVectorBool(std::vector<bool>(length, true)).GetLength(),
-                  static_cast<int>(3 * length + 2));
-    }
 }
 
 }  // namespace

@@ -67,30 +67,6 @@ TYPED_TEST(AtlString, ConstructionAndConcatenation) {
     EXPECT_LT(Of<TypeParam>("_").CompareNoCase(a), 0);
 }
 
-TYPED_TEST(AtlString, TokenizeAndTrim) {
-    using Unit = typename TypeParam::XCHAR;
-    const struct {
-        const char *text, *delimiters;
-        int position;
-        const char* tokens;  // with the positions behind them
-    } rows[] = {
-        {",,a;b,", ",;", 0, "a4 b6 -1"}, {"abc", ",", 1, "bc4 -1"}, {",,,", ",", 0, "-1"},
-        {"abc", ",", -1, "-1"},          {"a b", "", 0, "a b4 -1"},
-    };
-    for (auto [text, delimiters, position, expected] : rows) {
-        const TypeParam source = Of<TypeParam>(text);
-        std::string tokens;
-        do {
-            tokens += tokens.empty() ? "" : " ";
-            tokens += Ascii(source.Tokenize(Units<Unit>(delimiters).c_str(), position));
-            tokens += std::to_string(position);
-        } while (position != -1);
-        EXPECT_EQ(tokens, expected);
-    }
-    EXPECT_EQ(Ascii(Of<TypeParam>(" \t\n\v\f\ra b \t\n").TrimRight()), " \t\n\v\f\ra b");
-    EXPECT_EQ(Ascii(Of<TypeParam>("xyayx").Trim(Units<Unit>("xy").c_str())), "a");
-}
-
 TYPED_TEST(AtlString, Format) {
     using Unit = typename TypeParam::XCHAR;
     TypeParam text = Of<TypeParam>("n");

@@ -3,7 +3,6 @@
 
 #include <windows.h>
 
-#include <random>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -20,18 +19,6 @@ TEST(Paths, BothSpellingsNameTheSameFile) {
     EXPECT_EQ(winapi::FullPath("/a/./b//c/../d"), "/a/b/d");
     for (const char16_t* none : {u"C:\\a", u"\\\\server\\share", u""}) {
         EXPECT_THROW(static_cast<void>(winapi::SystemPath(none)), winapi::Failure);
-    }
-}
-
-TEST(Paths, AnyBytesComeBackAsTheyWere) {
-    std::mt19937 random(5);  // NOLINT: the same bytes in each run
-    for (int round = 0; round < 5000; ++round) {
-        std::string bytes(random() % 12, '\0');
-        // Mostly lead and trail bytes, so that well-formed sequences come up.
-        for (char& byte : bytes)
-            byte = static_cast<char>(random() % 4 == 0 ? random() : 0x80 + random() % 0x80);
-        EXPECT_EQ(winapi::Utf8FromUtf16(winapi::Utf16FromUtf8(bytes)), bytes)
-            << testing::PrintToString(bytes);
     }
 }
 

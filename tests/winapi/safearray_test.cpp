@@ -15,33 +15,6 @@ SAFEARRAY* CopyOf(SAFEARRAY* array) {
     return copy;
 }
 
-TEST(SafeArray, TheLeftmostIndexRunsFastestAndBoundsAreKeptRightmostFirst) {
-    const Array array(VT_I4, {{2, 1}, {3, -1}, {2, 5}});
-    EXPECT_EQ(array->rgsabound[0].lLbound, 5);
-    LONG lower = 77, upper = 77;
-    EXPECT_EQ(SafeArrayGetLBound(array, 2, &lower), S_OK);
-    EXPECT_EQ(SafeArrayGetUBound(array, 2, &upper), S_OK);
-    EXPECT_EQ(lower, -1);
-    EXPECT_EQ(upper, 1);
-    EXPECT_EQ(SafeArrayGetLBound(array, 0, &lower), DISP_E_BADINDEX);
-    EXPECT_EQ(SafeArrayGetUBound(array, 4, &upper), DISP_E_BADINDEX);
-    for (LONG place = 0; place < 12; ++place) {
-        LONG at[] = {1 + place % 2, -1 + place / 2 % 3, 5 + place / 6}, value = 100 + place, read = 0;
-        EXPECT_EQ(SafeArrayPutElement(array, at, &value), S_OK);
-        EXPECT_EQ(array.Data<LONG>()[place], value);
-        EXPECT_EQ(SafeArrayGetElement(array, at, &read), S_OK);
-        EXPECT_EQ(read, value);
-    }
-    for (auto outside : {std::array<LONG, 3>{0, 0, 5}, {3, 0, 5}, {1, -2, 5}, {1, 0, 7}}) {
-        LONG value = 1;
-        EXPECT_EQ(SafeArrayGetElement(array, outside.data(), &value), DISP_E_BADINDEX);
-        EXPECT_EQ(SafeArrayPutElement(array, outside.data(), &value), DISP_E_BADINDEX);
-    }
-    const Array empty(VT_R8, {{3, 0}, {0, 5}});
-    EXPECT_EQ(SafeArrayGetUBound(empty, 2, &upper), S_OK);
-    EXPECT_EQ(upper, 4) << "ends below its start";
-}
-
 TEST(SafeArray, LocksHoldTheDataInPlace) {
     const Array array(VT_I4, {{2, 0}});
     EXPECT_EQ(SafeArrayUnlock(array), E_UNEXPECTED);
