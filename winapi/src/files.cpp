@@ -1,6 +1,7 @@
 #include "winapi/files.h"
 
 #include "filesharing.h"
+#include "filetime.h"
 #include "kernelobject.h"
 #include "openfile.h"
 #include "paths.h"
@@ -79,10 +80,7 @@ BOOL Transfer(HANDLE file, winapi::FileRight right, Unit* data, DWORD size, LPDW
 
 void TellTime(LPFILETIME target, const timespec& moment) noexcept {
     if (target == nullptr) return;
-    constexpr std::int64_t stepsPerSecond = 10'000'000, nanosecondsPerStep = 100;
-    constexpr std::int64_t secondsFrom1601To1970 = 11'644'473'600;
-    const auto steps =
-        (moment.tv_sec + secondsFrom1601To1970) * stepsPerSecond + moment.tv_nsec / nanosecondsPerStep;
+    const std::uint64_t steps = winapi::FileTimeFromTimespec(moment);
     *target = {static_cast<DWORD>(steps), static_cast<DWORD>(steps >> 32)};
 }
 

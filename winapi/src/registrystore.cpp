@@ -2,6 +2,7 @@
 
 #include "accounts.h"
 #include "failure.h"
+#include "filetime.h"
 #include "registrytext.h"
 
 #include <cerrno>
@@ -129,12 +130,9 @@ void RegistryStore::Save(RegistryNode& changed) {
 }
 
 std::uint64_t FileTimeNow() noexcept {
-    constexpr std::uint64_t stepsPerSecond = 10'000'000, nanosecondsPerStep = 100;
-    constexpr std::uint64_t secondsFrom1601To1970 = 11'644'473'600;
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
-    return (static_cast<std::uint64_t>(now.tv_sec) + secondsFrom1601To1970) * stepsPerSecond +
-           static_cast<std::uint64_t>(now.tv_nsec) / nanosecondsPerStep;
+    return FileTimeFromTimespec(now);
 }
 
 }  // namespace winapi

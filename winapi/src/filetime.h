@@ -1,0 +1,18 @@
+// Moments as Windows counts them.
+#pragma once
+
+#include <cstdint>
+
+#include <time.h>
+
+namespace winapi {
+
+// In steps of 100 nanoseconds since the start of the year 1601, as a FILETIME counts.
+[[nodiscard]] inline std::uint64_t FileTimeFromTimespec(const timespec& moment) noexcept {
+    constexpr std::int64_t stepsPerSecond = 10'000'000, nanosecondsPerStep = 100;
+    constexpr std::int64_t secondsFrom1601To1970 = 11'644'473'600;
+    return static_cast<std::uint64_t>((moment.tv_sec + secondsFrom1601To1970) * stepsPerSecond +
+                                      moment.tv_nsec / nanosecondsPerStep);
+}
+
+}  // namespace winapi
