@@ -105,7 +105,7 @@ void MoveBand(std::span<Row, BandRows> band, const Strip<Place>& strip, std::siz
 // down are fetched early, since no processor foresees them.
 template <typename Way, typename Row, typename Place>
 void MoveMatrix(std::span<Row> matrix, std::size_t columns, Place* block) noexcept {
-    constexpr std::size_t stripColumns = 128;
+    constexpr std::size_t stripColumns = 64;
     constexpr std::size_t rowsAhead = 4 * BandRows;
     const std::size_t rows = matrix.size();
     for (std::size_t left = 0; left < columns; left += stripColumns) {

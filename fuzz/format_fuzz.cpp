@@ -15,15 +15,19 @@ namespace {
 // precision the dialects differ where many digits may be asked for.
 std::string Specification(const std::uint8_t* bytes, const char* size, const char* conversions,
                           int mostPrecision) {
+    const char conversion = conversions[bytes[2] % std::strlen(conversions)];
+    // The GNU C library loses a digit of %#g where rounding gives a new whole one: "%#.2g" of 99.6 is 1.e+02
+    // there.
+    const bool mayBeFull = conversion != 'g' && conversion != 'G';
     std::string text = "%";
     for (int flag = 0; flag < 5; ++flag) {
-        if ((bytes[0] >> flag & 1) != 0) text += "-+ #0"[flag];
+        if ((bytes[0] >> flag & 1) != 0 && (mayBeFull || flag != 3)) text += "-+ #0"[flag];
     }
     if (bytes[1] < 128) text += std::to_string(bytes[1] % 40 + 1);
     if (bytes[0] >= 128 || mostPrecision != 40) {
         text += "." + std::to_string((bytes[2] * 4 + (bytes[0] >> 5 & 3)) % (mostPrecision + 1));
     }
-    return text + size + conversions[bytes[2] % std::strlen(conversions)];
+    return text + size + conversion;
 }
 
 template <typename Value>
