@@ -130,6 +130,17 @@ class Reader {
     std::string_view rest_;
 };
 
+// Refuses a path of no name and one that is longer or deeper than any key's.
+RegistryNode& MadeKey(RegistryNode& root, const std::u16string& path) {
+    try {
+        RegistryNode& key = root.Make(path, 0);
+        if (&key != &root) return key;
+    } catch (const Failure&) {
+        throw Failure{ERROR_BADDB};
+    }
+    throw Failure{ERROR_BADDB};
+}
+
 std::vector<BYTE> TakeData(Reader& reader) {
     if (!reader.IsAt('"')) return reader.TakeBytes();
     const std::u16string text = reader.TakeQuoted();
@@ -159,13 +170,15 @@ RegistryNode RegistryFromText(std::string_view text) {
     Reader reader(text);
     reader.Expect(header);
     RegistryNode root = EmptyRegistry();
-    RegistryNode* key = &root;
+    RegistryNode* key = nullptr;  // whose values the next lines are
     while (!reader.IsAtEnd()) {
         if (reader.IsAt('[')) {
             reader.Expect("[");
-            key = &root.Make(reader.TakeQuoted(), 0);
+            key = &MadeKey(root, reader.TakeQuoted());
             reader.Expect("] ");
             key->lastWrite = reader.TakeNumber<std::uint64_t>(16, 16);
+        } else if (key == nullptr) {
+            throw Failure{ERROR_BADDB};
         } else {
             RegistryValue value{reader.TakeQuoted(), 0, {}};
             reader.Expect("=");
