@@ -19,7 +19,11 @@ namespace {
 std::vector<BYTE> ResourceOf(LPCWSTR path) {
     if (path == nullptr) throw Failure{ERROR_INVALID_PARAMETER};
     if (*path == u'\0') throw Failure{ERROR_BAD_PATHNAME};
-    return winapi::ReadVersionResource(winapi::SystemPath(path));
+    std::vector<BYTE> block = winapi::ReadVersionResource(winapi::SystemPath(path));
+    // Its readers know of its length what its first words say.
+    constexpr std::size_t header = 3 * sizeof(WORD);
+    if (block.size() < header) throw Failure{ERROR_RESOURCE_DATA_NOT_FOUND};
+    return block;
 }
 
 // One node of the block (Microsoft's "VS_VERSIONINFO", "StringFileInfo" and so on have one form): three
