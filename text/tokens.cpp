@@ -1,51 +1,13 @@
 #include "text/tokens.h"
 
 #include "text/ansicodepage.h"
+#include "text/unitset.h"
 
 #include <algorithm>
-#include <array>
 
 namespace {
 
-// A set of units, which is small as a rule.
-template <typename Unit>
-class UnitSet {
-  public:
-    explicit UnitSet(std::basic_string_view<Unit> units) noexcept : units_(units) {
-        // Those that a block is searched for: the last one takes the places that are left.
-        const std::size_t count = std::min(units.size(), needles_.size());
-        if (count > 0)
-            std::fill(std::copy_n(units.begin(), count, needles_.begin()), needles_.end(), units[count - 1]);
-    }
-    [[nodiscard]] bool Holds(Unit unit) const noexcept { return units_.find(unit) != units_.npos; }
-
-    // The first place of a unit of the set, or `end`.
-    [[nodiscard]] const Unit* FindIn(const Unit* begin, const Unit* end) const noexcept {
-        if (units_.empty()) return end;
-        if (units_.size() <= needles_.size()) {
-            while (static_cast<std::size_t>(end - begin) >= blockSize && !IsInBlock(begin))
-                begin += blockSize;
-        }
-        return std::find_if(begin, end, [this](Unit unit) { return Holds(unit); });
-    }
-
-  private:
-    static constexpr std::size_t blockSize = 64 / sizeof(Unit);
-
-    // Goes through the whole block, so that the compiler makes vector instructions of it.
-    [[nodiscard]] bool IsInBlock(const Unit* block) const noexcept {
-        const auto [a, b, c] = needles_;
-        std::make_unsigned_t<Unit> found = 0;
-        for (std::size_t i = 0; i < blockSize; ++i) {
-            const int isOne = (block[i] == a) | (block[i] == b) | (block[i] == c);
-            found = static_cast<std::make_unsigned_t<Unit>>(found | isOne);
-        }
-        return found != 0;
-    }
-
-    std::basic_string_view<Unit> units_;
-    std::array<Unit, 3> needles_{};
-};
+using detail::UnitSet;
 
 template <typename Unit>
 struct Token {

@@ -112,7 +112,11 @@ CStringT<Unit>::CStringT(PCYSTR text) : CStringT(text, CStringT<YCHAR>::StringLe
 
 template <typename Unit>
 CStringT<Unit>::CStringT(PCXSTR text, int length) : CStringT() {
-    Append(text, length);
+    if (text == nullptr || length <= 0) return;
+    CStringT made = WithCapacity(CheckedLength(length));
+    std::char_traits<XCHAR>::copy(made.text_, text, static_cast<std::size_t>(length));
+    made.SetLength(length);
+    Swap(made);
 }
 
 template <typename Unit>

@@ -237,8 +237,10 @@ class CStringT {
     void Retain() noexcept {
         if (text_ != Nil()) Head().references.fetch_add(1, std::memory_order_relaxed);
     }
+    // The only reference needs no atomic subtraction: nobody else could add one meanwhile.
     void Release() noexcept {
-        if (text_ != Nil() && Head().references.fetch_sub(1, std::memory_order_acq_rel) == 1) Free(&Head());
+        if (text_ == Nil()) return;
+        if (!IsShared() || Head().references.fetch_sub(1, std::memory_order_acq_rel) == 1) Free(&Head());
     }
 
     static CStringT Joined(PCXSTR left, int length, const CStringT& right);
