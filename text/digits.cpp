@@ -96,6 +96,21 @@ void WriteTwoDigits(unsigned value, char* target) noexcept {
     std::copy_n(twoDigits + std::size_t{2} * value, 2, target);
 }
 
+// The decimal digits of a whole number, the last of them before `end`.
+void WriteWhole(std::uint64_t value, char* end) noexcept {
+    // In the machine's own size as soon as it fits: 32-bit machines divide 64 bits slowly.
+    for (; value > std::numeric_limits<unsigned>::max(); value /= 100) {
+        WriteTwoDigits(static_cast<unsigned>(value % 100), end -= 2);
+    }
+    auto rest = static_cast<unsigned>(value);
+    for (; rest >= 100; rest /= 100) WriteTwoDigits(rest % 100, end -= 2);
+    if (rest >= 10) {
+        WriteTwoDigits(rest, end - 2);
+    } else {
+        end[-1] = static_cast<char>('0' + rest);
+    }
+}
+
 // Up to 15 digits of a normal double, as a whole number: the value times a power of ten, which is rounded
 // once and so is off by no more than half its last bit. Gives false if that leaves it open which way to
 // round.
@@ -119,7 +134,7 @@ bool QuickDigits(double value, int count, char* digits, int& point) noexcept {
         whole = limit / 10;
         ++point;
     }
-    detail::WriteBackwards(static_cast<unsigned long long>(whole), digits + count);
+    WriteWhole(static_cast<std::uint64_t>(whole), digits + count);
     return true;
 }
 
@@ -147,26 +162,6 @@ int SignificantDigits(double value, int count, Ties ties, char* digits) noexcept
     if (next == '5' && shortest.count == count + 1) return ExactDigits(value, count, ties, digits);
     std::copy_n(shortest.digits, count, digits);
     return shortest.point + (next >= '5' && Increment(digits, count) ? 1 : 0);
-}
-
-char* WriteBackwards(unsigned long long value, char* end) noexcept {
-    // In the machine's own size as soon as it fits: 32-bit machines divide 64 bits slowly.
-    for (; value > std::numeric_limits<unsigned>::max(); value /= 100) {
-        WriteTwoDigits(static_cast<unsigned>(value % 100), end -= 2);
-    }
-    auto rest = static_cast<unsigned>(value);
-    for (; rest >= 100; rest /= 100) WriteTwoDigits(rest % 100, end -= 2);
-    if (rest >= 10) {
-        WriteTwoDigits(rest, end -= 2);
-    } else {
-        *--end = static_cast<char>('0' + rest);
-    }
-    return end;
-}
-
-void WriteThreeDigits(unsigned value, char* target) noexcept {
-    target[0] = static_cast<char>('0' + value / 100);
-    WriteTwoDigits(value % 100, target + 1);
 }
 
 }  // namespace detail

@@ -14,9 +14,4 @@ inline constexpr int mostDigits = 348;
 // result.
 int SignificantDigits(double value, int count, Ties ties, char* digits) noexcept;
 
-// The decimal text of a whole number, backwards from `end`; gives its first character. 20 characters at most.
-char* WriteBackwards(unsigned long long value, char* end) noexcept;
-// The lowest three digits of `value`, with leading zeros, into three characters.
-void WriteThreeDigits(unsigned value, char* target) noexcept;
-
 }  // namespace detail

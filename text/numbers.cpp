@@ -11,6 +11,11 @@
 namespace {
 
 template <typename Unit>
+Unit Digit(unsigned value) noexcept {
+    return static_cast<Unit>('0' + value);
+}
+
+template <typename Unit>
 CStringT<Unit> Grouped(std::int64_t value, Unit separator) {
     Unit buffer[32];
     Unit* const end = std::end(buffer);
@@ -18,15 +23,16 @@ CStringT<Unit> Grouped(std::int64_t value, Unit separator) {
     const bool isNegative = value < 0;
     auto magnitude = static_cast<std::uint64_t>(value);
     if (isNegative) magnitude = 0 - magnitude;
-    while (magnitude > 999) {
-        char group[3];
-        detail::WriteThreeDigits(static_cast<unsigned>(magnitude % 1000), group);
-        magnitude /= 1000;
-        begin = std::copy_backward(group, group + 3, begin);
+    for (; magnitude > 999; magnitude /= 1000) {
+        const auto group = static_cast<unsigned>(magnitude % 1000);
+        *--begin = Digit<Unit>(group % 10);
+        *--begin = Digit<Unit>(group / 10 % 10);
+        *--begin = Digit<Unit>(group / 100);
         *--begin = separator;
     }
-    char group[4];
-    begin = std::copy_backward(detail::WriteBackwards(magnitude, group + 4), group + 4, begin);
+    for (auto first = static_cast<unsigned>(magnitude); begin == end || first > 0; first /= 10) {
+        *--begin = Digit<Unit>(first % 10);
+    }
     if (isNegative) *--begin = '-';
     return CStringT<Unit>(begin, static_cast<int>(end - begin));
 }
