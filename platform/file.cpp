@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <future>
 #include <limits>
 #include <string_view>
 #include <utility>
@@ -186,16 +187,28 @@ void File::append_range(File& source, std::int64_t offset, std::int64_t count) {
 }
 
 std::uint64_t File::crc64() {
-    constexpr std::int64_t chunk = 0x40000;
+    constexpr std::int64_t largestPortion = 0x200000;
     const std::int64_t position = tell();
     const std::int64_t count = size();
     seek(0);
     std::uint64_t state = ~std::uint64_t{0};
-    Bytes buffer(static_cast<std::size_t>(std::min(count, chunk)));
-    for (std::int64_t left = count; left > 0; left -= chunk) {
-        const auto length = static_cast<std::size_t>(std::min(left, chunk));
-        Read(buffer.data(), length);
-        state = Crc64Update(&state, buffer.data(), length);
+    // Another processor checks a portion while this one reads the next. What has no next is checked here, so
+    // that files of a single portion need no thread.
+    Bytes portions[2];
+    std::future<std::uint64_t> checking;
+    for (std::int64_t done = 0; done < count;) {
+        Bytes& portion = portions[done / largestPortion % 2];
+        portion.resize(static_cast<std::size_t>(std::min(count - done, largestPortion)));
+        Read(portion.data(), portion.size());
+        done += static_cast<std::int64_t>(portion.size());
+        if (checking.valid()) state = checking.get();
+        const auto check = [state, &portion] { return Crc64Update(&state, portion.data(), portion.size()); };
+        // Deferred: here after all, if no thread is to be had.
+        if (done < count) {
+            checking = std::async(std::launch::async | std::launch::deferred, check);
+        } else {
+            state = check();
+        }
     }
     seek(position);
     return ~state;

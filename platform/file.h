@@ -79,8 +79,9 @@ class File {
     void append(File& source);
     void append_range(File& source, std::int64_t offset, std::int64_t count);
 
-    // The CRC-64 of the whole file, as Crc64 has it, through 256 KiB of memory. The position stays, unless
-    // reading fails. Raises VexErrorSeekingFile and VexErrorReadingFile.
+    // The CRC-64 of the whole file, as Crc64 has it, through at most 4 MiB of memory. A file beyond 2 MiB is
+    // read on this thread and checked on others. The position stays, unless reading fails. Raises
+    // VexErrorSeekingFile and VexErrorReadingFile.
     [[nodiscard]] std::uint64_t crc64();
 
   private:
