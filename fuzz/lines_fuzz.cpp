@@ -46,7 +46,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const Scratch scratch;
     static const StdWString name = WStringFromUtf8(scratch.path.string());
     std::vector<std::uint8_t> bytes;
-    for (int times = size == 0 ? 0 : data[0] % 32 == 31 ? 3000 : data[0] % 32; times > 0; --times) {
+    for (int times = size == 0 ? 0 : data[0] % 32 == 31 ? 300 : data[0] % 32; times > 0; --times) {
         bytes.insert(bytes.end(), data + 1, data + size);
     }
     File file(name, TEXT("w+b"));
