@@ -128,9 +128,10 @@ bool IsNullVbArray(const SAFEARRAY* array) noexcept {
     return array == nullptr;
 }
 
-VbArrayLock::VbArrayLock(SAFEARRAY* locked) noexcept
-    : array(locked), data(locked == nullptr ? nullptr : locked->pvData) {
-    if (array != nullptr) SafeArrayLock(array);
+VbArrayLock::VbArrayLock(SAFEARRAY* locked) noexcept : array(locked), data(nullptr) {
+    if (array == nullptr) return;
+    SafeArrayLock(array);
+    data = array->pvData;
 }
 
 VbArrayLock::~VbArrayLock() {

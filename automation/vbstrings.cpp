@@ -4,6 +4,7 @@
 #include "errors/vex.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -58,7 +59,17 @@ void PutBstr(SAFEARRAY* array, LONG* indices, BSTR bstr) {
     const HRESULT stored = SafeArrayPutElement(array, indices, copies ? bstr : static_cast<void*>(&bstr));
     if (copies || FAILED(stored)) SysFreeString(bstr);
     if (stored == E_OUTOFMEMORY) throw VexOutOfMemory("AssignBstrW", VexCode::BstrAllocation);
-    if (FAILED(stored)) throw VexArraySizeError("VbArrayFromPairs", VexCode::FixedArraySize);
+    if (FAILED(stored)) throw VexArraySizeError("ReDimVbArray", VexCode::FixedArraySize);
+}
+
+// Whether each dimension has so many indices that count from `lowerBound`.
+bool HasIndices(const SAFEARRAY& array, std::span<const std::uint32_t> sizes,
+                std::int32_t lowerBound) noexcept {
+    return std::ranges::equal(std::span(array.rgsabound, array.cDims), sizes,
+                              [first = std::int64_t{lowerBound}](const SAFEARRAYBOUND& bound, auto size) {
+                                  return bound.lLbound <= first &&
+                                         first + size <= std::int64_t{bound.lLbound} + bound.cElements;
+                              });
 }
 
 // The strings of an array that holds BSTRs or Variants, in place and under a lock.
@@ -82,10 +93,12 @@ class StringElements {
     }
 
   private:
-    // An array that doesn't know its type may hold strings.
+    // An array that doesn't know its type may hold strings. One whose features say that it has a type need
+    // not have it written down.
     static bool MayBeStrings(SAFEARRAY* array) noexcept {
         VARTYPE type = VT_EMPTY;
-        return FAILED(SafeArrayGetVartype(array, &type)) || type == VT_BSTR || type == VT_VARIANT;
+        return (array->fFeatures & (FADF_BSTR | FADF_VARIANT)) != 0 ||
+               FAILED(SafeArrayGetVartype(array, &type)) || type == VT_EMPTY || type == VT_BSTR;
     }
 
     VbArrayLock lock_;
@@ -130,14 +143,22 @@ void AssignVbArrayFromVectorWString(bool ansiBytes, SAFEARRAY*& array, const std
 void VbArrayFromPairs(bool ansiBytes, SAFEARRAY*& array,
                       const std::vector<std::pair<StdWString, StdWString>>& pairs, std::int32_t lowerBound) {
     const std::uint32_t sizes[] = {2, detail::ArraySize(pairs.size())};
+    const std::int64_t end = std::int64_t{lowerBound} + std::max(sizes[0], sizes[1]);
+    if (!std::in_range<LONG>(end - 1)) throw VexOutOfMemory("ReDimVbArray", VexCode::ArrayAllocation);
+    if (array != nullptr && array->cDims == 2 && array->rgsabound[1].lLbound != lowerBound) {
+        DestroyVbArray(&array);
+    }
     ReDimForPointers(array, sizes, 0, lowerBound, [](int owned) { return owned == 0 || owned == FADF_BSTR; });
-    LONG row = lowerBound;
+    if (!HasIndices(*array, sizes, lowerBound)) {
+        throw VexArraySizeError("ReDimVbArray", VexCode::FixedArraySize);
+    }
+    std::int64_t row = lowerBound;
     for (const auto& [first, second] : pairs) {
-        LONG column = lowerBound;
+        std::int64_t column = lowerBound;
         for (const StdWString* const text : {&first, &second}) {
             BSTR bstr = nullptr;
             AssignBstrW(bstr, ansiBytes, *text);
-            LONG indices[] = {row, column++};
+            LONG indices[] = {static_cast<LONG>(row), static_cast<LONG>(column++)};
             PutBstr(array, indices, bstr);
         }
         ++row;

@@ -27,8 +27,9 @@ void AssignVbArrayFromVectorWString(bool ansiBytes, SAFEARRAY*& array, const std
 // Into the slot `array`, of so many rows by 2 columns: a(r, c) is the first or the second of a pair, each
 // index counted from `lowerBound`. The array doesn't own the strings: it holds their pointers as plain
 // values, its destruction doesn't free them, and what the slot's array held is overwritten. An array in the
-// slot that owns its strings gets copies. A fixed array with other bounds is refused by VexArraySizeError
-// with VexCode::FixedArraySize.
+// slot that owns its strings gets copies. A fixed array that lacks one of the indices is refused by
+// VexArraySizeError with VexCode::FixedArraySize, in the name of ReDimVbArray, before anything is stored.
+// After a raise midway the slot's array holds the strings made so far, which are the caller's to free.
 void VbArrayFromPairs(bool ansiBytes, SAFEARRAY*& array,
                       const std::vector<std::pair<StdWString, StdWString>>& pairs, std::int32_t lowerBound);
 

@@ -154,7 +154,7 @@ class SideBySide {
 
     const std::vector<CellBlock>& blocks_;
     const XXloperPtr& filler_;
-    std::vector<std::size_t> widths_;
+    std::vector<std::size_t, detail::MallocAllocator<std::size_t>> widths_;
     std::size_t columns_ = 0;
     std::size_t rows_ = 0;
 };

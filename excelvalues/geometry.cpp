@@ -164,9 +164,11 @@ std::int64_t XXloper::CellCount(bool countEmpty) const noexcept {
         case xltypeMulti: {
             const auto* const elements = static_cast<const XXloper*>(val.array.lparray);
             const std::uint64_t count = elements != nullptr ? ElementCount(*this) : 0;
-            std::int64_t cells = 0;
-            for (std::uint64_t i = 0; i < count; ++i) cells += elements[i].CellCount(countEmpty);
-            return cells;
+            std::uint64_t cells = 0;
+            for (std::uint64_t i = 0; i < count; ++i) {
+                cells += static_cast<std::uint64_t>(elements[i].CellCount(countEmpty));
+            }
+            return static_cast<std::int64_t>(cells);
         }
         case xltypeFlow:
         case xltypeMissing:

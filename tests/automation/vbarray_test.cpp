@@ -110,6 +110,31 @@ TEST(ReDim, RefusesWhatNoArrayCanHave) {
     }
 }
 
+TEST(VbArray, AnswersForNullAndEmptyShapes) {
+    SAFEARRAY* none = nullptr;
+    ReDimVbArray(none, Sizes{}, 8, 0, 0);
+    DestroyVbArray(nullptr);
+    DestroyVbArray(&none);
+    VbArrayFromVectorByte(nullptr, {1}, 0);
+    EXPECT_TRUE(IsNullVbArray(none) && VbArrayDimensions(none).empty());
+    EXPECT_EQ(VbArrayElementCount(none) + VbArrayLength(none), 0u);
+    std::uint32_t size = 99;
+    EXPECT_FALSE(IsSquareVbArray(none, size) || IsSquareVbArray(TestArray(VT_R8, {3}), size));
+    EXPECT_EQ(size, 99u);
+    const struct {
+        std::initializer_list<ULONG> counts;
+        std::size_t elements;
+        bool isSquare;
+    } cases[] = {{{0, 0}, 0, false}, {{2, 3}, 6, false}, {{3, 2}, 6, false}, {{3, 3}, 9, true}};
+    for (const auto& each : cases) {
+        const TestArray array(VT_R8, each.counts);
+        EXPECT_EQ(VbArrayElementCount(array), each.elements);
+        EXPECT_EQ(IsSquareVbArray(array, size), each.isSquare);
+        EXPECT_EQ(size, *each.counts.begin());
+        EXPECT_EQ(VbArrayLength(array), 0u);
+    }
+}
+
 template <typename Value, typename Write, typename Read>
 void ExpectRoundTrips(Write write, Read read) {
     for (const std::uint32_t size : {0U, 1U, 2U, 1000U}) {

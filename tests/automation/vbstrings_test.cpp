@@ -122,6 +122,13 @@ TEST(VbStrings, AnElementIsFetchedByItsPlace) {
     }
     EXPECT_TRUE(VectorCStringWFromBstrArray(nullptr, false).empty());
     EXPECT_TRUE(VectorWStringFromBstrArray(matrix, false).empty());
+    for (const int features : {0, FADF_BSTR | FADF_HAVEVARTYPE, FADF_VARIANT | FADF_HAVEVARTYPE}) {
+        const std::uint32_t size = 2, bytes = (features & FADF_VARIANT) != 0 ? sizeof(VARIANT) : sizeof(BSTR);
+        TestArray typeless;
+        ReDimVbArray(typeless.array, 1, &size, bytes, static_cast<std::uint16_t>(features), 0);
+        if ((features & FADF_VARIANT) != 0) static_cast<VARIANT*>(typeless->pvData)[1].vt = VT_BSTR;
+        EXPECT_EQ(CStringWFromBstrArray(typeless, false, 1), TEXT("")) << features;
+    }
 }
 
 TEST(VbStrings, PairsAreRowsOfTwoThatOwnNothing) {
@@ -137,10 +144,17 @@ TEST(VbStrings, PairsAreRowsOfTwoThatOwnNothing) {
     VbArrayFromPairs(false, owning.array, {{TEXT("old"), TEXT("pair")}}, 1);
     VbArrayFromPairs(false, owning.array, {{TEXT("new"), TEXT("")}}, 1);
     EXPECT_EQ(Contents(owning), (std::vector<std::string>{Wide(TEXT("new")), ""})) << "copies";
-    EXPECT_EQ(Raised([&] {
-                  VbArrayFromPairs(false, owning.array, {{TEXT("a"), TEXT("b")}}, 0);
-              }),
-              "VexArraySizeError VbArrayFromPairs 2632");
+    const auto raised = [](SAFEARRAY*& slot, std::int32_t lowerBound) {
+        return Raised([&] { VbArrayFromPairs(false, slot, {{TEXT("a"), TEXT("b")}}, lowerBound); });
+    };
+    for (const std::int32_t outside : {0, 2}) {
+        EXPECT_EQ(raised(owning.array, outside), "VexArraySizeError ReDimVbArray 2632");
+    }
+    EXPECT_EQ(Contents(owning), (std::vector<std::string>{Wide(TEXT("new")), ""}));
+    TestArray other(VT_BSTR, {1, 2}, 5);
+    EXPECT_EQ(raised(other.array, INT32_MAX - 1), "") << "made to fit";
+    for (const BSTR text : other.Data<BSTR>()) SysFreeString(text);
+    EXPECT_EQ(raised(other.array, INT32_MAX), "VexOutOfMemory ReDimVbArray 2634");
 }
 
 // What a reader makes of a VARIANT with the array, as texts in brackets, or what it raises.

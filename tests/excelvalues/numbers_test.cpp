@@ -149,6 +149,8 @@ TEST(FromVariant, NumbersTruthAndTexts) {
         {Variant(VT_UI2, USHORT{0xFFFF}), 65535},
         {Variant(VT_I4, 0x80000000), -2147483647 - 1},
         {Variant(VT_UI4, 0xFFFFFFFF), -1},
+        {Variant(VT_INT, 7), 7},
+        {Variant(VT_UINT, 0xFFFFFFFE), -2},
         {Variant(VT_R4, 0.1F), static_cast<double>(0.1F)},
         {Variant(VT_R8, HUGE_VAL), HUGE_VAL},
         {Variant(VT_DATE, 45000.25), 45000.25},

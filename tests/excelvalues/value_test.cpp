@@ -126,6 +126,19 @@ TEST(Makers, StringsKeepUpTo32767UnitsBeforeTheFirstZero) {
     EXPECT_EQ(ValueFrom(*XXloperFromString("\x80 \xE9")), Value(Text(TEXT("\x20AC \xE9"))));
 }
 
+TEST(Makers, LentBytesAndElementsAreNotCopied) {
+    const std::vector<BYTE> bytes = {1, 2, 3};
+    const XXloperPtr blob = XXloperFromBlob(bytes);
+    EXPECT_EQ(blob->xltype, DWORD{xltypeBigData});
+    EXPECT_EQ(blob->val.bigdata.h.lpbData, bytes.data());
+    EXPECT_EQ(blob->val.bigdata.cbData, 3);
+    XLOPER12 record = Typed(xltypeStr), element = Typed(xltypeInt);
+    SetSingleCellArray(record, &element);
+    EXPECT_EQ(record.xltype, DWORD{xltypeMulti});
+    EXPECT_EQ(record.val.array.lparray, &element);
+    EXPECT_EQ(record.val.array.rows * record.val.array.columns, 1);
+}
+
 TEST(Makers, NoMemoryRaisesBadAllocAndLeavesNothing) {
     for (const std::function<XXloperPtr()>& make : std::initializer_list<std::function<XXloperPtr()>>{
              [] { return XXloperFromInt(1); }, [] { return XXloperFromVariant(VARIANT{}); },
