@@ -144,7 +144,8 @@ void VbArrayFromPairs(bool ansiBytes, SAFEARRAY*& array,
                       const std::vector<std::pair<StdWString, StdWString>>& pairs, std::int32_t lowerBound) {
     const std::uint32_t sizes[] = {2, detail::ArraySize(pairs.size())};
     const std::int64_t end = std::int64_t{lowerBound} + std::max(sizes[0], sizes[1]);
-    if (!std::in_range<LONG>(end - 1)) throw VexOutOfMemory("ReDimVbArray", VexCode::ArrayAllocation);
+    // Systems look for an index below the sum of lower bound and count, in 32 bits.
+    if (!std::in_range<LONG>(end)) throw VexOutOfMemory("ReDimVbArray", VexCode::ArrayAllocation);
     if (array != nullptr && array->cDims == 2 && array->rgsabound[1].lLbound != lowerBound) {
         DestroyVbArray(&array);
     }
