@@ -113,10 +113,9 @@ CStringT<Unit>::CStringT(PCYSTR text) : CStringT(text, CStringT<YCHAR>::StringLe
 template <typename Unit>
 CStringT<Unit>::CStringT(PCXSTR text, int length) : CStringT() {
     if (text == nullptr || length <= 0) return;
-    CStringT made = WithCapacity(CheckedLength(length));
-    std::char_traits<XCHAR>::copy(made.text_, text, static_cast<std::size_t>(length));
-    made.SetLength(length);
-    Swap(made);
+    *this = WithCapacity(CheckedLength(length));
+    std::char_traits<XCHAR>::copy(text_, text, static_cast<std::size_t>(length));
+    SetLength(length);
 }
 
 template <typename Unit>
@@ -321,7 +320,8 @@ template <typename Unit>
 CStringT<Unit> CStringT<Unit>::Mid(int first, int count) const {
     const int begin = std::clamp(first, 0, GetLength());
     const int taken = std::min(count, GetLength() - begin);
-    return taken == GetLength() ? *this : CStringT(text_ + begin, taken);
+    if (taken == GetLength()) return *this;
+    return CStringT(text_ + begin, taken);
 }
 
 template <typename Unit>
