@@ -121,17 +121,13 @@ TEST(VbArray, AnswersForNullAndEmptyShapes) {
     std::uint32_t size = 99;
     EXPECT_FALSE(IsSquareVbArray(none, size) || IsSquareVbArray(TestArray(VT_R8, {3}), size));
     EXPECT_EQ(size, 99u);
-    const struct {
-        std::initializer_list<ULONG> counts;
-        std::size_t elements;
-        bool isSquare;
-    } cases[] = {{{0, 0}, 0, false}, {{2, 3}, 6, false}, {{3, 2}, 6, false}, {{3, 3}, 9, true}};
-    for (const auto& each : cases) {
-        const TestArray array(VT_R8, each.counts);
-        EXPECT_EQ(VbArrayElementCount(array), each.elements);
-        EXPECT_EQ(IsSquareVbArray(array, size), each.isSquare);
-        EXPECT_EQ(size, *each.counts.begin());
-        EXPECT_EQ(VbArrayLength(array), 0u);
+    for (const ULONG rows : {0u, 2u, 3u}) {
+        for (const ULONG columns : {0u, 3u}) {
+            const TestArray array(VT_R8, {rows, columns});
+            EXPECT_EQ(IsSquareVbArray(array, size), rows == 3 && columns == 3);
+            EXPECT_EQ(size, rows);
+            EXPECT_EQ(VbArrayElementCount(array), std::size_t{rows} * columns);
+        }
     }
 }
 
