@@ -2,11 +2,10 @@
 #pragma once
 
 #include "automation/automation.h"
-#include "errors/vex.h"
+#include "support/raised.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <initializer_list>
 #include <string>
 #include <vector>
@@ -43,19 +42,7 @@ struct TestArray {
     }
 };
 
-// What the body raises, as "key function code <argument>"; empty for nothing.
-inline std::string Raised(const std::function<void()>& body) {
-    const auto narrow = [](const CStringW& text) { return std::string(CStringA(text).GetString()); };
-    try {
-        body();
-        return "";
-    } catch (const VexException& record) {
-        std::string text =
-            narrow(record.key) + " " + narrow(record.function) + " " + std::to_string(record.code);
-        for (const CStringW& argument : record.args) text += " <" + narrow(argument) + ">";
-        return text;
-    }
-}
+using support::Raised;
 
 // The bytes behind a BSTR, and those of UTF-16 units.
 inline std::string BytesOf(BSTR text) {

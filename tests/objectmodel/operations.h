@@ -3,7 +3,7 @@
 
 #include "world.h"
 
-#include "errors/vex.h"
+#include "support/raised.h"
 
 #include <gtest/gtest.h>
 
@@ -154,12 +154,7 @@ std::string Outcome(const Body& body) {
         std::snprintf(text, sizeof(text), "com %08X", static_cast<unsigned>(error.Error()));
         return text;
     } catch (const VexException& raised) {
-        std::string text =
-            excelhost::Utf8(raised.key.GetString()) + ' ' + excelhost::Utf8(raised.function.GetString());
-        text += ' ' + std::to_string(raised.code);
-        for (const CStringW& argument : raised.args)
-            text += " <" + excelhost::Utf8(argument.GetString()) + '>';
-        return text;
+        return support::TextOf(raised);
     }
 }
 

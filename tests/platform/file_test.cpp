@@ -1,8 +1,8 @@
 #include "platform/file.h"
 
 #include "platform/checksums.h"
-#include "platform/diskerror.h"
 #include "support/folder.h"
+#include "support/raised.h"
 
 #include <functional>
 
@@ -106,29 +106,30 @@ TEST_F(Files, TellWhatTheyCanNotDo) {
         std::string raised;
     } rows[] = {
         {[&] { File(folder / TEXT("none"), TEXT("rb")); },
-         "VexErrorOpeningFile|File::File|2616|" + path("none")},
-        {[&] { File(nullptr, TEXT("rb")); }, "VexErrorOpeningFile|File::File|2616|"},
+         "VexErrorOpeningFile File::File 2616 <" + path("none") + ">"},
+        {[&] { File(nullptr, TEXT("rb")); }, "VexErrorOpeningFile File::File 2616 <>"},
         {[&] { reader.seek(-1234567, 2); },
-         "VexErrorSeekingFile|File::seek|2845|Error seeking to -1,234,567 from 2 in file \"" + path("read") +
-             "\"."},
+         "VexErrorSeekingFile File::seek 2845 <Error seeking to -1,234,567 from 2 in file \"" + path("read") +
+             "\".>"},
         {[&] { reader.read(six); },
-         "VexErrorReadingFile|File::read|2845|Error reading from file \"" + path("read") + "\"."},
+         "VexErrorReadingFile File::read 2845 <Error reading from file \"" + path("read") + "\".>"},
         {[&] { static_cast<void>((reader.seek(1), reader.read())); },
-         "VexErrorReadingFile|File::read|2845|Error reading from file \"" + path("read") + "\"."},
+         "VexErrorReadingFile File::read 2845 <Error reading from file \"" + path("read") + "\".>"},
         {[&] { reader.write("x", 1); },
-         "VexErrorWritingFile|File::write|2845|Error writing to file \"" + path("read") + "\"."},
+         "VexErrorWritingFile File::write 2845 <Error writing to file \"" + path("read") + "\".>"},
         {[&] { writer.append_range(reader, 3, 3); },
-         "VexErrorReadingFile|File::read|2845|Error reading from file \"" + path("read") + "\"."},
+         "VexErrorReadingFile File::read 2845 <Error reading from file \"" + path("read") + "\".>"},
         {[&] { closed.read(none); },
-         "VexErrorReadingFile|File::read|2845|Error reading from file \"" + path("closed") + "\"."},
+         "VexErrorReadingFile File::read 2845 <Error reading from file \"" + path("closed") + "\".>"},
         {[&] { closed.write(none); },
-         "VexErrorWritingFile|File::write|2845|Error writing to file \"" + path("closed") + "\"."},
+         "VexErrorWritingFile File::write 2845 <Error writing to file \"" + path("closed") + "\".>"},
         {[&] { static_cast<void>(closed.get_lines()); },
-         "VexErrorReadingFile|File::get_lines|2845|Error reading from file \"" + path("closed") + "\"."},
+         "VexErrorReadingFile File::get_lines 2845 <Error reading from file \"" + path("closed") + "\".>"},
         {[&] { static_cast<void>(closed.crc64()); },
-         "VexErrorSeekingFile|File::seek|2845|Error seeking to 0 from 2 in file \"" + path("closed") + "\"."},
+         "VexErrorSeekingFile File::seek 2845 <Error seeking to 0 from 2 in file \"" + path("closed") +
+             "\".>"},
     };
-    for (const auto& row : rows) EXPECT_EQ(DiskErrorOf(row.operation), row.raised);
+    for (const auto& row : rows) EXPECT_EQ(support::Raised(row.operation), row.raised);
     reader.seek(0);
     EXPECT_EQ(Text(reader.read()), "12345") << "open and usable";
 }
@@ -144,9 +145,9 @@ TEST_F(Files, BeyondFourGibibytesAreSoughtAndCopiedButNotReadWhole) {
     copy.seek(0);
     EXPECT_EQ(Text(copy.read()), std::string("\0end", 4));
     file.seek(0);
-    EXPECT_EQ(DiskErrorOf([&] { static_cast<void>(file.read()); }),
-              "VexErrorReadingFile|File::read|2845|The file \"" + Utf8FromWString(folder / TEXT("large")) +
-                  "\" contains too much data to be read into a vector<byte>.");
+    EXPECT_EQ(support::Raised([&] { static_cast<void>(file.read()); }),
+              "VexErrorReadingFile File::read 2845 <The file \"" + Utf8FromWString(folder / TEXT("large")) +
+                  "\" contains too much data to be read into a vector<byte>.>");
     EXPECT_EQ(file.tell(), 0);
 }
 

@@ -3,6 +3,7 @@
 #include "errors/vex.h"
 #include "support/allocations.h"
 #include "support/home.h"
+#include "support/raised.h"
 
 #include <new>
 #include <string>
@@ -42,16 +43,9 @@ TEST_F(Mutexes, AreFoundWithTheFlagsOfTheirCreatorAlone) {
 }
 
 TEST_F(Mutexes, ThatCanNotBeMadeRaise) {
-    try {
-        const Mutex mutex(TEXT("no\\name"), true, 0, nullptr);
-        FAIL();
-    } catch (const VexKernelObjectError& error) {
-        EXPECT_EQ(error.code, 2619);
-        EXPECT_EQ(error.function, TEXT("Mutex::Mutex"));
-        ASSERT_EQ(error.args.size(), 2U);
-        EXPECT_EQ(error.args[0], TEXT("3"));
-        EXPECT_EQ(error.args[1], TEXT("no\\name")) << "without prefix and suffix";
-    }
+    EXPECT_EQ(support::Raised([] { const Mutex mutex(TEXT("no\\name"), true, 0, nullptr); }),
+              "VexKernelObjectError Mutex::Mutex 2619 <3> <no\\name>")
+        << "without prefix and suffix";
 }
 
 TEST_F(Mutexes, LeaveNoHandleOpenAlsoWithoutMemory) {

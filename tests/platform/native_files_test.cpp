@@ -1,9 +1,9 @@
 // What only the stand-in, or the system below it, brings about: links, errors of streams, a full disk.
 #include "platform/directories.h"
-#include "platform/diskerror.h"
 #include "platform/file.h"
 #include "platform/winfile.h"
 #include "support/folder.h"
+#include "support/raised.h"
 
 #include <csignal>
 #include <fstream>
@@ -42,9 +42,9 @@ TEST_F(NativeFiles, OpenForWritingAloneGiveNoLines) {
     File file(path, TEXT("wb"));
     file.write("1\n2\n", 4);
     file.seek(0);
-    EXPECT_EQ(DiskErrorOf([&] { static_cast<void>(file.get_lines()); }),
-              "VexErrorReadingFile|File::get_lines|2845|Error reading from file \"" + Utf8FromWString(path) +
-                  "\".");
+    EXPECT_EQ(support::Raised([&] { static_cast<void>(file.get_lines()); }),
+              "VexErrorReadingFile File::get_lines 2845 <Error reading from file \"" + Utf8FromWString(path) +
+                  "\".>");
 }
 
 TEST_F(NativeFiles, OnAFullDiskAreReportedAndKeepWhatFitted) {
@@ -61,22 +61,22 @@ TEST_F(NativeFiles, OnAFullDiskAreReportedAndKeepWhatFitted) {
     {
         File file(path, TEXT("wb"));
         file.write(bytes);
-        raised[0] = DiskErrorOf([&] { file.write(bytes); });
+        raised[0] = support::Raised([&] { file.write(bytes); });
         kept[0] = static_cast<std::size_t>(file.size());
     }
     {
         WinFile file(path.c_str(), GENERIC_WRITE, 0, CREATE_ALWAYS, 0);
         file.write(bytes);
-        raised[1] = DiskErrorOf([&] { file.write({1, 2}); });
+        raised[1] = support::Raised([&] { file.write({1, 2}); });
         kept[1] = static_cast<std::size_t>(file.size());
-        raised[2] = DiskErrorOf([&] { file.write({1}); });
+        raised[2] = support::Raised([&] { file.write({1}); });
         kept[2] = GetLastError();
     }
     setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, handler);
-    const std::string sentence = "|2845|Error writing to file \"" + Utf8FromWString(path) + "\".";
-    EXPECT_EQ(raised[0], "VexErrorWritingFile|File::write" + sentence);
-    EXPECT_EQ(raised[1], "VexErrorWritingFile|WinFile::write" + sentence);
+    const std::string sentence = " 2845 <Error writing to file \"" + Utf8FromWString(path) + "\".>";
+    EXPECT_EQ(raised[0], "VexErrorWritingFile File::write" + sentence);
+    EXPECT_EQ(raised[1], "VexErrorWritingFile WinFile::write" + sentence);
     EXPECT_EQ(raised[2], raised[1]);
     EXPECT_EQ(kept[0], room);
     EXPECT_EQ(kept[1], room) << "a part of what was to be written";

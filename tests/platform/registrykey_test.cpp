@@ -3,10 +3,12 @@
 #include "errors/vex.h"
 #include "platform/securityattributes.h"
 #include "support/allocations.h"
+#include "support/raised.h"
 #include "support/registry.h"
 
 #include <windows.h>
 
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -33,22 +35,14 @@ class RegistryKeys : public testing::Test {
     RegistryKey key = Open();
 };
 
-// "code function args" of what a call raises, without the last error in the result's text, which the
-// registry's calls need not set, and with "@" for the test key's path; "" if it raises nothing.
-template <typename Expected, typename Call>
+// What a call raises, without the last error in the result's text, which the registry's calls need not set,
+// and with "@" for the test key's path.
+template <typename Call>
 std::string Raised(Call call) {
-    try {
-        call();
-        return "";
-    } catch (const Expected& error) {
-        CStringW text = CStringWFormat(TEXT("%d %s"), error.code, error.function);
-        for (CStringW arg : error.args) {
-            const int comma = arg.Find(TEXT(", err="));
-            if (arg == TEXT("HKEY_CURRENT_USER\\Software\\Kestrolumen")) arg = TEXT("@");
-            text += TEXT("|") + (comma >= 0 ? arg.Left(comma) : arg);
-        }
-        return CStringAFromWide(text.GetString()).GetString();
-    }
+    static const std::regex lastError(", err=-?\\d+"),
+        ownPath("HKEY_CURRENT_USER\\\\Software\\\\Kestrolumen>");
+    const std::string text = std::regex_replace(support::Raised(call), lastError, "");
+    return std::regex_replace(text, ownPath, "@>");
 }
 
 std::string Units(std::u16string_view text) {
@@ -67,12 +61,13 @@ TEST_F(RegistryKeys, AreMadeOnlyForWritingAndTellTheirNames) {
 
     const auto bogus = reinterpret_cast<HKEY>(static_cast<LONG_PTR>(0x7FFFFFF0));
     const WCHAR* const none = TEXT("Software\\None");
-    EXPECT_EQ(Raised<VexRegKeyOpenFailed>([&] { Open(KEY_READ, none); }),
-              "2602 RegistryKey::RegistryKey|(rc=2|HKEY_CURRENT_USER\\Software\\None");
-    EXPECT_NE(Raised<VexRegKeyOpenFailed>([&] { Open(KEY_SET_VALUE, none); }), "");
+    EXPECT_EQ(
+        Raised([&] { Open(KEY_READ, none); }),
+        "VexRegKeyOpenFailed RegistryKey::RegistryKey 2602 <(rc=2)> <HKEY_CURRENT_USER\\Software\\None>");
+    EXPECT_NE(Raised([&] { Open(KEY_SET_VALUE, none); }), "");
     EXPECT_FALSE(RegistryKey::Exists(HKEY_CURRENT_USER, none));
-    EXPECT_EQ(Raised<VexRegKeyCreateFailed>([&] { Open(KEY_WRITE, TEXT("a"), bogus); }),
-              "2603 RegistryKey::RegistryKey|(rc=6|\\a");
+    EXPECT_EQ(Raised([&] { Open(KEY_WRITE, TEXT("a"), bogus); }),
+              "VexRegKeyCreateFailed RegistryKey::RegistryKey 2603 <(rc=6)> <\\a>");
 }
 
 TEST_F(RegistryKeys, ValuesOfAllKindsComeBack) {
@@ -99,11 +94,11 @@ TEST_F(RegistryKeys, ValuesOfAllKindsComeBack) {
     key.ValueDelete("none");
     EXPECT_TRUE(key.ValueExists("bytes") && !key.ValueExists("none"));
     EXPECT_EQ(key.ValueReadStringW("none"), TEXT("")) << "missing, and swallowed";
-    EXPECT_EQ(Raised<VexRegValueDeleteFailed>([&] { key.ValueDelete(TEXT("none")); }),
-              "2606 RegistryKey::ValueDelete|(rc=2|none|@");
+    EXPECT_EQ(Raised([&] { key.ValueDelete(TEXT("none")); }),
+              "VexRegValueDeleteFailed RegistryKey::ValueDelete 2606 <(rc=2)> <none> <@>");
     RegistryKey reader = Open(KEY_READ);
-    EXPECT_EQ(Raised<VexRegValueWriteFailed>([&] { reader.ValueWrite(nullptr, 1); }),
-              "2605 RegistryKey::ValueWrite|(rc=5||@");
+    EXPECT_EQ(Raised([&] { reader.ValueWrite(nullptr, 1); }),
+              "VexRegValueWriteFailed RegistryKey::ValueWrite 2605 <(rc=5)> <> <@>");
 }
 
 TEST_F(RegistryKeys, TextIsReadWhateverItsEndAndItsLength) {
@@ -161,21 +156,20 @@ TEST_F(RegistryKeys, WrongKindsAndSizesRaiseAndLeaveTheDestinationAlone) {
         CStringW text = TEXT("42");
         std::vector<CStringW> list = {text};
         RegistryKey::Bytes bytes = {42};
-        using Error = VexRegValueReadFailed;
         const std::string raised[] = {
-            Raised<Error>([&] { key.ValueRead(row.name, number); }),
-            Raised<Error>([&] { key.ValueRead(row.name, text); }),
-            Raised<Error>([&] { key.ValueRead(row.name, list); }),
-            Raised<Error>([&] { key.ValueRead(row.name, bytes); }),
-            Raised<Error>([&] { static_cast<void>(key.ValueReadInt64(row.name)); }),
+            Raised([&] { key.ValueRead(row.name, number); }),
+            Raised([&] { key.ValueRead(row.name, text); }),
+            Raised([&] { key.ValueRead(row.name, list); }),
+            Raised([&] { key.ValueRead(row.name, bytes); }),
+            Raised([&] { static_cast<void>(key.ValueReadInt64(row.name)); }),
         };
         const bool changed[] = {number != 42, text != TEXT("42"), list.size() != 1, bytes.size() != 1,
                                 row.codes[4] == 0};
         for (std::size_t i = 0; i < 5; ++i) {
-            std::string expected =
-                std::to_string(row.codes[i]) + " RegistryKey::ValueRead" + (i == 4 ? "Int64|" : "|");
-            if (row.codes[i] == 2604) expected += row.kind == REG_NONE ? "(rc=2|" : "(rc=234|";
-            EXPECT_EQ(raised[i], row.codes[i] == 0 ? "" : expected + row.name + "|@");
+            std::string expected = std::string("VexRegValueReadFailed RegistryKey::ValueRead") +
+                                   (i == 4 ? "Int64 " : " ") + std::to_string(row.codes[i]);
+            if (row.codes[i] == 2604) expected += row.kind == REG_NONE ? " <(rc=2)>" : " <(rc=234)>";
+            EXPECT_EQ(raised[i], row.codes[i] == 0 ? "" : expected + " <" + row.name + "> <@>");
             EXPECT_EQ(changed[i], row.codes[i] == 0);
         }
     }
@@ -205,8 +199,8 @@ TEST_F(RegistryKeys, WalksGoDepthFirstAndCloseWhatTheyOpen) {
     }
     EXPECT_EQ(support::OpenHandles(), handles);
     RegDeleteTreeW(HKEY_CURRENT_USER, path);
-    EXPECT_EQ(Raised<VexRegKeyEnumFailed>([&] { walk(key, false, true); }),
-              "2607 RegistryKey::SubkeysIteratePrivate|(rc=1018|@");
+    EXPECT_EQ(Raised([&] { walk(key, false, true); }),
+              "VexRegKeyEnumFailed RegistryKey::SubkeysIteratePrivate 2607 <(rc=1018)> <@>");
     EXPECT_TRUE(key.ValueNames(RegistryKey::anyKind).empty());
     EXPECT_EQ(key.LastWriteTime().dwHighDateTime, 0U);
 }

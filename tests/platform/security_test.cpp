@@ -1,9 +1,9 @@
 #include "platform/currentusersecurityattributes.h"
 
-#include "errors/vex.h"
 #include "platform/registrykey.h"
 #include "platform/securityattributes.h"
 #include "support/allocations.h"
+#include "support/raised.h"
 #include "support/registry.h"
 
 #include <windows.h>
@@ -76,14 +76,11 @@ TEST(CurrentUserAttributes, LeaveNothingBehindAndRaiseForAUserWhomNobodyKnows) {
                   std::free(CurrentUserSecurityAttributes::GetUserSID(GetCurrentUserName()));
               }),
               0);
-    try {
-        static_cast<void>(CurrentUserSecurityAttributes::GetUserSID(TEXT("no such user at all")));
-        FAIL();
-    } catch (const VexSecurityFunctionError& error) {
-        EXPECT_EQ(error.code, 2845);
-        EXPECT_EQ(error.function, TEXT("CurrentUserSecurityAttributes::GetUserSID"));
-        EXPECT_EQ(error.args, std::vector<CStringW>{TEXT("LookupAccountName err=1332")});
-    }
+    EXPECT_EQ(support::Raised([] {
+                  static_cast<void>(CurrentUserSecurityAttributes::GetUserSID(TEXT("no such user at all")));
+              }),
+              "VexSecurityFunctionError CurrentUserSecurityAttributes::GetUserSID 2845 "
+              "<LookupAccountName err=1332>");
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include "platform/winfile.h"
 
-#include "platform/diskerror.h"
 #include "support/folder.h"
+#include "support/raised.h"
 
 #include <functional>
 
@@ -53,28 +53,30 @@ TEST_F(WinFiles, TellWhatTheyCanNotDo) {
     closed.close();
     closed.flush();
     WinFile::Bytes none, one(1);
-    const std::string name = " file \"" + Utf8FromWString(path) + "\".",
-                      readerName = " file \"" + Utf8FromWString(folder / TEXT("r")) + "\".";
+    const std::string name = " file \"" + Utf8FromWString(path) + "\".>",
+                      readerName = " file \"" + Utf8FromWString(folder / TEXT("r")) + "\".>";
     const struct {
         std::function<void()> operation;
         std::string raised;
     } rows[] = {
         {[&] { WinFile(path.c_str(), GENERIC_READ, 0, CREATE_NEW, 0); },
-         "VexErrorOpeningFile|WinFile::WinFile|2616|" + Utf8FromWString(path)},
-        {[&] { reader.read(one); }, "VexErrorReadingFile|WinFile::read|2845|Error reading from" + readerName},
-        {[&] { reader.write(one); }, "VexErrorWritingFile|WinFile::write|2845|Error writing to" + readerName},
+         "VexErrorOpeningFile WinFile::WinFile 2616 <" + Utf8FromWString(path) + ">"},
+        {[&] { reader.read(one); },
+         "VexErrorReadingFile WinFile::read 2845 <Error reading from" + readerName},
+        {[&] { reader.write(one); },
+         "VexErrorWritingFile WinFile::write 2845 <Error writing to" + readerName},
         {[&] { reader.seek(-1000, FILE_CURRENT); },
-         "VexErrorSeekingFile|WinFile::seek|2845|Error seeking to -1,000 from 1 in" + readerName},
-        {[&] { closed.read(none); }, "VexErrorReadingFile|WinFile::read|2845|Error reading from" + name},
-        {[&] { closed.write(none); }, "VexErrorWritingFile|WinFile::write|2845|Error writing to" + name},
+         "VexErrorSeekingFile WinFile::seek 2845 <Error seeking to -1,000 from 1 in" + readerName},
+        {[&] { closed.read(none); }, "VexErrorReadingFile WinFile::read 2845 <Error reading from" + name},
+        {[&] { closed.write(none); }, "VexErrorWritingFile WinFile::write 2845 <Error writing to" + name},
         {[&] { closed.seek(0); },
-         "VexErrorSeekingFile|WinFile::seek|2845|Error seeking to 0 from 0 in" + name},
+         "VexErrorSeekingFile WinFile::seek 2845 <Error seeking to 0 from 0 in" + name},
         {[&] { static_cast<void>(closed.tell()); },
-         "VexErrorSeekingFile|WinFile::tell|2845|Error getting current file position in" + name},
+         "VexErrorSeekingFile WinFile::tell 2845 <Error getting current file position in" + name},
         {[&] { reader.append(closed); },
-         "VexErrorSeekingFile|WinFile::size|2845|Error getting current file size in" + name},
+         "VexErrorSeekingFile WinFile::size 2845 <Error getting current file size in" + name},
     };
-    for (const auto& row : rows) EXPECT_EQ(DiskErrorOf(row.operation), row.raised);
+    for (const auto& row : rows) EXPECT_EQ(support::Raised(row.operation), row.raised);
     EXPECT_EQ(GetHandleFileSize(closed.handle()), -1);
     EXPECT_EQ(SetHandlePosition(reader.handle(), -1), 0xFFFFFFFF);
 }
