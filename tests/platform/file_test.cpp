@@ -119,6 +119,8 @@ TEST_F(Files, TellWhatTheyCanNotDo) {
          "VexErrorWritingFile File::write 2845 <Error writing to file \"" + path("read") + "\".>"},
         {[&] { writer.append_range(reader, 3, 3); },
          "VexErrorReadingFile File::read 2845 <Error reading from file \"" + path("read") + "\".>"},
+        {[&] { static_cast<void>((writer.seek(0x400000), writer.write("x", 1), writer.crc64())); },
+         "VexErrorReadingFile File::read 2845 <Error reading from file \"" + path("written") + "\".>"},
         {[&] { closed.read(none); },
          "VexErrorReadingFile File::read 2845 <Error reading from file \"" + path("closed") + "\".>"},
         {[&] { closed.write(none); },
