@@ -5,7 +5,6 @@
 #include <windows.h>
 
 #include <array>
-#include <bit>
 #include <cstdio>
 #include <memory>
 #include <numeric>
@@ -29,39 +28,19 @@ constexpr Table<State> ReflectedTable(State polynomial) {
     return table;
 }
 
-// States of the CRC-64 are polynomials below its own, the highest bit for x^63. A message bit of zero
-// multiplies by x.
-constexpr std::uint64_t TimesX(std::uint64_t state) noexcept {
-    return state << 1 ^ (state >> 63) * detail::Crc64Polynomial;
-}
-
-constexpr std::uint64_t Times(std::uint64_t a, std::uint64_t b) noexcept {
-    std::uint64_t product = 0;
-    for (int bit = 63; bit >= 0; --bit) product = TimesX(product) ^ (b >> bit & 1) * a;
-    return product;
-}
-
-constexpr Table<std::uint64_t> HighestBitFirstTable() {
+constexpr Table<std::uint64_t> HighestBitFirstTable(std::uint64_t polynomial) {
     Table<std::uint64_t> table{};
     for (std::size_t byte = 0; byte < table.size(); ++byte) {
         std::uint64_t entry = std::uint64_t{byte} << 56;
-        for (int bit = 0; bit < 8; ++bit) entry = TimesX(entry);
+        for (int bit = 0; bit < 8; ++bit) entry = entry << 1 ^ (entry >> 63 ? polynomial : 0);
         table[byte] = entry;
     }
     return table;
 }
 
-// What 1, 2, 4, 8 ... bytes of zero multiply by.
-constexpr std::array<std::uint64_t, 64> Crc64ZerosTable() {
-    std::array<std::uint64_t, 64> factors{0x100};
-    for (std::size_t i = 1; i < factors.size(); ++i) factors[i] = Times(factors[i - 1], factors[i - 1]);
-    return factors;
-}
-
 constexpr auto crc16Table = ReflectedTable<std::uint16_t>(0xA001);
 constexpr auto crc32Table = ReflectedTable(detail::Crc32Polynomial);
-constexpr auto crc64Table = HighestBitFirstTable();
-constexpr auto crc64Zeros = Crc64ZerosTable();
+constexpr auto crc64Table = HighestBitFirstTable(detail::Crc64Polynomial);
 
 template <typename State>
 constexpr State ReflectedStep(const Table<State>& table, State state, unsigned char byte) noexcept {
@@ -139,13 +118,6 @@ std::uint64_t Crc64Update(const std::uint64_t* state, const void* data, std::siz
 std::uint64_t Crc64(const void* data, std::size_t length) noexcept {
     const std::uint64_t start = ~std::uint64_t{0};
     return ~Crc64Update(&start, data, length);
-}
-
-std::uint64_t Crc64OverZeros(std::uint64_t state, std::uint64_t count) noexcept {
-    for (; count != 0; count &= count - 1) {
-        state = Times(state, crc64Zeros[static_cast<std::size_t>(std::countr_zero(count))]);
-    }
-    return state;
 }
 
 std::int32_t ByteSum(const void* data, std::uint32_t length) noexcept {

@@ -34,11 +34,6 @@
                                         std::size_t length) noexcept;
 [[nodiscard]] std::uint64_t Crc64(const void* data, std::size_t length) noexcept;
 
-// The state that `count` bytes of zero leave, without going through them. The running form is linear: pieces
-// that are checked apart, all but the first from a state of 0, add up (by XOR) to the whole, each state taken
-// over as many zeros as bytes stand behind its piece.
-[[nodiscard]] std::uint64_t Crc64OverZeros(std::uint64_t state, std::uint64_t count) noexcept;
-
 // Crc64 of all arrays' bytes, one behind the other as they lie in memory.
 template <typename Element>
 [[nodiscard]] std::uint64_t Crc64OfArrays(const std::vector<std::vector<Element>>& arrays) noexcept {

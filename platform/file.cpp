@@ -4,15 +4,12 @@
 #include "platform/checksums.h"
 #include "platform/filerange.h"
 
-#include <emmintrin.h>
 #include <io.h>
 #include <stdio.h>
 
 #include <algorithm>
 #include <cstring>
-#include <future>
 #include <limits>
-#include <mutex>
 #include <string_view>
 #include <utility>
 
@@ -69,22 +66,6 @@ void MakeRoom(std::vector<std::string>& lines, std::int64_t taken, std::int64_t 
     const auto count = static_cast<double>(lines.size());
     const double expected = count * static_cast<double>(size) / static_cast<double>(taken);
     lines.reserve(static_cast<std::size_t>(std::clamp(1.02 * expected, 1.5 * count, 4 * count)) + 16);
-}
-
-// Two threads check a long file, each what it has read itself: bytes that went from one processor to the
-// other would cost more than their check. Together they hold 256 KiB of it.
-constexpr std::int64_t checkedAtOnce = 0x20000;
-constexpr std::int64_t leastForTwo = 0x200000;
-
-// A chunk is read in microseconds, if the system has it in memory. It takes longer than that to be woken.
-std::unique_lock<std::mutex> LockSoon(std::mutex& mutex) {
-    constexpr int looks = 1000;
-    for (int i = 0; i < looks; ++i) {
-        std::unique_lock lock(mutex, std::try_to_lock);
-        if (lock.owns_lock()) return lock;
-        _mm_pause();
-    }
-    return std::unique_lock(mutex);
 }
 
 }  // namespace
@@ -205,38 +186,17 @@ void File::append_range(File& source, std::int64_t offset, std::int64_t count) {
 }
 
 std::uint64_t File::crc64() {
+    constexpr std::int64_t chunk = 0x40000;
     const std::int64_t position = tell();
     const std::int64_t count = size();
     seek(0);
-
-    std::mutex reading;
-    std::int64_t done = 0;
-    // Fills `chunk` with the next bytes, or empties it behind the last ones, and gives their place.
-    const auto readNext = [&](Bytes& chunk) {
-        const auto lock = LockSoon(reading);
-        const std::int64_t place = std::exchange(done, count);  // for good, should the reading fail
-        chunk.resize(static_cast<std::size_t>(std::min(count - place, checkedAtOnce)));
-        Read(chunk.data(), chunk.size());
-        done = place + static_cast<std::int64_t>(chunk.size());
-        return place;
-    };
-    // Checks the chunks that it comes by, as if all other bytes were zeros.
-    const auto check = [&, count] {
-        std::uint64_t state = 0;
-        std::int64_t checked = 0;
-        Bytes chunk;
-        for (std::int64_t place = readNext(chunk); !chunk.empty(); place = readNext(chunk)) {
-            state = Crc64OverZeros(state, static_cast<std::uint64_t>(place - checked));
-            state = Crc64Update(&state, chunk.data(), chunk.size());
-            checked = place + static_cast<std::int64_t>(chunk.size());
-        }
-        return Crc64OverZeros(state, static_cast<std::uint64_t>(count - checked));
-    };
-    std::future<std::uint64_t> others;
-    // Deferred: nothing is left for it then, if no thread is to be had.
-    if (count > leastForTwo) others = std::async(std::launch::async | std::launch::deferred, check);
-    std::uint64_t state = Crc64OverZeros(~std::uint64_t{0}, static_cast<std::uint64_t>(count)) ^ check();
-    if (others.valid()) state ^= others.get();
+    std::uint64_t state = ~std::uint64_t{0};
+    Bytes buffer(static_cast<std::size_t>(std::min(count, chunk)));
+    for (std::int64_t left = count; left > 0; left -= chunk) {
+        const auto length = static_cast<std::size_t>(std::min(left, chunk));
+        Read(buffer.data(), length);
+        state = Crc64Update(&state, buffer.data(), length);
+    }
     seek(position);
     return ~state;
 }

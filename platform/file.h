@@ -79,9 +79,8 @@ class File {
     void append(File& source);
     void append_range(File& source, std::int64_t offset, std::int64_t count);
 
-    // The CRC-64 of the whole file, as Crc64 has it, through at most 256 KiB of memory. Of a file beyond 2
-    // MiB a second thread reads and checks every other part. The position stays, unless reading fails. Raises
-    // VexErrorSeekingFile and VexErrorReadingFile.
+    // The CRC-64 of the whole file, as Crc64 has it, through 256 KiB of memory. The position stays, unless
+    // reading fails. Raises VexErrorSeekingFile and VexErrorReadingFile.
     [[nodiscard]] std::uint64_t crc64();
 
   private:

@@ -32,7 +32,7 @@ std::string Text(const File::Bytes& bytes) {
 
 TEST_F(Files, AreWrittenReadCopiedAndSummedAtTheBoundsOfTheirBuffers) {
     const StdWString path = folder / TEXT("\u20AC \U0001F600"), copyPath = folder / TEXT("copy");
-    for (const std::size_t size : {0U, 1U, 0xFFFFU, 0x10000U, 0x10001U, 0x1FFFFCU, 0x1FFFFDU, 0x400000U}) {
+    for (const std::size_t size : {0U, 1U, 0xFFFFU, 0x10000U, 0x10001U, 0x3FFFCU, 0x3FFFDU}) {
         SCOPED_TRACE(size);
         const File::Bytes bytes = Counted(size);
         File file(path, TEXT("w+b"));
@@ -119,7 +119,7 @@ TEST_F(Files, TellWhatTheyCanNotDo) {
          "VexErrorWritingFile File::write 2845 <Error writing to file \"" + path("read") + "\".>"},
         {[&] { writer.append_range(reader, 3, 3); },
          "VexErrorReadingFile File::read 2845 <Error reading from file \"" + path("read") + "\".>"},
-        {[&] { static_cast<void>((writer.seek(0x400000), writer.write("x", 1), writer.crc64())); },
+        {[&] { static_cast<void>((writer.write("x", 1), writer.crc64())); },
          "VexErrorReadingFile File::read 2845 <Error reading from file \"" + path("written") + "\".>"},
         {[&] { closed.read(none); },
          "VexErrorReadingFile File::read 2845 <Error reading from file \"" + path("closed") + "\".>"},
