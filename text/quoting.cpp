@@ -7,6 +7,10 @@
 
 namespace {
 
+int CheckedLength(std::uint64_t length) {
+    return detail::CStringLength(length, "quoted text: longer than 2^31 - 2 units");
+}
+
 StdWStringView View(const CStringW& text) noexcept {
     return {text.GetString(), static_cast<std::size_t>(text.GetLength())};
 }
@@ -29,8 +33,7 @@ CStringW Doubled(StdWStringView head, StdWStringView middle, StdWStringView tail
     const auto quotes = static_cast<std::uint64_t>(std::count(middle.begin(), middle.end(), quote));
     const std::uint64_t length = head.size() + middle.size() + quotes + tail.size();
     CStringW doubled;
-    WCHAR* target =
-        doubled.GetBufferSetLength(detail::CStringLength(length, "quoted text: longer than 2^31 - 2 units"));
+    WCHAR* target = doubled.GetBufferSetLength(CheckedLength(length));
     target = std::copy(head.begin(), head.end(), target);
     target = WriteDoubled(middle, quote, target);
     std::copy(tail.begin(), tail.end(), target);
@@ -39,7 +42,7 @@ CStringW Doubled(StdWStringView head, StdWStringView middle, StdWStringView tail
 
 CStringW Undoubled(StdWStringView text, StdWStringView tail, WCHAR quote) {
     CStringW undoubled;
-    WCHAR* const begin = undoubled.GetBuffer(static_cast<int>(text.size() + tail.size()));
+    WCHAR* const begin = undoubled.GetBuffer(CheckedLength(text.size() + tail.size()));
     WCHAR* target = begin;
     for (std::size_t i = 0; i < text.size(); ++i) {
         *target++ = text[i];
