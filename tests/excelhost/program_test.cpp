@@ -2,7 +2,7 @@
 // ones.
 #include "excelhost/program.h"
 
-#include <windows.h>
+#include "support/folder.h"
 
 #include <gmock/gmock.h>
 
@@ -19,22 +19,9 @@ using testing::StartsWith;
 
 class ProgramTest : public ::testing::Test {
   protected:
-    ProgramTest() : folder_(std::filesystem::temp_directory_path() / Unique()) {
-        std::filesystem::create_directory(folder_);
-    }
-    ~ProgramTest() override {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
-    }
-
-    static std::string Unique() {
-        std::ostringstream name;
-        name << "excelhost-test-" << GetCurrentProcessId();
-        return name.str();
-    }
     // A sheet in a file; gives the name.
     std::string File(const std::string& text, const char8_t* name = u8"sheet.csv") {
-        const std::filesystem::path path = folder_ / name;
+        const std::filesystem::path path = folder_.Path() / name;
         std::ofstream(path, std::ios::binary) << text;
         const auto utf8 = path.u8string();
         return {utf8.begin(), utf8.end()};
@@ -52,7 +39,7 @@ class ProgramTest : public ::testing::Test {
         return Run(options);
     }
 
-    std::filesystem::path folder_;
+    const support::Folder folder_;
     std::string out;
     std::string err;
 };
@@ -132,10 +119,10 @@ TEST_F(ProgramTest, RefusesABadCommandLine) {
 TEST_F(ProgramTest, TellsWhichFileIsNotThere) {
     EXPECT_EQ(Run({"run", "no such.csv"}), kBadInput);
     EXPECT_EQ(err, "excelhost: no such.csv: can't be opened\n");
-    EXPECT_EQ(Run({"run", folder_.string()}), kBadInput);
+    EXPECT_EQ(Run({"run", folder_.Path().string()}), kBadInput);
     EXPECT_THAT(err, HasSubstr("is a folder"));
     const std::string sheet = File("1\n");
-    EXPECT_EQ(Run({"run", sheet}, folder_), kBadInput);
+    EXPECT_EQ(Run({"run", sheet}, folder_.Path()), kBadInput);
     EXPECT_THAT(err, AllOf(HasSubstr("there is no add-in"), HasSubstr("kestrolumen.xll")));
     EXPECT_EQ(Run({"run", sheet, "--addin", sheet}), kBadInput);
     EXPECT_THAT(err, HasSubstr("sheet.csv' can't be loaded"));

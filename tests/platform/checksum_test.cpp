@@ -1,12 +1,10 @@
 // Checksums beside models that work bit by bit.
 #include "platform/checksums.h"
 
-#include "support/home.h"
+#include "support/folder.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <numeric>
 #include <random>
 #include <string>
@@ -94,17 +92,16 @@ TEST(Checksums, ByteSumTakesTheSignOfItsSum) {
 }
 
 TEST(Checksums, OfFilesAreThoseOfTheirBytes) {
-    const auto path = std::filesystem::temp_directory_path() / "kestrolumen checksums";
-    const CStringW name = CStringWFromAnsi(path.string().c_str());
+    const support::Folder folder;
+    const CStringW name((folder / TEXT("file")).c_str());
     const std::size_t handles = support::OpenHandles();
     for (const std::size_t length : {0u, 5u, 65535u, 65536u, 200000u}) {
         const std::string bytes = "\r\n\x1A\n" + RandomBytes(length);  // what text mode would change
-        std::ofstream(path, std::ios::binary) << bytes.substr(4 * (length == 0));
+        folder.Write("file", bytes.substr(4 * (length == 0)));
         EXPECT_EQ(FileCrc32(name), length == 0 ? 0xFFFFFFFF : Crc32(bytes.data(), bytes.size())) << length;
     }
-    std::filesystem::remove(path);
-    EXPECT_EQ(FileCrc32(name), 0xFFFFFFFF) << "it is gone";
-    EXPECT_EQ(FileCrc32(CStringWFromAnsi(path.parent_path().string().c_str())), 0xFFFFFFFF) << "a folder";
+    EXPECT_EQ(FileCrc32(name + TEXT(" that isn't there")), 0xFFFFFFFF);
+    EXPECT_EQ(FileCrc32(CStringW((folder / TEXT("")).c_str())), 0xFFFFFFFF) << "a folder";
     EXPECT_EQ(support::OpenHandles(), handles);
 }
 

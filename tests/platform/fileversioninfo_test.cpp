@@ -1,12 +1,11 @@
 #include "platform/fileversioninfo.h"
 
 #include "platform/modulepaths.h"
-#include "support/home.h"
+#include "support/folder.h"
 
 #include <windows.h>
 
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -39,11 +38,9 @@ void LoadSpoilt(FileVersionInfo& info, const std::string& from, const std::strin
     for (auto at = bytes.find(from); at != std::string::npos; at = bytes.find(from, at + 1)) {
         bytes.replace(at, to.size(), to);
     }
-    const auto file = std::filesystem::temp_directory_path() /
-                      ("kestrolumen-fileversioninfo-" + std::to_string(GetCurrentProcessId()));
-    std::ofstream(file, std::ios::binary) << bytes;
-    info.Load(CStringW(file.c_str()));
-    std::filesystem::remove(file);
+    const support::Folder folder;
+    folder.Write("spoilt", bytes);
+    info.Load(CStringW((folder / TEXT("spoilt")).c_str()));
 }
 
 TEST(FileVersionInfo, ReadsAModule) {
