@@ -153,13 +153,13 @@ void VbArrayFromPairs(bool ansiBytes, SAFEARRAY*& array,
     if (!HasIndices(*array, sizes, lowerBound)) {
         throw VexArraySizeError("ReDimVbArray", VexCode::FixedArraySize);
     }
-    std::int64_t row = lowerBound;
+    LONG row = lowerBound;
     for (const auto& [first, second] : pairs) {
-        std::int64_t column = lowerBound;
+        LONG column = lowerBound;
         for (const StdWString* const text : {&first, &second}) {
             BSTR bstr = nullptr;
             AssignBstrW(bstr, ansiBytes, *text);
-            LONG indices[] = {static_cast<LONG>(row), static_cast<LONG>(column++)};
+            LONG indices[] = {row, column++};
             PutBstr(array, indices, bstr);
         }
         ++row;
