@@ -32,7 +32,7 @@ std::string Text(const File::Bytes& bytes) {
 
 TEST_F(Files, AreWrittenReadCopiedAndSummedAtTheBoundsOfTheirBuffers) {
     const StdWString path = folder / TEXT("\u20AC \U0001F600"), copyPath = folder / TEXT("copy");
-    for (const std::size_t size : {0U, 1U, 0xFFFFU, 0x10000U, 0x10001U, 0x3FFFCU, 0x3FFFDU}) {
+    for (const std::size_t size : {0U, 1U, 0xFFFFU, 0x10000U, 0x10001U, 0x3FFFCU, 0x3FFFDU, 0x400000U}) {
         SCOPED_TRACE(size);
         const File::Bytes bytes = Counted(size);
         File file(path, TEXT("w+b"));
