@@ -13,8 +13,7 @@ struct MODULEENTRY32W {
     DWORD th32ModuleID;
     DWORD th32ProcessID;
     DWORD GlblcntUsage;
-    DWORD
-    ProccntUsage;  // LoadLibraryW calls that no FreeLibrary has undone; 0xFFFF for what came without one
+    DWORD ProccntUsage;  // LoadLibraryW calls not undone by FreeLibrary; 0xFFFF for what came without one
     BYTE* modBaseAddr;
     DWORD modBaseSize;  // 0: not told
     HMODULE hModule;

@@ -10,14 +10,12 @@
 // cleared. It stays as it is when the conversion fails.
 //
 // - Numbers (whole and floating, VT_CY, VT_DECIMAL, VT_DATE as its days, VT_BOOL as -1 or 0) become each
-// other.
-//   Fractions are rounded half to even. DISP_E_OVERFLOW for what the type can't hold; whole numbers of the
-//   same width take over each other's bits.
+//   other. Fractions are rounded half to even. DISP_E_OVERFLOW for what the type can't hold; whole numbers
+//   of the same width take over each other's bits.
 // - VT_EMPTY becomes 0, false or an empty text. VT_NULL and VT_ERROR become nothing else. Numbers and texts
 //   may be made VT_EMPTY or VT_NULL.
 // - A number becomes text as in "-12.5" or "1E+15": 15 significant digits of a VT_R8, 7 of a VT_R4, all of
-// the
-//   others.
+//   the others.
 // - A text becomes a number if it is one: blanks around, a sign, digits with a decimal point, an exponent.
 //   A VT_BOOL also reads "True", "False", "#TRUE#" and "#FALSE#", in any case of letters.
 // - A VT_DATE becomes "3/15/2023 6:00:00 PM", without the time at midnight, without the date on day 0. Back
