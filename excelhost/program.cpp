@@ -1,5 +1,6 @@
 #include "excelhost/program.h"
 
+#include "excelhost/commandline.h"
 #include "excelhost/companion.h"
 #include "excelhost/session.h"
 #include "excelhost/sheet.h"
@@ -31,7 +32,7 @@ the add-in's functions:
 
 describe prints what the add-in knows of this machine, its folders and the add-in's own file.
 
-Options:
+Options (--option VALUE or --option=VALUE; "--" ends them):
   --addin FILE           the add-in; kestrolumen.xll beside this program if left out
   --companion NAME       the networks of the companion workbook: iris (its default), or none: no workbook is
                          loaded, so the add-in's functions aren't registered and give #NAME?
@@ -44,12 +45,6 @@ Exit code: 0 done; 1 something is wrong with the sheet or the add-in; 2 somethin
 3 the add-in leaked a value, freed one twice, or freed or changed one that it was only lent.
 )";
 
-// A mistake on the command line.
-class UsageError : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
-
 // Something wrong with what the command line names.
 class InputError : public std::runtime_error {
   public:
@@ -58,7 +53,7 @@ class InputError : public std::runtime_error {
 
 struct RunOptions {
     std::string sheet;
-    std::optional<std::string> addIn;
+    std::string addIn;  // beside the program when empty
     std::string companion = "iris";
     std::string workbookName = "XLA";
     bool trace = false;
@@ -68,45 +63,21 @@ std::filesystem::path PathFrom(const std::string& utf8) {
     return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
 }
 
-void RequireOneOf(const std::string& option, const std::string& value,
-                  std::span<const std::string_view> known) {
-    std::string names;
-    for (const std::string_view name : known) {
-        if (value == name) return;
-        names += (names.empty() ? "" : ", ") + std::string(name);
-    }
-    throw UsageError(option + " takes one of " + names + ", not '" + value + "'");
-}
-
 RunOptions ParseRunOptions(std::span<const std::string> arguments) {
-    RunOptions options;
-    for (auto next = arguments.begin(); next != arguments.end(); ++next) {
-        const std::string& argument = *next;
-        const auto value = [&]() -> const std::string& {
-            if (++next == arguments.end()) throw UsageError(argument + " needs a value");
-            return *next;
-        };
-        if (argument == "--trace") {
-            options.trace = true;
-        } else if (argument == "--addin") {
-            options.addIn = value();
-        } else if (argument == "--companion") {
-            options.companion = value();
-        } else if (argument == "--workbook-name") {
-            options.workbookName = value();
-        } else if (argument.starts_with("-")) {
-            throw UsageError("unknown option '" + argument + "'");
-        } else if (options.sheet.empty() && !argument.empty()) {
-            options.sheet = argument;
-        } else {
-            throw UsageError("one sheet is expected; what is '" + argument + "'?");
-        }
-    }
-    if (options.sheet.empty()) throw UsageError("the name of a sheet is missing");
-    RequireOneOf("--companion", options.companion, std::array<std::string_view, 2>{"iris", "none"});
-    RequireOneOf("--workbook-name", options.workbookName,
-                 std::array<std::string_view, 3>{"XLA", "XLS", "none"});
-    return options;
+    static constexpr std::array<std::string_view, 2> companions = {"iris", "none"};
+    static constexpr std::array<std::string_view, 3> workbookNames = {"XLA", "XLS", "none"};
+    RunOptions run;
+    const std::array options = {
+        SwitchOption("--trace", run.trace),
+        TextOption("--addin", run.addIn),
+        ChoiceOption("--companion", companions, run.companion),
+        ChoiceOption("--workbook-name", workbookNames, run.workbookName),
+    };
+    const std::vector<std::string> operands = ParseOptions(arguments, options);
+    if (operands.empty()) throw UsageError("the name of a sheet is missing");
+    if (operands.size() > 1) throw UsageError("one sheet is expected; what is '" + operands[1] + "'?");
+    run.sheet = operands.front();
+    return run;
 }
 
 std::string ReadFile(const std::string& name) {
@@ -114,7 +85,10 @@ std::string ReadFile(const std::string& name) {
     std::error_code error;
     if (std::filesystem::is_directory(path, error)) throw InputError(name + ": is a folder");
     std::ifstream file(path, std::ios::binary);
-    if (!file) throw InputError(name + ": can't be opened");
+    if (!file && !std::filesystem::exists(path, error) && !error) {
+        throw InputError(name + ": there is no such file");
+    }
+    if (!file) throw InputError(name + ": can't be opened, though it is there");
     std::string text{std::istreambuf_iterator<char>(file), {}};
     if (file.bad()) throw InputError(name + ": can't be read");
     return text;
@@ -179,7 +153,8 @@ std::vector<CellFault> Play(const RunOptions& options, const std::filesystem::pa
 int Run(const RunOptions& options, const std::filesystem::path& folder, std::ostream& out,
         std::ostream& err) try {
     Sheet sheet(ReadFile(options.sheet));
-    const std::filesystem::path addIn = options.addIn ? PathFrom(*options.addIn) : folder / "kestrolumen.xll";
+    const std::filesystem::path addIn =
+        options.addIn.empty() ? folder / "kestrolumen.xll" : PathFrom(options.addIn);
     Host host;
     TraceWriter trace(host, options.trace ? &err : nullptr);
     const std::vector<CellFault> faults = Play(options, addIn, host, trace, sheet);
@@ -192,7 +167,6 @@ int Run(const RunOptions& options, const std::filesystem::path& folder, std::ost
         err << "excelhost: the add-in's account isn't balanced\n";
         return kBadAccount;
     }
-    if (!out) throw InputError("the result can't be written");
     return faults.empty() ? kDone : kBadInput;
 } catch (const SheetFaults& faults) {
     PrintFaults(options.sheet, faults.All(), err);
@@ -204,17 +178,22 @@ int Run(const RunOptions& options, const std::filesystem::path& folder, std::ost
 
 }  // namespace
 
+int Finish(int code, std::ostream& out, std::ostream& err) {
+    const bool written = static_cast<bool>(out.flush());
+    if (!written) err << "excelhost: the output can't be written\n";
+    const bool told = static_cast<bool>(err.flush());
+    return code == kDone && !(written && told) ? kBadInput : code;
+}
+
 int RunProgram(std::span<const std::string> arguments, const std::filesystem::path& folder, std::ostream& out,
                std::ostream& err) try {
     if (arguments.empty()) throw UsageError("a command is missing");
-    for (const std::string& argument : arguments) {
-        if (argument == "--help" || argument == "-h") {
-            out << kHelp;
-            return kDone;
-        }
+    if (AsksForHelp(arguments)) {
+        out << kHelp;
+        return Finish(kDone, out, err);
     }
-    if (arguments.front() == "run") return Run(ParseRunOptions(arguments.subspan(1)), folder, out, err);
-    throw UsageError("unknown command '" + arguments.front() + "'");
+    if (arguments.front() != "run") throw UsageError("unknown command '" + arguments.front() + "'");
+    return Finish(Run(ParseRunOptions(arguments.subspan(1)), folder, out, err), out, err);
 } catch (const UsageError& error) {
     err << "excelhost: " << error.what() << "; 'excelhost --help' tells more\n";
     return kBadUsage;

@@ -1,5 +1,6 @@
 #include "excelhost/describe/describe.h"
 
+#include "excelhost/commandline.h"
 #include "excelhost/program.h"
 
 #include "errors/vex.h"
@@ -7,6 +8,7 @@
 #include "text/text.h"
 
 #include <algorithm>
+#include <array>
 #include <vector>
 
 namespace excelhost {
@@ -126,22 +128,21 @@ std::string Description(const CStringW& module) {
 }
 
 int RunDescribe(std::span<const std::string> arguments, const std::filesystem::path& folder,
-                std::ostream& out, std::ostream& err) {
-    const bool named = arguments.size() == 2 && arguments[0] == "--addin";
-    if (!named && !arguments.empty()) {
-        err << "excelhost: describe takes '--addin FILE' alone; 'excelhost --help' tells more\n";
-        return kBadUsage;
-    }
+                std::ostream& out, std::ostream& err) try {
     const auto beside = (folder / "kestrolumen.xll").u8string();
-    const std::string file = named ? arguments[1] : std::string(beside.begin(), beside.end());
-    const CStringW module = CStringWFromUtf8(file.data(), file.size());
+    std::string file(beside.begin(), beside.end());
+    const std::array options = {TextOption("--addin", file)};
+    if (!ParseOptions(arguments, options).empty()) throw UsageError("describe takes '--addin FILE' alone");
     try {
-        out << Description(module);
-        return kDone;
+        out << Description(CStringWFromUtf8(file.data(), file.size()));
+        return Finish(kDone, out, err);
     } catch (const VexDiskError&) {
         err << "excelhost: " << file << ": can't be read\n";
         return kBadInput;
     }
+} catch (const UsageError& error) {
+    err << "excelhost: " << error.what() << "; 'excelhost --help' tells more\n";
+    return kBadUsage;
 }
 
 }  // namespace excelhost

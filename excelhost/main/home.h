@@ -13,7 +13,8 @@ namespace excelhost {
 // The folder of the program's own file.
 [[nodiscard]] std::filesystem::path OwnFolder();
 
-// Keeps the standard output stream from changing line ends.
-void MakeStandardOutputBinary();
+// Keeps the standard output stream from changing line ends, and a closed pipe from ending the program
+// unheard.
+void PrepareStreams();
 
 }  // namespace excelhost

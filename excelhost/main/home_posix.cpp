@@ -1,5 +1,7 @@
 #include "home.h"
 
+#include <csignal>
+
 namespace excelhost {
 
 std::vector<std::string> ArgumentsFrom(int count, char** arguments) {
@@ -10,6 +12,8 @@ std::filesystem::path OwnFolder() {
     return std::filesystem::read_symlink("/proc/self/exe").parent_path();
 }
 
-void MakeStandardOutputBinary() {}
+void PrepareStreams() {
+    std::signal(SIGPIPE, SIG_IGN);
+}
 
 }  // namespace excelhost

@@ -26,7 +26,7 @@ std::filesystem::path OwnFolder() {
     return std::filesystem::path(path).parent_path();
 }
 
-void MakeStandardOutputBinary() {
+void PrepareStreams() {
     _setmode(_fileno(stdout), _O_BINARY);
 }
 

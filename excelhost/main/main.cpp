@@ -1,4 +1,5 @@
 // The program excelhost: a simulated Excel on the command line.
+#include "excelhost/commandline.h"
 #include "excelhost/describe/describe.h"
 #include "excelhost/program.h"
 
@@ -11,9 +12,9 @@
 #include <vector>
 
 int main(int count, char** arguments) try {
-    excelhost::MakeStandardOutputBinary();
+    excelhost::PrepareStreams();
     const std::vector<std::string> words = excelhost::ArgumentsFrom(count, arguments);
-    const bool describes = !words.empty() && words.front() == "describe";
+    const bool describes = !words.empty() && words.front() == "describe" && !excelhost::AsksForHelp(words);
     const std::span<const std::string> rest = std::span(words).subspan(describes ? 1 : 0);
     return (describes ? excelhost::RunDescribe : excelhost::RunProgram)(rest, excelhost::OwnFolder(),
                                                                         std::cout, std::cerr);

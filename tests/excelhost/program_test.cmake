@@ -15,7 +15,7 @@ endif()
 
 execute_process(COMMAND ${EMULATOR} "${PROGRAM}" run "${SCRATCH}/none.csv"
   OUTPUT_VARIABLE out ERROR_VARIABLE err RESULT_VARIABLE code)
-if(NOT code EQUAL 1 OR NOT err MATCHES "none.csv: can't be opened" OR NOT out STREQUAL "")
+if(NOT code EQUAL 1 OR NOT err MATCHES "none.csv: there is no such file" OR NOT out STREQUAL "")
   message(FATAL_ERROR "exit code ${code}, output '${out}', message '${err}'")
 endif()
 execute_process(COMMAND ${EMULATOR} "${PROGRAM}" RESULT_VARIABLE code ERROR_VARIABLE err)
@@ -45,4 +45,19 @@ execute_process(COMMAND ${EMULATOR} "${PROGRAM}" describe --addin "${SCRATCH}/no
   OUTPUT_VARIABLE out ERROR_VARIABLE err RESULT_VARIABLE code)
 if(NOT code EQUAL 1 OR NOT err MATCHES "none.xll: can't be read" OR NOT out STREQUAL "")
   message(FATAL_ERROR "exit code ${code}, output '${out}', message '${err}'")
+endif()
+
+# A device that takes nothing: no command may end well.
+if(EXISTS "/dev/full" AND NOT EMULATOR)
+  foreach(command IN ITEMS "run;${EXAMPLE}/sheet.csv" "describe" "--help")
+    execute_process(COMMAND "${PROGRAM}" ${command} OUTPUT_FILE "/dev/full" ERROR_VARIABLE err RESULT_VARIABLE code)
+    if(NOT code EQUAL 1 OR NOT err MATCHES "the output can't be written")
+      message(FATAL_ERROR "'${command}' to a full disk: exit code ${code}, message '${err}'")
+    endif()
+  endforeach()
+  execute_process(COMMAND "${PROGRAM}" run "${EXAMPLE}/sheet.csv" --trace
+    OUTPUT_QUIET ERROR_FILE "/dev/full" RESULT_VARIABLE code)
+  if(NOT code EQUAL 1)
+    message(FATAL_ERROR "a trace to a full disk: exit code ${code}")
+  endif()
 endif()

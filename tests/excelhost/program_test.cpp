@@ -55,7 +55,7 @@ TEST_F(ProgramTest, CalculatesThroughTheAddIn) {
     EXPECT_THAT(err, IsEmpty());
     EXPECT_EQ(RunSheet(kAsk, {"--workbook-name", "none"}), kDone) << "an error value is a value";
     EXPECT_EQ(out, "5.1,3.5,1.4,0.2,#VALUE!,#VALUE!\n");
-    EXPECT_EQ(RunSheet(kAsk, {"--companion", "none"}), kBadInput);
+    EXPECT_EQ(RunSheet(kAsk, {"--companion=none"}), kBadInput);
     EXPECT_EQ(out, "5.1,3.5,1.4,0.2,#NAME?,#NAME?\n");
     EXPECT_THAT(err, HasSubstr("sheet.csv: row 1, column 5 (E1): unknown function 'NetOutputPrediction'\n"));
     EXPECT_EQ(Run({"run", File("1,=A1\n", u8"\u00fcber.csv")}), kDone) << err;
@@ -103,7 +103,10 @@ TEST_F(ProgramTest, RefusesABadCommandLine) {
         {{"run"}, "the name of a sheet is missing"},
         {{"run", "a", "b"}, "what is 'b'?"},
         {{"run", "a", "--tracer"}, "unknown option '--tracer'"},
-        {{"run", "a", "--companion", "rosa"}, "--companion takes one of iris, none, not 'rosa'"},
+        {{"run", "a", "--trace=yes"}, "--trace takes no value"},
+        {{"run", "a", "--addin"}, "--addin needs a value"},
+        {{"run", "--", "--trace", "b"}, "what is 'b'?"},
+        {{"run", "a", "--companion=rosa"}, "--companion takes one of iris, none, not 'rosa'"},
     };
     for (const auto& [arguments, message] : lines) {
         EXPECT_EQ(Run(arguments), kBadUsage) << message;
@@ -118,7 +121,7 @@ TEST_F(ProgramTest, RefusesABadCommandLine) {
 
 TEST_F(ProgramTest, TellsWhichFileIsNotThere) {
     EXPECT_EQ(Run({"run", "no such.csv"}), kBadInput);
-    EXPECT_EQ(err, "excelhost: no such.csv: can't be opened\n");
+    EXPECT_EQ(err, "excelhost: no such.csv: there is no such file\n");
     EXPECT_EQ(Run({"run", folder_.Path().string()}), kBadInput);
     EXPECT_THAT(err, HasSubstr("is a folder"));
     const std::string sheet = File("1\n");
