@@ -7,6 +7,7 @@
 #   scripts/demo.sh --all         all 150 flowers; without it the first five of each species
 set -euo pipefail
 cd "$(dirname "$0")/.."
+. scripts/progress.sh
 
 lane=native
 setup=native
@@ -15,7 +16,7 @@ for argument in "$@"; do
   case "$argument" in
     --windows) lane=win32; setup=windows ;;
     --all) rows=(--all) ;;
-    -h|--help) sed -n 's/^# \{0,1\}//p' "$0" | tail -n +2; exit ;;
+    -h|--help) help "$0"; exit ;;
     *) echo "demo.sh: '$argument' is none of: --windows, --all" >&2; exit 2 ;;
   esac
 done
@@ -27,16 +28,19 @@ log=build/$lane/demo.log
 
 scripts/setup.sh "$setup"
 mkdir -p "build/$lane"
-quietly() { "$@" >"$log" 2>&1 || { cat "$log" >&2; exit 1; }; }
-echo "Building the add-in and the simulated Excel ($lane) ..."
-quietly cmake --preset "$lane"
-quietly cmake --build "build/$lane" --target excelhost_program
+step() { follow "$1" "$log" "${@:2}" || { tail -n 200 "$log" >&2; exit 1; }; }
+step "Configuring $lane" cmake --preset "$lane"
+step "Building the add-in and the simulated Excel" cmake --build "build/$lane" --target excelhost_program
 
 program=(build/"$lane"/addin/excelhost)
 if [ "$lane" = win32 ]; then program=(cmake/wine-run.sh build/win32/addin/excelhost.exe); fi
-echo "Calculating $sheet ..."
+if [ "$lane" = win32 ]; then
+  export KESTROLUMEN_WINEPREFIX=$PWD/build/win32/wineprefix
+  follow "Making Wine's folders" "$log" cmake/wine-run.sh wineboot --init || true
+fi
+echo "Calculating $sheet ..." >&2
 "${program[@]}" run "$sheet" --trace >"$result" 2>"$log" || { grep -v '^[0-9]* xl' "$log" >&2; exit 1; }
-if [ "$lane" = win32 ]; then WINEPREFIX=$PWD/build/win32/wineprefix wineserver -k || true; fi
+if [ "$lane" = win32 ]; then WINEPREFIX=$KESTROLUMEN_WINEPREFIX wineserver -k || true; fi
 
 echo
 python3 examples/iris/show.py ${rows[@]+"${rows[@]}"} "$result"

@@ -5,7 +5,10 @@
 #   scripts/setup.sh windows    native, the 32-bit native lane, MinGW and Wine
 #   scripts/setup.sh bench      native, and the rivals that the benchmarks measure against
 #   scripts/setup.sh all        everything
+#
+# A package index that can't be fetched is told and ends nothing: a package that can't be installed does, by name.
 set -euo pipefail
+. "$(dirname "$0")/progress.sh"
 
 what=${1:-native}
 
@@ -23,6 +26,7 @@ case "$what" in
   bench)   packages=("${native[@]}" "${bench[@]}"); want_wine= ;;
   windows) packages=("${native[@]}" "${native32[@]}" "${mingw[@]}"); want_wine=1 ;;
   all)     packages=("${native[@]}" "${locales[@]}" "${sanitizers[@]}" "${native32[@]}" "${mingw[@]}" "${bench[@]}"); want_wine=1 ;;
+  -h|--help) help "$0"; exit ;;
   *) echo "setup.sh: '$what' is none of: native, windows, bench, all" >&2; exit 2 ;;
 esac
 
@@ -35,23 +39,37 @@ for package in "${packages[@]}"; do installed "$package" || missing+=("$package"
 as_root=()
 if [ "$(id -u)" -ne 0 ]; then as_root=(sudo); fi
 export DEBIAN_FRONTEND=noninteractive
+apt=("${as_root[@]}" apt-get -o DPkg::Lock::Timeout=300)
 
-log=$(mktemp)
 scratch=$(mktemp -d)
-trap 'rm -rf "$log" "$scratch"' EXIT
-quietly() { "$@" >"$log" 2>&1 || { cat "$log" >&2; return 1; }; }
+log=$scratch/log
+trap 'rm -rf "$scratch"' EXIT
 
-install_packages() {
-  say "installing: ${missing[*]}"
-  quietly "${as_root[@]}" apt-get update
-  quietly "${as_root[@]}" apt-get install -y --no-install-recommends "${missing[@]}" \
-    || { say "these packages can't be installed here: ${missing[*]}"; exit 1; }
+# update [OPTION...]: one source that is out of reach, or of two minds, leaves the others and the indexes of before.
+update() {
+  follow "setup.sh: reading the package indexes" "$log" "${apt[@]}" "$@" update || say "not every index could be read; going on without:"
+  { grep -E '^(E|W|Err)\b' "$log" || true; } | head -n 5 >&2
+}
+
+# install WHAT PACKAGE... [-- OPTION...]: what can't be installed is found one by one.
+install() {
+  local title=$1 names=() broken=() name
+  shift
+  while [ $# -gt 0 ] && [ "$1" != -- ]; do names+=("$1"); shift; done
+  [ $# -eq 0 ] || shift
+  follow "setup.sh: installing $title" "$log" "${apt[@]}" "$@" install -y --no-install-recommends "${names[@]}" && return
+  for name in "${names[@]}"; do
+    "${apt[@]}" "$@" install -y --no-install-recommends "$name" >"$scratch/one" 2>&1 || broken+=("$name")
+  done
+  [ ${#broken[@]} -gt 0 ] || return 0
+  grep -E '^(E|W|Err)\b|^ .*(Depends|Breaks|Conflicts):' "$log" | head -n 20 >&2
+  say "these packages can't be installed here: ${broken[*]}"
+  return 1
 }
 
 # Both widths of Wine must come from one index, or the newer one pushes the older out. The security
 # suite's i386 packages lag behind its amd64 ones, so Wine is taken from the main suite alone.
 install_wine() {
-  say "installing Wine for both widths"
   local suite
   suite=$(. /etc/os-release && echo "$VERSION_CODENAME")
   local uri
@@ -60,17 +78,24 @@ install_wine() {
   [ -n "$uri" ] || { say "no package source found in /etc/apt"; exit 1; }
   local signed=/usr/share/keyrings/debian-archive-keyring.gpg
   printf 'deb [signed-by=%s] %s %s main\n' "$signed" "$uri" "$suite" >"$scratch/main.list"
-  local only_main=(-o "Dir::Etc::sourcelist=$scratch/main.list" -o "Dir::Etc::sourceparts=-")
+  # The indexes of the other suites stay.
+  local only_main=(-o "Dir::Etc::sourcelist=$scratch/main.list" -o "Dir::Etc::sourceparts=-" -o APT::Get::List-Cleanup=0)
   chmod 755 "$scratch"
-  quietly "${as_root[@]}" dpkg --add-architecture i386
-  quietly "${as_root[@]}" apt-get "${only_main[@]}" update
-  quietly "${as_root[@]}" apt-get "${only_main[@]}" install -y --no-install-recommends "${wine[@]}" \
-    || { say "Wine can't be installed here: the win32 and win64 lanes need it"; exit 1; }
+  "${as_root[@]}" dpkg --add-architecture i386
+  update "${only_main[@]}"
+  install "Wine for both widths" "${wine[@]}" -- "${only_main[@]}" && return
+  # A library that the security suite has renewed wants its twin from there.
+  say "trying all package sources"
+  update
+  install "Wine for both widths" "${wine[@]}" || { say "the win32 and win64 lanes need Wine"; exit 1; }
 }
 
-[ ${#missing[@]} -eq 0 ] || install_packages
+if [ ${#missing[@]} -gt 0 ]; then
+  update
+  install "${missing[*]}" "${missing[@]}" || exit 1
+fi
 if [ "$what" = all ] && ! locale -a | grep -qix 'de_DE\.utf-\?8'; then
-  quietly "${as_root[@]}" localedef -i de_DE -f UTF-8 de_DE.UTF-8
+  "${as_root[@]}" localedef -i de_DE -f UTF-8 de_DE.UTF-8
 fi
 if [ -n "$want_wine" ]; then
   for package in "${wine[@]}"; do installed "$package" || { install_wine; break; }; done
