@@ -5,15 +5,35 @@
 #   scripts/test.sh LANE...     native, native-asan, native-tsan, native32, win32, win64, lint, fuzz
 #   scripts/test.sh all         the six that run the suites: lint's findings change with no behaviour, and the
 #                               fuzzer's 1,000,000 inputs a target take long (all replays its committed ones)
+#   scripts/test.sh mutants [FOLDER...] [OPTION...]
+#                               how many small faults, planted into product code, the native suites catch;
+#                               mutants --help tells the options
 #
 # The last line says what passed, in ctest's own words.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+. scripts/progress.sh
 
 all=(native native-asan native-tsan native32 win32 win64)
-lanes=("$@")
+known=("${all[@]}" lint fuzz)
+if [ "${1:-}" = mutants ]; then
+  shift
+  case " $* " in *" -h "*|*" --help "*) exec scripts/mutants.py --help ;; esac
+  ! command -v python3 >/dev/null || scripts/mutants.py --check "$@" || exit
+  scripts/setup.sh native
+  exec scripts/mutants.py "$@"
+fi
+lanes=()
+for argument in "$@"; do
+  case "$argument" in
+    -h|--help) help "$0"; exit ;;
+    all) lanes+=("${all[@]}") ;;
+    *)
+      [[ " ${known[*]} " == *" $argument "* ]] || { echo "test.sh: '$argument' is none of: ${known[*]} all mutants" >&2; exit 2; }
+      lanes+=("$argument") ;;
+  esac
+done
 [ ${#lanes[@]} -gt 0 ] || lanes=(native)
-[ "${lanes[*]}" != all ] || lanes=("${all[@]}")
 
 case "${lanes[*]}" in
   native) scripts/setup.sh native ;;
@@ -29,14 +49,14 @@ failures=()
 
 # build LANE [TARGET]
 build() {
-  cmake --preset "$1" >"$logs/configure" 2>&1 || { cat "$logs/configure"; return 1; }
-  cmake --build "build/$1" --target "${2:-all}" -j "$jobs" >"$logs/build" 2>&1 || { grep -vE '^\[[0-9]+/[0-9]+\] ' "$logs/build" | tail -n 200; return 1; }
+  follow "$1: configuring" "$logs/configure" cmake --preset "$1" || { cat "$logs/configure"; return 1; }
+  follow "$1: building" "$logs/build" cmake --build "build/$1" --target "${2:-all}" -j "$jobs" || { grep -vE '^\[[0-9]+/[0-9]+\] ' "$logs/build" | tail -n 200; return 1; }
 }
 
 # One Wine server for the whole lane: the prefix is made before the tests run side by side.
 start_wine() {
   export KESTROLUMEN_WINEPREFIX=$PWD/build/$1/wineprefix
-  cmake/wine-run.sh wineboot --init >/dev/null 2>&1 || true
+  follow "$1: making Wine's folders" "$logs/wineboot" cmake/wine-run.sh wineboot --init || true
 }
 stop_wine() { WINEPREFIX=$KESTROLUMEN_WINEPREFIX wineserver -k >/dev/null 2>&1 || true; unset KESTROLUMEN_WINEPREFIX; }
 
@@ -53,12 +73,13 @@ count() {
 run_fuzzers() {
   build fuzz fuzzers || { failed=$((failed + 1)); failures+=(fuzz); return; }
   local folder target
+  local folders=(fuzz/corpus/*)
   mkdir -p build/fuzz/findings
-  for folder in fuzz/corpus/*; do
+  for folder in "${folders[@]}"; do
     target=$(basename "$folder")
     mkdir -p "$logs/new-$target"
-    if "build/fuzz/fuzz/${target}_fuzz" -runs=1000000 -seed=1 -max_len=512 -verbosity=0 -print_final_stats=1 \
-        -artifact_prefix=build/fuzz/findings/ "$logs/new-$target" "$folder" >"$logs/fuzz" 2>&1; then
+    if follow "fuzz: $target, one of ${#folders[@]}" "$logs/fuzz" "build/fuzz/fuzz/${target}_fuzz" -runs=1000000 -seed=1 -max_len=512 -verbosity=0 -print_final_stats=1 \
+        -artifact_prefix=build/fuzz/findings/ "$logs/new-$target" "$folder"; then
       passed=$((passed + 1))
       echo "$target: $(sed -n 's/^stat::number_of_executed_units: *//p' "$logs/fuzz") inputs, nothing found"
     else
@@ -73,7 +94,8 @@ run_lane() {
   echo "== $lane"
   if [ "$lane" = fuzz ]; then run_fuzzers; return; fi
   if [ "$lane" = lint ]; then
-    if scripts/lint.sh; then passed=$((passed + 1)); else failed=$((failed + 1)); failures+=(lint); fi
+    if follow "lint: reading all sources" "$logs/lint" scripts/lint.sh; then passed=$((passed + 1)); else failed=$((failed + 1)); failures+=(lint); fi
+    cat "$logs/lint"
     return
   fi
   if ! build "$lane"; then
@@ -83,7 +105,8 @@ run_lane() {
   fi
   case "$lane" in win*) start_wine "$lane" ;; esac
   local status=0
-  ctest --test-dir "build/$lane" -j "$jobs" --output-on-failure --no-tests=error >"$logs/ctest" 2>&1 || status=$?
+  follow "$lane: testing" "$logs/ctest" \
+    ctest --test-dir "build/$lane" -j "$jobs" --output-on-failure --no-tests=error || status=$?
   case "$lane" in win*) stop_wine ;; esac
   if [ $status -ne 0 ]; then cat "$logs/ctest"; failures+=("$lane"); else grep -E 'Test +#|tests passed|Skipped' "$logs/ctest"; fi
   count "$logs/ctest"

@@ -1,0 +1,256 @@
+#!/usr/bin/env python3
+"""Plants small faults into product code, one at a time, and lists those that the suites let pass.
+
+A fault counts as caught when a suite fails, crashes or runs out of time. The folder's own suite runs first, the suites
+of the folders that stand on it after it. A fault that doesn't compile is replaced by another. The work is done in copies
+of the tree under build/mutants, which stay for the next run; whatever a fault makes a test do, it can't write outside
+of them (Landlock, Linux 5.13 or later).
+"""
+import argparse
+import concurrent.futures
+import ctypes
+import os
+import pathlib
+import random
+import resource
+import shutil
+import subprocess
+import sys
+import threading
+import time
+
+import mutations
+
+LAYERS = ["text", "errors", "automation", "platform", "objectmodel", "excelvalues", "addin"]
+HOME = pathlib.Path(__file__).resolve().parent.parent
+ROOM = HOME / "build" / "mutants"
+# Tests that say nothing of the product, or the same again, or take long.
+LEFT_OUT = "german|lines_corpus|example_test|excelhost_example"
+CPU_SECONDS = 60  # of one test: the longest takes a few
+MEMORY = 8 << 30
+
+
+# ---- keeping a faulty program in its room ----
+
+WRITING = {1: 0x1FF2, 2: 0x3FF2, 3: 0x7FF2}  # by Landlock's version: writing, removing, making, moving, shortening
+
+
+class RulesetAttributes(ctypes.Structure):
+    _fields_ = [("handled_access_fs", ctypes.c_uint64)]
+
+
+class PathAttributes(ctypes.Structure):
+    _pack_ = 1
+    _fields_ = [("allowed_access", ctypes.c_uint64), ("parent_fd", ctypes.c_int32)]
+
+
+LIBC = ctypes.CDLL(None, use_errno=True)
+CREATE_RULESET, ADD_RULE, RESTRICT_SELF = 444, 445, 446
+PR_SET_NO_NEW_PRIVS = 38
+
+
+def landlock_version():
+    return LIBC.syscall(CREATE_RULESET, None, ctypes.c_size_t(0), 1)
+
+
+def confine(folder):
+    """From here on this process and its children write in `folder` and to devices alone."""
+    access = WRITING[min(landlock_version(), 3)]
+    attributes = RulesetAttributes(access)
+    ruleset = LIBC.syscall(CREATE_RULESET, ctypes.byref(attributes), ctypes.c_size_t(ctypes.sizeof(attributes)), 0)
+    for allowed in (folder, "/dev"):
+        rule = PathAttributes(access, os.open(allowed, os.O_PATH))
+        if LIBC.syscall(ADD_RULE, ruleset, 1, ctypes.byref(rule), 0) != 0:
+            raise OSError(ctypes.get_errno(), "landlock_add_rule")
+    LIBC.prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0)
+    if LIBC.syscall(RESTRICT_SELF, ruleset, 0) != 0:
+        raise OSError(ctypes.get_errno(), "landlock_restrict_self")
+    resource.setrlimit(resource.RLIMIT_CPU, (CPU_SECONDS, CPU_SECONDS))
+    resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+
+# ---- one worker: a copy of the tree, its build, its tests ----
+
+
+class Worker:
+    def __init__(self, number):
+        self.home = ROOM / str(number)
+        self.tree = self.home / "tree"
+        self.build = self.home / "build"
+        self.scratch = self.home / "tmp"
+        self.mutant = None
+        self.environment = dict(os.environ, CCACHE_BASEDIR=str(self.home), CCACHE_NOHASHDIR="1", LC_ALL="C.UTF-8")
+
+    def prepare(self):
+        """Brings the copy to the state of the tree and builds all of it."""
+        tracked = subprocess.run(["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"], cwd=HOME,
+                                 check=True, capture_output=True, text=True)
+        wanted = {name for name in tracked.stdout.split("\0") if name and (HOME / name).is_file()}
+        for name in wanted:
+            source, copy = HOME / name, self.tree / name
+            if not copy.exists() or copy.read_bytes() != source.read_bytes():
+                copy.parent.mkdir(parents=True, exist_ok=True)
+                shutil.copy(source, copy)
+        for copy in [path for path in self.tree.rglob("*") if path.is_file()]:
+            if str(copy.relative_to(self.tree)) not in wanted:
+                copy.unlink()
+        configured = self.run("cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=",
+                              "-DCMAKE_CXX_FLAGS=-O0 -g0 -w -D_GLIBCXX_ASSERTIONS", "-DKESTROLUMEN_TEST_TIMEOUT=120")
+        built = configured and self.compile("all", jobs=os.cpu_count())
+        if not built:
+            sys.exit(f"mutants.py: the tree doesn't build; see {self.home / 'log'}")
+
+    def run(self, *command, **options):
+        with open(self.home / "log", "wb") as log:
+            return subprocess.run(command, env=self.environment, stdout=log, stderr=subprocess.STDOUT, **options).returncode == 0
+
+    def compile(self, *targets, jobs=1):
+        return self.run("cmake", "--build", self.build, "-j", str(jobs), "--target", *targets)
+
+    def test(self, chosen):
+        shutil.rmtree(self.scratch, ignore_errors=True)
+        self.scratch.mkdir()
+        self.environment.update(TMPDIR=str(self.scratch), GTEST_FAIL_FAST="1", GTEST_BRIEF="1")
+        return self.run("ctest", "--test-dir", self.build, "-R", chosen, "-E", LEFT_OUT, "--stop-on-failure",
+                        "--no-tests=error", preexec_fn=lambda: confine(self.home))
+
+    def plant(self, mutant):
+        path = self.tree / mutant.file
+        path.write_text(mutant.applied_to((HOME / mutant.file).read_text()))
+
+    def take_back(self, mutant):
+        shutil.copy(HOME / mutant.file, self.tree / mutant.file)
+
+    def verdict(self, mutant):
+        """'caught', 'survived', or None for one that doesn't compile."""
+        folder = mutant.file.split("/")[0]
+        above = LAYERS[LAYERS.index(folder) + 1 :] + ["excelhost", "example", "[a-z]*_corpus"]
+        own = [f"{folder}_tests"] + (["addin_hosted_tests"] if folder == "addin" else [])
+        self.plant(mutant)
+        try:
+            if not self.compile(*own):
+                return None
+            if not self.test(f"^{folder}"):
+                return "caught"
+            if not self.compile("all"):
+                return "caught"
+            return "survived" if self.test(f"^({'|'.join(above)})") else "caught"
+        finally:
+            self.take_back(mutant)
+
+
+# ---- the sample ----
+
+
+def faults_of(folder):
+    faults = []
+    for path in sorted((HOME / folder).rglob("*")):
+        if path.suffix in (".cpp", ".h"):
+            name = str(path.relative_to(HOME))
+            faults += mutations.mutations_of(name, path.read_text())
+    return faults
+
+
+def shuffled(faults, seed):
+    """In an order by chance that takes the kinds in turn, or constants would outweigh all else."""
+    chance = random.Random(seed)
+    kinds = {}
+    for fault in faults:
+        kinds.setdefault(fault.kind, []).append(fault)
+    for group in kinds.values():
+        chance.shuffle(group)
+    order = []
+    while any(kinds.values()):
+        order += [group.pop() for group in kinds.values() if group]
+    return order
+
+
+class Sample:
+    """The faults of one folder, `count` of which get a verdict."""
+
+    def __init__(self, faults, count):
+        self.first = sorted(faults[:count], key=lambda fault: (fault.file, fault.place))
+        self.spare = faults[count:]
+        self.total = len(self.first)
+        self.done = 0
+        self.survivors = []
+        self.lock = threading.Lock()
+        self.started = time.monotonic()
+
+    def work(self, worker):
+        while True:
+            with self.lock:
+                if not self.first:
+                    return
+                mutant = self.first.pop(0)
+            verdict = worker.verdict(mutant)
+            with self.lock:
+                if verdict is None:
+                    if self.spare:
+                        self.first.append(self.spare.pop(0))
+                    else:
+                        self.total -= 1
+                    continue
+                self.done += 1
+                if verdict == "survived":
+                    self.survivors.append(mutant)
+                print(f"[{self.done}/{self.total}, {time.monotonic() - self.started:.0f} s] {verdict}: {mutant}", flush=True)
+
+
+def arguments():
+    parser = argparse.ArgumentParser(prog="scripts/test.sh mutants", description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("folders", nargs="*", metavar="FOLDER", help=f"of: {', '.join(LAYERS)}; all of them by default")
+    parser.add_argument("--count", type=int, default=60, help="faults a folder (60)")
+    parser.add_argument("--seed", type=int, default=1, help="another seed plants other faults (1)")
+    parser.add_argument("--jobs", type=int, default=2, help="faults at a time, each in a copy of the tree (2)")
+    parser.add_argument("--match", default="", metavar="TEXT", help="only faults whose line below holds this text")
+    parser.add_argument("--check", action="store_true", help=argparse.SUPPRESS)  # the names alone
+    parser.add_argument("--list", action="store_true", help="lists the sample and plants nothing")
+    options = parser.parse_args()
+    for folder in options.folders:
+        if folder not in LAYERS:
+            parser.error(f"'{folder}' is none of: {', '.join(LAYERS)}")
+    return options
+
+
+def main():
+    options = arguments()
+    if options.check:
+        return
+    folders = options.folders or LAYERS
+    samples = {folder: shuffled([f for f in faults_of(folder) if options.match in str(f)], options.seed) for folder in folders}
+    if options.list:
+        for folder in folders:
+            print(*samples[folder][: options.count], sep="\n")
+        return
+    if landlock_version() < 1:
+        sys.exit("mutants.py: this system has no Landlock, and without it a fault could remove files of yours")
+    workers = [Worker(number + 1) for number in range(options.jobs)]
+    for worker in workers:
+        print(f"building the tree in {worker.home} ...", flush=True)
+        worker.home.mkdir(parents=True, exist_ok=True)
+        worker.prepare()
+    print("the suites without a fault ...", flush=True)
+    if not workers[0].test("^(" + "|".join(LAYERS + ["excelhost", "example", "[a-z]*_corpus"]) + ")"):
+        sys.exit(f"mutants.py: the suites fail before any fault is planted; see {workers[0].home / 'log'}")
+    survivors = []
+    planted = 0
+    for folder in folders:
+        print(f"== {folder}", flush=True)
+        sample = Sample(samples[folder], options.count)
+        with concurrent.futures.ThreadPoolExecutor(len(workers)) as pool:
+            for running in [pool.submit(sample.work, worker) for worker in workers]:
+                running.result()
+        planted += sample.done
+        survivors += sample.survivors
+        print(f"{folder}: {sample.done - len(sample.survivors)} of {sample.done} caught", flush=True)
+    if survivors:
+        print("\nSurvived:")
+        print(*survivors, sep="\n")
+    print(f"{planted - len(survivors)} of {planted} faults caught")
+
+
+if __name__ == "__main__":
+    main()
