@@ -15,6 +15,26 @@ int CallEntryPoint(int functionNumber, int count, LPXLOPER12* operands, LPXLOPER
     return Excel12EntryPoint(functionNumber, count, operands, result);
 }
 
+// Between the two switches of messages. The record, so far empty, becomes the call's result or the error
+// value of a failed call.
+void CallInto(XLOPER12& record, int functionNumber, int count, LPXLOPER12* operands) {
+    record.xltype = 0;
+    Excel12(xlEnableXLMsgs, nullptr, 0);
+    const int code = CallEntryPoint(functionNumber, count, operands, &record);
+    Excel12(xlDisableXLMsgs, nullptr, 0);
+    if (code != xlretSuccess) {
+        SetErrorValue(record, xlerrValue);
+        record.val.returnCode = code;
+    }
+}
+
+// Excel frees what it put into the record.
+void GiveBack(LPXLOPER12 record) {
+    Excel12(xlEnableXLMsgs, nullptr, 0);
+    Excel12(xlFree, nullptr, 1, record);
+    Excel12(xlDisableXLMsgs, nullptr, 0);
+}
+
 }  // namespace
 
 int Excel12(int functionNumber, LPXLOPER12 result, int count, ...) {
@@ -32,21 +52,19 @@ int Excel12(int functionNumber, LPXLOPER12 result, int count, ...) {
 
 void CallExcelToFree::operator()(const XXloper* value) const noexcept {
     const LPXLOPER12 record = detail::Operand(value);
-    Excel12(xlEnableXLMsgs, nullptr, 0);
-    Excel12(xlFree, nullptr, 1, record);
-    Excel12(xlDisableXLMsgs, nullptr, 0);
+    GiveBack(record);
     std::free(record);
 }
 
 XXloperPtr CallExcelWithOperands(int functionNumber, int count, LPXLOPER12* operands) {
-    auto* const result = new (detail::Malloc(sizeof(XXloper))) XXloper();
-    result->xltype = 0;
-    Excel12(xlEnableXLMsgs, nullptr, 0);
-    const int code = CallEntryPoint(functionNumber, count, operands, result);
-    Excel12(xlDisableXLMsgs, nullptr, 0);
-    if (code != xlretSuccess) {
-        SetErrorValue(*result, xlerrValue);
-        result->val.returnCode = code;
-    }
-    return {result, CallExcelToFree()};
+    detail::MallocPtr<XXloper> record(new (detail::Malloc(sizeof(XXloper))) XXloper());
+    CallInto(*record, functionNumber, count, operands);
+    return {record.release(), CallExcelToFree()};
+}
+
+void CallExcelForEffect(int functionNumber, const XLOPER12& operand) {
+    LPXLOPER12 operands[] = {const_cast<LPXLOPER12>(&operand)};
+    XLOPER12 result{};
+    CallInto(result, functionNumber, 1, operands);
+    GiveBack(&result);
 }

@@ -36,6 +36,10 @@ struct CallExcelToFree {
 // or for the handle, after Excel has taken the result back.
 XXloperPtr CallExcelWithOperands(int functionNumber, int count, LPXLOPER12* operands);
 
+// Calls Excel with one operand for the sake of what the call does: whatever its result is goes back to Excel
+// at once. Excel sees what it sees of a CallExcel whose handle is dropped; no memory is asked for.
+void CallExcelForEffect(int functionNumber, const XLOPER12& operand);
+
 namespace detail {
 
 // The counts of operands for which CallExcel exists: 0 to 9, and 30, the most that Excel's older worksheet

@@ -3,6 +3,7 @@
 #include "excelvalues/memory.h"
 
 #include <algorithm>
+#include <iterator>
 #include <stdexcept>
 
 namespace {
@@ -15,6 +16,36 @@ std::size_t LengthUpToLimit(const WCHAR* text) noexcept {
     while (length < LongestString && text[length] != 0) ++length;
     return length;
 }
+
+// `length` is at most LongestString.
+XXloperPtr StringOf(const WCHAR* units, std::size_t length) {
+    auto value = detail::NewValue();
+    value->val.str = detail::MallocArray<XCHAR>(length + 1);
+    value->xltype = xltypeStr;
+    value->val.str[0] = static_cast<XCHAR>(length);
+    std::copy_n(units, length, value->val.str + 1);
+    return value;
+}
+
+// Narrow text that is short when widened: it needs no block of its own on its way into a value.
+struct ShortText {
+    WCHAR units[256];
+    std::size_t length = 0;
+
+    // Whether the whole of `text` found room.
+    bool Widen(const char* text) noexcept {
+        for (length = 0; length < std::size(units); ++length) {
+            const auto byte = static_cast<unsigned char>(text[length]);
+            if (byte == 0) return true;
+            if (byte >= 0x80) break;
+            units[length] = byte;
+        }
+        if (length == std::size(units)) return false;
+        const int count = MultiByteToWideChar(CP_ACP, 0, text, -1, units, static_cast<int>(std::size(units)));
+        length = count > 0 ? static_cast<std::size_t>(count) - 1 : 0;
+        return count > 0;
+    }
+};
 
 XXloperPtr ValueOfType(DWORD type) {
     auto value = detail::NewValue();
@@ -32,17 +63,13 @@ XXloperPtr XXloperFromInt(std::int32_t number) {
 }
 
 XXloperPtr XXloperFromString(const WCHAR* text) {
-    const std::size_t length = text != nullptr ? LengthUpToLimit(text) : 0;
-    auto value = detail::NewValue();
-    value->val.str = detail::MallocArray<XCHAR>(length + 1);
-    value->xltype = xltypeStr;
-    value->val.str[0] = static_cast<XCHAR>(length);
-    std::copy_n(text, length, value->val.str + 1);
-    return value;
+    return StringOf(text, text != nullptr ? LengthUpToLimit(text) : 0);
 }
 
 XXloperPtr XXloperFromString(const char* text) {
-    return XXloperFromString(CStringWFromAnsi(text != nullptr ? text : "").GetString());
+    ShortText wide;
+    if (text == nullptr || wide.Widen(text)) return StringOf(wide.units, wide.length);
+    return XXloperFromString(CStringWFromAnsi(text).GetString());
 }
 
 XXloperPtr XXloperFromString(const StdWString& text) {

@@ -91,6 +91,7 @@ struct ExcelOwnsItSoDoNotFree {
 };
 
 // The handle around a record that Excel lends. Nothing is copied, and the record has to outlive the handle.
+// Where the handle stays in one scope, LentXXloper (lent.h) does the same without a block of memory.
 [[nodiscard]] inline XXloperPtr XXloperLentByExcel(const XLOPER12* record) {
     return {static_cast<const XXloper*>(record), ExcelOwnsItSoDoNotFree()};
 }

@@ -3,6 +3,7 @@
 
 #include "excelvalues/xlcall.h"       // Excel's interface
 #include "excelvalues/value.h"        // XXloper, XXloperPtr and who frees what
+#include "excelvalues/lent.h"         // records of others, as handles that cost no memory
 #include "excelvalues/callexcel.h"    // calls into Excel
 #include "excelvalues/makers.h"       // values of plain things
 #include "excelvalues/copy.h"         // deep copies

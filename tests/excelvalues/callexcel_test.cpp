@@ -115,6 +115,29 @@ TEST_F(CallExcelTest, ValueTellsTheOutcomeAndGoesBackWhateverItIs) {
     }
 }
 
+TEST_F(CallExcelTest, TheCallForItsEffectAndTheLentHandleAskForNoMemory) {
+    for (const int code : {xlretSuccess, xlretFailed}) {
+        entries.clear();
+        answer = [&](XLOPER12* result) {
+            EXPECT_EQ(result->xltype, 0u);
+            result->xltype = xltypeStr;
+            return code;
+        };
+        XLOPER12 record{};
+        const std::size_t before = support::Allocations();
+        {
+            const LentXXloper lent(&record);
+            const XXloperPtr copy = lent.Handle();
+            CallExcelForEffect(7, *copy);
+        }
+        EXPECT_EQ(support::Allocations() - before, 2u) << "the trace's own, two lists of one operand";
+        EXPECT_THAT(Functions(),
+                    ElementsAre(xlEnableXLMsgs, 7, xlDisableXLMsgs, xlEnableXLMsgs, xlFree, xlDisableXLMsgs));
+        EXPECT_EQ(entries[1].operands, std::vector<const XLOPER12*>{&record});
+        EXPECT_EQ(entries[4].operands, std::vector<const XLOPER12*>{entries[1].result});
+    }
+}
+
 TEST_F(CallExcelTest, WithoutMemoryNoCallIsMadeOrExcelGetsItsResultBack) {
     {
         const support::AllocationFault fault(1);  // the record's

@@ -119,6 +119,7 @@ TEST(Makers, StringsKeepUpTo32767UnitsBeforeTheFirstZero) {
                                         XXloperFromString(narrow), XXloperFromString(narrow.c_str())}) {
             EXPECT_EQ(ValueFrom(*value), kept) << length;
         }
+        EXPECT_EQ(ValueFrom(*XXloperFromString(narrow + '\x80')), Value((text + u'\u20AC').substr(0, 32767)));
     }
     EXPECT_EQ(ValueFrom(*XXloperFromString(Text(TEXT("ab\0cd"), 5))), Value(Text(TEXT("ab"))));
     EXPECT_EQ(ValueFrom(*XXloperFromString(static_cast<const WCHAR*>(nullptr))), Value(Text()));
@@ -140,10 +141,13 @@ TEST(Makers, LentBytesAndElementsAreNotCopied) {
 }
 
 TEST(Makers, NoMemoryRaisesBadAllocAndLeavesNothing) {
-    for (const std::function<XXloperPtr()>& make : std::initializer_list<std::function<XXloperPtr()>>{
-             [] { return XXloperFromInt(1); }, [] { return XXloperFromVariant(VARIANT{}); },
-             [] { return XXloperFromString(TEXT("wide text")); },
-             [] { return XXloperFromString("narrow"); }}) {
+    const std::pair<std::function<XXloperPtr()>, int> makers[] = {
+        // and the blocks of what they make
+        {[] { return XXloperFromInt(1); }, 1},
+        {[] { return XXloperFromVariant(VARIANT{}); }, 1},
+        {[] { return XXloperFromString(TEXT("wide text")); }, 2},
+        {[] { return XXloperFromString("narrow \x80"); }, 2}};
+    for (const auto& [make, blocks] : makers) {
         std::string words;
         const auto attempt = [&] {
             try {
@@ -153,7 +157,7 @@ TEST(Makers, NoMemoryRaisesBadAllocAndLeavesNothing) {
                 throw;
             }
         };
-        EXPECT_GT(support::AllocationsThatMayFail(attempt), 0);
+        EXPECT_EQ(support::AllocationsThatMayFail(attempt), blocks);
         EXPECT_EQ(words, "bad allocation")
             << "the last one is the add-in's own: no library changes its words";
     }
