@@ -3,18 +3,19 @@
 #include "addin/resultstore.h"
 #include "excelvalues/xxloper.h"
 
-#include <utility>
-
 namespace {
 
 // One function of the companion workbook, under the workbook's two names.
 struct Targets {
-    const WCHAR* first;
-    const WCHAR* second;
+    XLOPER12 first;
+    XLOPER12 second;
 };
 
 void SwitchMacroAlerts(bool on) {
-    CallExcel(xlfError, XXloperFromInt(on ? 1 : 0));
+    XLOPER12 operand{};
+    operand.xltype = xltypeInt;
+    operand.val.w = on ? 1 : 0;
+    CallExcelForEffect(xlfError, operand);
 }
 
 // Whether Excel refused the call. A function that answered with an error value leaves no return code.
@@ -23,9 +24,14 @@ bool IsRefusedCall(const XXloper& result) noexcept {
 }
 
 template <typename... Handles>
+XXloperPtr CallTarget(const XLOPER12& target, const Handles&... arguments) {
+    return CallExcel(xlUDF, LentXXloper(&target).Handle(), arguments...);
+}
+
+template <typename... Handles>
 XXloperPtr CallEitherTarget(const Targets& targets, const Handles&... arguments) {
-    XXloperPtr result = CallExcel(xlUDF, XXloperFromString(targets.first), arguments...);
-    if (IsRefusedCall(*result)) result = CallExcel(xlUDF, XXloperFromString(targets.second), arguments...);
+    XXloperPtr result = CallTarget(targets.first, arguments...);
+    if (IsRefusedCall(*result)) result = CallTarget(targets.second, arguments...);
     return result;
 }
 
@@ -45,28 +51,28 @@ XXloperPtr CallWithoutAlerts(const Targets& targets, const Handles&... arguments
 
 template <typename... Records>
 LPXLOPER12 CallCompanionWorkbook(const Targets& targets, Records... arguments) {
-    return StoreThreadResult(CallWithoutAlerts(targets, XXloperLentByExcel(arguments)...));
+    return StoreThreadResult(CallWithoutAlerts(targets, LentXXloper(arguments).Handle()...));
 }
 
 }  // namespace
 
 LPXLOPER12 WINAPI NetOutputPrediction(LPXLOPER12 a1, LPXLOPER12 a2, LPXLOPER12 a3, LPXLOPER12 a4,
                                       LPXLOPER12 a5) {
-    constexpr Targets targets = {TEXT("=Kestrolumen.XLA!NetOutputPredictionVBA"),
-                                 TEXT("=Kestrolumen.XLS!NetOutputPredictionVBA")};
-    return CallCompanionWorkbook(targets, a1, a2, a3, a4, a5);
+    static constexpr CountedText first(TEXT("=Kestrolumen.XLA!NetOutputPredictionVBA"));
+    static constexpr CountedText second(TEXT("=Kestrolumen.XLS!NetOutputPredictionVBA"));
+    return CallCompanionWorkbook({first.Value(), second.Value()}, a1, a2, a3, a4, a5);
 }
 
 LPXLOPER12 WINAPI NetOutputProbabilityOfPrediction(LPXLOPER12 a1, LPXLOPER12 a2, LPXLOPER12 a3, LPXLOPER12 a4,
                                                    LPXLOPER12 a5) {
-    constexpr Targets targets = {TEXT("=Kestrolumen.XLA!NetOutputProbabilityOfPredictionVBA"),
-                                 TEXT("=Kestrolumen.XLS!NetOutputProbabilityOfPredictionVBA")};
-    return CallCompanionWorkbook(targets, a1, a2, a3, a4, a5);
+    static constexpr CountedText first(TEXT("=Kestrolumen.XLA!NetOutputProbabilityOfPredictionVBA"));
+    static constexpr CountedText second(TEXT("=Kestrolumen.XLS!NetOutputProbabilityOfPredictionVBA"));
+    return CallCompanionWorkbook({first.Value(), second.Value()}, a1, a2, a3, a4, a5);
 }
 
 LPXLOPER12 WINAPI NetOutputProbabilityOfCategory(LPXLOPER12 a1, LPXLOPER12 a2, LPXLOPER12 a3, LPXLOPER12 a4,
                                                  LPXLOPER12 a5, LPXLOPER12 a6) {
-    constexpr Targets targets = {TEXT("=Kestrolumen.XLA!NetOutputProbabilityOfCategoryVBA"),
-                                 TEXT("=Kestrolumen.XLS!NetOutputProbabilityOfCategoryVBA")};
-    return CallCompanionWorkbook(targets, a1, a2, a3, a4, a5, a6);
+    static constexpr CountedText first(TEXT("=Kestrolumen.XLA!NetOutputProbabilityOfCategoryVBA"));
+    static constexpr CountedText second(TEXT("=Kestrolumen.XLS!NetOutputProbabilityOfCategoryVBA"));
+    return CallCompanionWorkbook({first.Value(), second.Value()}, a1, a2, a3, a4, a5, a6);
 }

@@ -7,8 +7,9 @@
 // function returned, such as #N/A, is an answer like any other. When both names are refused, the cell shows
 // #VALUE!.
 //
-// No argument is given a meaning, converted or copied, so an array of any size costs the same. An exception
-// of the memory layer passes on to Excel, with the alerts back on.
+// No argument is given a meaning, converted or copied, so an array of any size costs the same. A call asks for
+// two blocks of memory, the result's record and its handle's. An exception of the memory layer passes on to
+// Excel, with the alerts back on.
 #pragma once
 
 #include "excelvalues/xlcall.h"
