@@ -12,7 +12,7 @@ Three kinds of fenced blocks are looked at; the first two are marked by a commen
                                                     what it prints is what stands below it
 
 In output a line "..." stands for any lines, and "..." inside a line for any characters. --path puts a folder in
-front of PATH, --set sets a variable of the environment.
+front of PATH, --set sets a variable of the environment; KESTROLUMEN is set to the project's folder.
 """
 import argparse
 import os
@@ -126,6 +126,7 @@ def main():
     arguments.scratch.mkdir(parents=True)
     environment = dict(os.environ)
     environment["PATH"] = os.pathsep.join([*arguments.path, environment["PATH"]])
+    environment["KESTROLUMEN"] = str(ROOT)
     environment.update(setting.split("=", 1) for setting in arguments.set)
 
     checked = faults = 0
