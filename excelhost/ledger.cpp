@@ -88,9 +88,9 @@ void Ledger::Lent(std::size_t records, bool altered) noexcept {
 
 void Ledger::Retire(const void* payload, Blocks blocks) {
     RetiredValue value{payload, std::move(blocks), 0};
-    for (const Block& block : value.blocks) {
-        std::memset(block.bytes.get(), kPoison, block.size);
-        value.size += block.size;
+    for (Block& block : value.blocks) {
+        std::memset(block.Payload(), kPoison, block.Size());
+        value.size += block.Size();
     }
     retiredSize_ += value.size;
     retiredPayloads_.insert(payload);
@@ -107,6 +107,7 @@ std::string Describe(const Account& account) {
         return std::string(name) + " " + std::to_string(number);
     };
     return count("lent", account.lent) + count(", lent and altered", account.lentAltered) +
+           count("; flagged for the add-in", account.flagged) + count(", unfreeable", account.unfreeable) +
            count("; results", account.results) + count(", failures", account.failures) +
            count(", returned", account.returned) + count("; allocated", account.allocated) +
            count(", freed", account.freed) + count(", leaked", account.Leaked()) +

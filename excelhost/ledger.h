@@ -26,13 +26,16 @@ struct Account {
     std::size_t freedTwice = 0;   // records or values offered to xlFree again after they were freed
     std::size_t foreign = 0;      // offered to xlFree without having come from a call into this host
 
+    std::size_t flagged = 0;  // results of worksheet functions flagged xlbitDLLFree and freed by the add-in
+    std::size_t unfreeable = 0;  // of the same, where the add-in exports no function to free them
+
     // Values that never came back.
     [[nodiscard]] std::size_t Leaked() const noexcept { return allocated - freed; }
     // Result records that never came back, with or without memory.
     [[nodiscard]] std::size_t Outstanding() const noexcept { return results + failures - returned; }
-    // Nothing leaked, freed twice, foreign or altered.
+    // Nothing leaked, freed twice, foreign, altered or unfreeable.
     [[nodiscard]] bool Balanced() const noexcept {
-        return Leaked() == 0 && freedTwice == 0 && foreign == 0 && lentAltered == 0;
+        return Leaked() == 0 && freedTwice == 0 && foreign == 0 && lentAltered == 0 && unfreeable == 0;
     }
     friend bool operator==(const Account&, const Account&) = default;
 };
@@ -51,6 +54,7 @@ class Ledger {
     // What is wrong with the record otherwise; then nothing is freed.
     [[nodiscard]] std::string TakeBack(XLOPER12& record);
     void Lent(std::size_t records, bool altered) noexcept;
+    void Flagged(bool freed) noexcept { ++(freed ? account_.flagged : account_.unfreeable); }
 
     [[nodiscard]] const Account& Counts() const noexcept { return account_; }
 

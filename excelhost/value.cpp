@@ -18,8 +18,7 @@ constexpr int kDeepestArray = 8;
 constexpr std::size_t kLongestShownText = 60;
 
 std::byte* NewBlock(std::size_t bytes, Blocks& blocks) {
-    const std::size_t size = std::max<std::size_t>(bytes, 1);
-    return blocks.emplace_back(Block{std::make_unique<std::byte[]>(size), size}).bytes.get();
+    return blocks.emplace_back(bytes).Payload();
 }
 
 XLOPER12 OfType(DWORD type) {
@@ -224,6 +223,13 @@ XLOPER12 RecordFrom(const Value& value, Blocks& blocks) {
 
 Value ValueFrom(const XLOPER12& record) {
     return ValueFrom(record, 0);
+}
+
+std::optional<Text> TextOf(const XLOPER12& record) {
+    if (TypeOf(record) != xltypeStr) return std::nullopt;
+    const Value value = ValueFrom(record);
+    const Text* text = value.If<Text>();
+    return text != nullptr ? std::optional(*text) : std::nullopt;
 }
 
 const void* PayloadOf(const XLOPER12& record) noexcept {

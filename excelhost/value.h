@@ -3,10 +3,11 @@
 // here keeps a pointer into a record.
 #pragma once
 
+#include "excelhost/blocks.h"
 #include "excelvalues/xlcall.h"
 
 #include <cstddef>
-#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -90,19 +91,15 @@ inline const Value& Array::At(std::size_t row, std::size_t column) const {
     return cells[row * columns + column];
 }
 
-// The memory behind records, each piece owned.
-struct Block {
-    std::unique_ptr<std::byte[]> bytes;
-    std::size_t size = 0;
-};
-using Blocks = std::vector<Block>;
-
 // A record with the value; what it points to is added to `blocks`. Text is cut to 32,767 units.
 [[nodiscard]] XLOPER12 RecordFrom(const Value& value, Blocks& blocks);
 
 // The value in a record, copied. A record that can't be read (a null pointer behind a string or an array, a
 // negative or absurd size, arrays nested more than 8 deep, an unknown type) gives #VALUE!.
 [[nodiscard]] Value ValueFrom(const XLOPER12& record);
+
+// The text of a string record that can be read; nothing for any other.
+[[nodiscard]] std::optional<Text> TextOf(const XLOPER12& record);
 
 // The memory that a record points to, null when its type has none.
 [[nodiscard]] const void* PayloadOf(const XLOPER12& record) noexcept;

@@ -12,7 +12,7 @@ set -euo pipefail
 
 what=${1:-native}
 
-native=(cmake ninja-build ccache g++ gdb googletest python3)
+native=(cmake ninja-build ccache g++ gdb googletest libffi-dev python3)
 # German, for the tests that no text depends on the locale.
 locales=(locales)
 sanitizers=(clang clang-tidy clang-format libclang-rt-14-dev)

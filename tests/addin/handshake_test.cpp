@@ -59,7 +59,7 @@ TEST_F(Handshake, RegistersTheThreeFunctionsInOrder) {
     ASSERT_EQ(registrations.size(), 3u);
     for (std::size_t i = 0; i < 3; ++i) {
         EXPECT_EQ(RegisteredFunctionIds[i], registrations[i].id);
-        EXPECT_FALSE(registrations[i].threadSafe || registrations[i].recalculatesAlways);
+        EXPECT_FALSE(registrations[i].type.threadSafe || registrations[i].type.recalculatesAlways);
     }
 }
 

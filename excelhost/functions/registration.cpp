@@ -1,0 +1,119 @@
+// Registering and unregistering functions and commands.
+#include "excelhost/calling.h"
+#include "excelhost/functions.h"
+#include "excelhost/state.h"
+
+#include <cmath>
+
+namespace excelhost {
+namespace {
+
+// REGISTER's operands by their places ("xlfRegister (Form 1)"); the help texts of the arguments follow.
+enum RegisterOperand : std::size_t {
+    kModule,
+    kProcedure,
+    kTypeText,
+    kFunctionText,
+    kArgumentText,
+    kMacroType,
+    kCategory,
+    kShortcut,
+    kHelpTopic,
+    kFunctionHelp,
+};
+
+// What keeps a registration from being made; REGISTER gives #VALUE! for it.
+struct Refusal {
+    std::string why;
+};
+
+class RegisterOperands {
+  public:
+    explicit RegisterOperands(Operands operands) : operands_(operands) {}
+
+    [[nodiscard]] bool Has(std::size_t place) const {
+        return place < operands_.size() && !IsLeftOut(*operands_[place]);
+    }
+    [[nodiscard]] Text TextAt(std::size_t place, const char* name) const {
+        auto text = TextOf(*operands_[place]);
+        if (!text) throw Refusal{std::string("the ") + name + " is no text: " + Describe(*operands_[place])};
+        return *std::move(text);
+    }
+    [[nodiscard]] Registration::Kind Kind() const {
+        if (!Has(kMacroType)) return Registration::Kind::Function;
+        const auto number = NumberOf(*operands_[kMacroType]);
+        if (!number || (*number != 0 && *number != 1 && *number != 2)) {
+            throw Refusal{"the macro type is none of 0, 1 and 2: " + Describe(*operands_[kMacroType])};
+        }
+        return static_cast<Registration::Kind>(static_cast<int>(*number));
+    }
+
+  private:
+    Operands operands_;
+};
+
+Registration ReadRegistration(const RegisterOperands& given) {
+    Registration registration;
+    registration.module = given.TextAt(kModule, "module");
+    registration.procedure = given.TextAt(kProcedure, "procedure");
+    registration.kind = given.Kind();
+    const bool isCommand = registration.kind == Registration::Kind::Command;
+    // A command takes nothing and gives an int, whether or not its type text says so.
+    registration.typeText =
+        isCommand && !given.Has(kTypeText) ? Text(TEXT("J")) : given.TextAt(kTypeText, "type text");
+    registration.functionText =
+        given.Has(kFunctionText) ? given.TextAt(kFunctionText, "function text") : registration.procedure;
+    if (given.Has(kArgumentText)) registration.argumentText = given.TextAt(kArgumentText, "argument text");
+    try {
+        registration.type = TypeTextFrom(registration.typeText);
+    } catch (const TypeTextFault& fault) {
+        throw Refusal{fault.what()};
+    }
+    if (isCommand && registration.Arity() != 0) throw Refusal{"a command takes no arguments"};
+    return registration;
+}
+
+Module FindModule(HostState& state, const Text& name) {
+    const std::lock_guard lock(state.mutex);
+    const Module* module = state.registrations.FindModule(name);
+    if (module == nullptr) throw Refusal{"no module '" + Utf8(name) + "' is loaded"};
+    return *module;
+}
+
+Outcome Register(HostState& state, Operands operands) try {
+    Registration registration = ReadRegistration(RegisterOperands(operands));
+    const Module module = FindModule(state, registration.module);
+    registration.entry = module.exports(Utf8(registration.procedure).c_str());
+    if (registration.entry == nullptr) {
+        throw Refusal{"module '" + Utf8(registration.module) + "' exports no '" +
+                      Utf8(registration.procedure) + "'"};
+    }
+    registration.freeResult = module.exports("xlAutoFree12");
+    registration.freeOldResult = module.exports("xlAutoFree");
+    registration.signature = std::make_shared<const Signature>(SignatureOf(registration.type));
+    const std::lock_guard lock(state.mutex);
+    return Outcome::Of(state.registrations.Add(std::move(registration))->id);
+} catch (const Refusal& refusal) {
+    return Outcome::Error(xlerrValue, refusal.why);
+}
+
+Outcome Unregister(HostState& state, Operands operands) {
+    const auto id = NumberOf(*operands[0]);
+    if (!id) return Outcome::Error(xlerrValue, "the operand is no number");
+    const std::lock_guard lock(state.mutex);
+    const bool removed = state.registrations.Remove(*id);
+    return Outcome::Of(removed, removed ? "" : "nothing is registered under this id");
+}
+
+constexpr ServedFunction kTable[] = {
+    {xlfRegister, "xlfRegister", 3, 255, Register},
+    {xlfUnregister, "xlfUnregister", 1, 1, Unregister},
+};
+
+}  // namespace
+
+std::span<const ServedFunction> RegistrationFunctions() {
+    return kTable;
+}
+
+}  // namespace excelhost

@@ -1,0 +1,36 @@
+// What turns messages and alerts on and off.
+#include "excelhost/functions.h"
+#include "excelhost/state.h"
+
+namespace excelhost {
+namespace {
+
+// ERROR(enable, macro): false or 0 turns the alerts for macro errors off.
+Outcome SwitchAlerts(HostState& state, Operands operands) {
+    const auto enable = NumberOf(*operands[0]);
+    if (!enable) return Outcome::Error(xlerrValue, "the operand is no number");
+    const std::lock_guard lock(state.mutex);
+    state.alerts = *enable != 0;
+    return Outcome::Of(true);
+}
+
+template <bool On>
+Outcome SwitchMessages(HostState& state, Operands) {
+    const std::lock_guard lock(state.mutex);
+    state.messages = On;
+    return Outcome::Of(true);
+}
+
+constexpr ServedFunction kTable[] = {
+    {xlfError, "xlfError", 1, 2, SwitchAlerts},
+    {xlEnableXLMsgs, "xlEnableXLMsgs", 0, 0, SwitchMessages<true>},
+    {xlDisableXLMsgs, "xlDisableXLMsgs", 0, 0, SwitchMessages<false>},
+};
+
+}  // namespace
+
+std::span<const ServedFunction> SwitchFunctions() {
+    return kTable;
+}
+
+}  // namespace excelhost

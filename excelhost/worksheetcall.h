@@ -1,0 +1,17 @@
+// One call of a registered function from a cell.
+#pragma once
+
+#include "excelhost/state.h"
+
+#include <functional>
+#include <span>
+
+namespace excelhost {
+
+// Lends the arguments, calls, copies the result and settles the account. Arguments may be fewer than the
+// function has; `dereference` gives the cells behind a reference. The value may be a reference.
+[[nodiscard]] Value CallWorksheetFunction(HostState& state, const Registration& function,
+                                          std::span<const Value> arguments,
+                                          const std::function<Value(const Value&)>& dereference);
+
+}  // namespace excelhost
