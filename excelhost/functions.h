@@ -57,11 +57,13 @@ struct ServedFunction {
 [[nodiscard]] std::span<const ServedFunction> RegistrationFunctions();
 [[nodiscard]] std::span<const ServedFunction> WorkbookFunctions();
 [[nodiscard]] std::span<const ServedFunction> SwitchFunctions();
+[[nodiscard]] std::span<const ServedFunction> SurroundingsFunctions();
 
 // Operands as handlers read them. A number is also a truth value or an integer.
 [[nodiscard]] std::optional<double> NumberOf(const XLOPER12& record);
 [[nodiscard]] inline bool IsLeftOut(const XLOPER12& record) noexcept {
-    return TypeOf(record) == xltypeMissing || TypeOf(record) == xltypeNil;
+    const DWORD type = record.xltype & 0xFFF;
+    return type == xltypeMissing || type == xltypeNil;
 }
 
 }  // namespace excelhost

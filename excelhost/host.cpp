@@ -143,11 +143,11 @@ std::vector<Registration> Host::Registrations() const {
     return all;
 }
 
-Value Host::Call(TextView functionText, std::span<const Value> arguments) {
+Value Host::Call(TextView functionText, std::span<const Value> arguments, std::optional<Reference> caller) {
     const auto function = Find(functionText);
     if (!function || function->kind == Registration::Kind::Command) return ErrorValue{xlerrName};
     if (arguments.size() > function->Arity()) return ErrorValue{xlerrValue};
-    const Value value = CallWorksheetFunction(*state_, *function, arguments,
+    const Value value = CallWorksheetFunction(*state_, *function, arguments, std::move(caller),
                                               [this](const Value& given) { return Dereference(given); });
     return Dereference(value);
 }

@@ -27,6 +27,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -79,7 +80,9 @@ class Host {
     //   #NUM!    the function gave a null pointer
     // A result flagged xlbitXLFree is freed here, one flagged xlbitDLLFree goes to the add-in's xlAutoFree12
     // or xlAutoFree.
-    [[nodiscard]] Value Call(TextView functionText, std::span<const Value> arguments);
+    // The call comes from the cell `caller`, where one is given.
+    [[nodiscard]] Value Call(TextView functionText, std::span<const Value> arguments,
+                             std::optional<Reference> caller = std::nullopt);
 
     // -- Scripted refusals. They come before the host's own look at the call and stay until StopRefusing.
 

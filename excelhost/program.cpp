@@ -6,6 +6,7 @@
 #include "excelhost/sheet.h"
 
 #include <array>
+#include <deque>
 #include <fstream>
 #include <iterator>
 #include <optional>
@@ -15,16 +16,16 @@
 namespace excelhost {
 namespace {
 
-constexpr std::string_view kHelp = R"(excelhost - a simulated Excel for the add-in kestrolumen.xll
+constexpr std::string_view kHelp = R"(excelhost - a simulated Excel for add-ins (XLL)
 
 Usage: excelhost run SHEET.csv [options]
        excelhost describe [--addin FILE]
        excelhost --help
 
-run calculates a sheet: loads the add-in, lets the companion workbook introduce itself, calculates every formula of
-the sheet and prints the values as CSV. Cells are numbers, texts, TRUE, FALSE, error values and formulas (=...);
-formulas know Excel's operators, references, IF, ABS, AVERAGE, COUNT, EXACT, IFERROR, MAX, MIN, NA, ROUND, SUM and
-the add-in's functions:
+run calculates a sheet: loads the add-ins, calculates every formula of the sheet and prints the values as CSV. Cells
+are numbers, texts, TRUE, FALSE, error values and formulas (=...); formulas know Excel's operators, references, IF,
+ABS, AVERAGE, COUNT, EXACT, IFERROR, MAX, MIN, NA, ROUND, SUM and the functions that the add-ins have registered.
+The add-in kestrolumen.xll meets its companion workbook first and then has:
 
   NetOutputPrediction(inputs, network, fallback, low, high)                the likeliest category
   NetOutputProbabilityOfPrediction(inputs, network, fallback, low, high)   its probability
@@ -33,7 +34,8 @@ the add-in's functions:
 describe prints what the add-in knows of this machine, its folders and the add-in's own file.
 
 Options (--option VALUE or --option=VALUE; "--" ends them):
-  --addin FILE           the add-in; kestrolumen.xll beside this program if left out
+  --addin FILE           an add-in (XLL) to load, any that is written for Excel 2007 or later; may be given several
+                         times; kestrolumen.xll beside this program if left out
   --companion NAME       the networks of the companion workbook: iris (its default), or none: no workbook is
                          loaded, so the add-in's functions aren't registered and give #NAME?
   --workbook-name NAME   the name under which the workbook is open: XLA (Kestrolumen.XLA, the default), XLS, or
@@ -53,7 +55,7 @@ class InputError : public std::runtime_error {
 
 struct RunOptions {
     std::string sheet;
-    std::string addIn;  // beside the program when empty
+    std::vector<std::string> addIns;  // ours, beside the program, when empty
     std::string companion = "iris";
     std::string workbookName = "XLA";
     bool trace = false;
@@ -69,7 +71,7 @@ RunOptions ParseRunOptions(std::span<const std::string> arguments) {
     RunOptions run;
     const std::array options = {
         SwitchOption("--trace", run.trace),
-        TextOption("--addin", run.addIn),
+        ListOption("--addin", run.addIns),
         ChoiceOption("--companion", companions, run.companion),
         ChoiceOption("--workbook-name", workbookNames, run.workbookName),
     };
@@ -117,7 +119,7 @@ class TraceWriter {
         host.KeepTrace(false);
         if (err_ != nullptr) host.OnEntry([this](const Entry& entry) { *err_ << Describe(entry) << '\n'; });
     }
-    void Milestone(const char* text) {
+    void Milestone(const std::string& text) {
         if (err_ != nullptr) *err_ << "-- " << text << '\n';
     }
 
@@ -126,38 +128,46 @@ class TraceWriter {
 };
 
 // The whole session; the faults found in calculated cells.
-std::vector<CellFault> Play(const RunOptions& options, const std::filesystem::path& addIn, Host& host,
-                            TraceWriter& trace, Sheet& sheet) {
+std::vector<CellFault> Play(const RunOptions& options, std::span<const std::filesystem::path> addIns,
+                            Host& host, TraceWriter& trace, Sheet& sheet) {
     const bool hasWorkbook = options.companion != "none";
     static constexpr std::array<const Network*, 1> networks = {&kIrisNetwork};
     if (hasWorkbook && options.workbookName != "none") {
         OpenCompanion(host, Wide("Kestrolumen." + options.workbookName), networks);
     }
-    trace.Milestone("Excel loads the add-in: xlAutoOpen");
-    Session session(host, addIn);
-    if (hasWorkbook) {
-        trace.Milestone("the companion workbook introduces itself: InitializeXlaInformationVB");
+    std::deque<Session> sessions;
+    const auto tell = [&](const std::string& what, const std::filesystem::path& addIn) {
+        trace.Milestone(addIns.size() == 1 ? what : what + " of " + addIn.filename().string());
+    };
+    for (const std::filesystem::path& addIn : addIns) {
+        tell("Excel loads the add-in: xlAutoOpen", addIn);
+        Session& session = sessions.emplace_back(host, addIn);
+        if (!hasWorkbook || !session.KnowsWorkbook()) continue;
+        tell("the companion workbook introduces itself: InitializeXlaInformationVB", addIn);
         session.Handshake();
     }
     trace.Milestone("the sheet is calculated");
     std::vector<CellFault> faults = sheet.Calculate(host, 1, SheetName(options.sheet));
-    if (hasWorkbook) {
-        trace.Milestone("the companion workbook leaves: UninitializeXlaInformation");
-        session.LeaveWorkbook();
+    for (std::size_t i = sessions.size(); i-- > 0;) {
+        if (hasWorkbook && sessions[i].KnowsWorkbook()) {
+            tell("the companion workbook leaves: UninitializeXlaInformation", addIns[i]);
+            sessions[i].LeaveWorkbook();
+        }
+        tell("Excel closes the add-in: xlAutoClose", addIns[i]);
+        sessions[i].Close();
     }
-    trace.Milestone("Excel closes the add-in: xlAutoClose");
-    session.Close();
     return faults;
 }
 
 int Run(const RunOptions& options, const std::filesystem::path& folder, std::ostream& out,
         std::ostream& err) try {
     Sheet sheet(ReadFile(options.sheet));
-    const std::filesystem::path addIn =
-        options.addIn.empty() ? folder / "kestrolumen.xll" : PathFrom(options.addIn);
+    std::vector<std::filesystem::path> addIns;
+    for (const std::string& addIn : options.addIns) addIns.push_back(PathFrom(addIn));
+    if (addIns.empty()) addIns.push_back(folder / "kestrolumen.xll");
     Host host;
     TraceWriter trace(host, options.trace ? &err : nullptr);
-    const std::vector<CellFault> faults = Play(options, addIn, host, trace, sheet);
+    const std::vector<CellFault> faults = Play(options, addIns, host, trace, sheet);
     out << sheet.Csv();
     out.flush();
     PrintFaults(options.sheet, faults, err);

@@ -1,5 +1,7 @@
 #include "excelhost/session.h"
 
+#include "excelhost/callscope.h"
+
 #include <oleauto.h>
 
 #include <memory>
@@ -49,19 +51,29 @@ using Uninitialize = void(WINAPI*)(std::int32_t);
 }  // namespace
 
 template <class Function>
+Function Session::Find(const char* name) const noexcept {
+    return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(GetProcAddress(module_, name)));
+}
+
+template <class Function>
 Function Session::Export(const char* name) const {
-    const FARPROC procedure = GetProcAddress(module_, name);
-    if (procedure == nullptr) throw AddInError("the add-in exports no '" + std::string(name) + "'");
-    return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(procedure));
+    const auto function = Find<Function>(name);
+    if (function == nullptr) {
+        throw AddInError("the add-in '" + Utf8(fileName_) + "' exports no '" + std::string(name) + "'");
+    }
+    return function;
 }
 
 Session::Session(Host& host, const std::filesystem::path& addIn)
     : module_(Load(addIn)), fileName_(Wide(Shown(addIn.filename()))) {
     try {
-        host.AddModule(fileName_,
-                       [module = module_](const char* name) { return GetProcAddress(module, name); });
-        (void)Export<AutoFunction>("xlAutoClose");
-        if (Export<AutoFunction>("xlAutoOpen")() != 1) throw AddInError("the add-in refuses to open");
+        host.AddModule(
+            Wide(Shown(std::filesystem::absolute(addIn))),
+            [module = module_](const char* name) { return GetProcAddress(module, name); }, module_);
+        const CallScope scope(fileName_);
+        if (Export<AutoFunction>("xlAutoOpen")() != 1) {
+            throw AddInError("the add-in '" + Utf8(fileName_) + "' refuses to open");
+        }
     } catch (...) {
         FreeLibrary(module_);
         throw;
@@ -70,11 +82,16 @@ Session::Session(Host& host, const std::filesystem::path& addIn)
 }
 
 Session::~Session() {
-    if (open_) Export<AutoFunction>("xlAutoClose")();
+    Close();
     FreeLibrary(module_);
 }
 
+bool Session::KnowsWorkbook() const noexcept {
+    return GetProcAddress(module_, "InitializeXlaInformationVB") != nullptr;
+}
+
 void Session::Handshake(Form form) {
+    const CallScope scope(fileName_);
     WorkbookString name(TEXT("Kestrolumen"));
     WorkbookString version(TEXT("8.2"));
     WorkbookString none(TEXT(""));
@@ -94,12 +111,14 @@ void Session::Handshake(Form form) {
 }
 
 void Session::LeaveWorkbook() {
+    const CallScope scope(fileName_);
     Export<Uninitialize>("UninitializeXlaInformation")(0);
 }
 
 void Session::Close() {
     if (!std::exchange(open_, false)) return;
-    Export<AutoFunction>("xlAutoClose")();
+    const CallScope scope(fileName_);
+    if (const auto close = Find<AutoFunction>("xlAutoClose")) close();
 }
 
 }  // namespace excelhost

@@ -20,15 +20,17 @@ class AddInError : public std::runtime_error {
 };
 
 // The order of life is: construct, Handshake, cells calculate, LeaveWorkbook, Close, destroy. Each step may
-// be left out; the destructor closes what is open.
+// be left out; the destructor closes what is open. The two of the workbook are for add-ins that know it.
 class Session {
   public:
-    // Loads the file, makes it known to the host under its file name and calls xlAutoOpen. AddInError.
+    // Loads the file, makes it known to the host under its path and calls xlAutoOpen. AddInError.
     Session(Host& host, const std::filesystem::path& addIn);
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
+    // Whether the add-in exports the handshake of the companion workbook.
+    [[nodiscard]] bool KnowsWorkbook() const noexcept;
     // Which of the two exports the workbook's code declares.
     enum class Form { VB, W };
     // The workbook has loaded: passes numbers and strings as the workbook's code does. AddInError when the
@@ -36,13 +38,17 @@ class Session {
     void Handshake(Form form = Form::VB);
     // The workbook leaves.
     void LeaveWorkbook();
-    // xlAutoClose; nothing the second time.
+    // xlAutoClose, where there is one; nothing the second time.
     void Close();
 
     // The file name without folder, as the add-in registers itself.
     [[nodiscard]] const Text& FileName() const noexcept { return fileName_; }
 
   private:
+    // Null when there is none.
+    template <class Function>
+    [[nodiscard]] Function Find(const char* name) const noexcept;
+    // AddInError when there is none.
     template <class Function>
     [[nodiscard]] Function Export(const char* name) const;
 

@@ -1,6 +1,7 @@
 #include "excelhost/worksheetcall.h"
 
 #include "excelhost/calling.h"
+#include "excelhost/callscope.h"
 
 namespace excelhost {
 namespace {
@@ -45,7 +46,9 @@ Value CallAndRead(HostState& state, const Registration& function, LentArguments&
 }  // namespace
 
 Value CallWorksheetFunction(HostState& state, const Registration& function, std::span<const Value> arguments,
+                            std::optional<Reference> caller,
                             const std::function<Value(const Value&)>& dereference) {
+    const CallScope scope(function, std::move(caller));
     LentArguments lent(function.type);
     for (std::size_t i = 0; i < function.Arity(); ++i) {
         const bool asItIs = i >= arguments.size() || TakesReferences(function.type.arguments[i]);

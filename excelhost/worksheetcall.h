@@ -4,14 +4,15 @@
 #include "excelhost/state.h"
 
 #include <functional>
+#include <optional>
 #include <span>
 
 namespace excelhost {
 
 // Lends the arguments, calls, copies the result and settles the account. Arguments may be fewer than the
-// function has; `dereference` gives the cells behind a reference. The value may be a reference.
+// function has; `caller` is the calling cell; `dereference` gives the cells behind a reference. The value may be a reference.
 [[nodiscard]] Value CallWorksheetFunction(HostState& state, const Registration& function,
-                                          std::span<const Value> arguments,
+                                          std::span<const Value> arguments, std::optional<Reference> caller,
                                           const std::function<Value(const Value&)>& dereference);
 
 }  // namespace excelhost

@@ -11,8 +11,8 @@ namespace {
 const std::vector<ServedFunction>& Table() {
     static const std::vector<ServedFunction> table = [] {
         std::vector<ServedFunction> all;
-        for (const auto room :
-             {MemoryFunctions(), RegistrationFunctions(), WorkbookFunctions(), SwitchFunctions()}) {
+        for (const auto room : {MemoryFunctions(), RegistrationFunctions(), WorkbookFunctions(),
+                                SwitchFunctions(), SurroundingsFunctions()}) {
             all.insert(all.end(), room.begin(), room.end());
         }
         std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.number < b.number; });

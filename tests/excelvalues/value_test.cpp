@@ -54,7 +54,7 @@ TEST(Copy, IsDeepForEveryType) {
         {
             excelhost::Blocks lent;
             copy = XXloperCopy(XXloperCopy(Viewed(RecordFrom(value, lent))));
-            for (excelhost::Block& block : lent) std::memset(block.bytes.get(), 0xDD, block.size);
+            for (excelhost::Block& block : lent) std::memset(block.Payload(), 0xDD, block.Size());
         }
         EXPECT_EQ(ValueFrom(*copy), value);
     }

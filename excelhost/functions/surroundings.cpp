@@ -1,0 +1,66 @@
+// What an add-in asks about itself and the program that it runs in.
+#include "excelhost/callscope.h"
+#include "excelhost/functions.h"
+#include "excelhost/state.h"
+
+#include <windows.h>
+
+#include <cstdint>
+#include <limits>
+#include <mutex>
+
+namespace excelhost {
+namespace {
+
+// The module whose code calls: that of the innermost call of this thread, or the only one there is.
+std::optional<Module> CallingModule(HostState& state) {
+    const std::lock_guard lock(state.mutex);
+    const CallScope* scope = CallScope::Current();
+    if (scope != nullptr) {
+        const Module* module = state.registrations.FindModule(scope->Module());
+        if (module != nullptr) return *module;
+    }
+    const auto& modules = state.registrations.Modules();
+    return modules.size() == 1 ? std::optional(modules.front()) : std::nullopt;
+}
+
+Outcome GetName(HostState& state, Operands) {
+    const auto module = CallingModule(state);
+    if (!module) return Outcome::Failed(xlretFailed, "called from no add-in's procedure");
+    return Outcome::Of(module->path);
+}
+
+// The low 16 bits are all that a 64-bit program gives here.
+Outcome GetInstance(HostState&, Operands) {
+    const auto instance = reinterpret_cast<std::uintptr_t>(GetModuleHandleW(nullptr));
+    return Outcome::Of(static_cast<int>(sizeof instance > 4 ? instance & 0xFFFF : instance));
+}
+
+// There is no window. A number that is none keeps an add-in from owning somebody else's.
+Outcome GetWindowHandle(HostState&, Operands) {
+    return Outcome::Of(0);
+}
+
+// The bytes of stack that are left: more than a 16-bit answer of older versions could say.
+Outcome GetStack(HostState&, Operands) {
+    return Outcome::Of(int{std::numeric_limits<std::int16_t>::max()} + 1);
+}
+
+// Nobody presses the escape key here.
+Outcome IsAborted(HostState&, Operands) {
+    return Outcome::Of(false);
+}
+
+constexpr ServedFunction kTable[] = {
+    {xlSpecial | 9, "xlGetName", 0, 0, GetName},         {xlSpecial | 7, "xlGetInst", 0, 0, GetInstance},
+    {xlSpecial | 8, "xlGetHwnd", 0, 0, GetWindowHandle}, {xlSpecial | 1, "xlStack", 0, 0, GetStack},
+    {xlSpecial | 6, "xlAbort", 0, 1, IsAborted},
+};
+
+}  // namespace
+
+std::span<const ServedFunction> SurroundingsFunctions() {
+    return kTable;
+}
+
+}  // namespace excelhost
