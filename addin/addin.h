@@ -1,4 +1,4 @@
-// The add-in: its eleven exports and what stands behind them, all in one header.
+// The add-in's eleven exports, all in one header.
 //
 //   xlAutoOpen, xlAutoClose, xlAutoAdd, xlAutoRemove, xlAutoFree             lifecycle.h
 //   NetOutputPrediction, NetOutputProbabilityOfPrediction,
@@ -6,14 +6,11 @@
 //   InitializeXlaInformationVB, InitializeXlaInformationW,
 //   UninitializeXlaInformation                                               handshake.h
 //
-// Order of life: the loader attaches the library (module.h, locateexcel.h); xlAutoOpen makes the store for
-// results (resultstore.h); the companion workbook's handshake registers the worksheet functions; cells
-// calculate; the workbook takes its leave; xlAutoClose unregisters the functions and closes the store.
+// Order of life: the loader attaches the library (DllMain); xlAutoOpen makes the store for results; the companion
+// workbook's handshake registers the worksheet functions; cells calculate; the workbook takes its leave;
+// xlAutoClose unregisters the functions and closes the store.
 #pragma once
 
 #include "addin/bridge.h"
 #include "addin/handshake.h"
 #include "addin/lifecycle.h"
-#include "addin/locateexcel.h"
-#include "addin/module.h"
-#include "addin/resultstore.h"

@@ -1,6 +1,6 @@
 #include "addin/bridge.h"
 
-#include "addin/resultstore.h"
+#include "addin/detail/resultstore.h"
 #include "excelvalues/xxloper.h"
 
 namespace {

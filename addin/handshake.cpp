@@ -1,6 +1,6 @@
 #include "addin/handshake.h"
 
-#include "addin/module.h"
+#include "addin/detail/module.h"
 #include "automation/automation.h"
 #include "excelvalues/xxloper.h"
 

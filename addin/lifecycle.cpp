@@ -1,9 +1,9 @@
 #include "addin/lifecycle.h"
 
 #include "addin/handshake.h"
-#include "addin/locateexcel.h"
-#include "addin/module.h"
-#include "addin/resultstore.h"
+#include "addin/detail/locateexcel.h"
+#include "addin/detail/module.h"
+#include "addin/detail/resultstore.h"
 #include "errors/vex.h"
 
 BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {

@@ -1,4 +1,4 @@
-#include "addin/locateexcel.h"
+#include "addin/detail/locateexcel.h"
 
 #include "excelvalues/callexcel.h"
 

@@ -1,6 +1,6 @@
-#include "addin/module.h"
+#include "addin/detail/module.h"
 
-#include "addin/locateexcel.h"
+#include "addin/detail/locateexcel.h"
 
 HMODULE ModuleHandle = nullptr;
 ModuleFacts AddInModule;

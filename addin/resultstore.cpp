@@ -1,4 +1,4 @@
-#include "addin/resultstore.h"
+#include "addin/detail/resultstore.h"
 
 #include "excelvalues/makers.h"
 

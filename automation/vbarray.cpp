@@ -86,7 +86,7 @@ void ReDimVbArray(SAFEARRAY*& array, std::uint32_t dimensions, const std::uint32
     ReDimVbArray(array, std::span(sizes, dimensions), elementSize, features, lowerBound);
 }
 
-std::uint32_t detail::ArraySize(std::size_t count) {
+std::uint32_t kestrolumen::detail::ArraySize(std::size_t count) {
     RequireMemory(std::in_range<std::uint32_t>(count));
     return static_cast<std::uint32_t>(count);
 }

@@ -43,10 +43,10 @@ void ReDimVbArray(SAFEARRAY*& array, std::span<const std::uint32_t> sizes, std::
 void ReDimVbArray(SAFEARRAY*& array, std::uint32_t dimensions, const std::uint32_t* sizes,
                   std::uint32_t elementSize, std::uint16_t features, std::int32_t lowerBound);
 
-namespace detail {
+namespace kestrolumen::detail {
 // A count of elements as ReDimVbArray takes it. Raises, in its name, for one that no array can have.
 [[nodiscard]] std::uint32_t ArraySize(std::size_t count);
-}  // namespace detail
+}  // namespace kestrolumen::detail
 
 // Destroys the array in the slot and sets the slot to null. Does nothing for a null slot or array, nor for a
 // fixed array. A locked one stays with whoever locked it.

@@ -127,7 +127,8 @@ SAFEARRAY* VbArrayFromMatrix(const Matrix& matrix, std::int32_t lowerBound) {
     RequireRowsOfLength(matrix, columns);
 
     SAFEARRAY* array = nullptr;
-    const std::uint32_t sizes[] = {detail::ArraySize(columns), detail::ArraySize(matrix.size())};
+    const std::uint32_t sizes[] = {kestrolumen::detail::ArraySize(columns),
+                                   kestrolumen::detail::ArraySize(matrix.size())};
     ReDimVbArray(array, sizes, sizeof(double), 0, lowerBound);
     const VbArrayLock lock(array);
     MoveMatrix<ToColumns>(std::span(matrix), columns, static_cast<double*>(lock.data));

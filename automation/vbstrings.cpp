@@ -44,7 +44,7 @@ void ReDimForPointers(SAFEARRAY*& array, std::span<const std::uint32_t> sizes, s
 template <typename String>
 void AssignStrings(SAFEARRAY*& array, bool ansiBytes, const std::vector<String>& strings,
                    std::int32_t lowerBound) {
-    const std::uint32_t count = detail::ArraySize(strings.size());
+    const std::uint32_t count = kestrolumen::detail::ArraySize(strings.size());
     ReDimForPointers(array, {&count, 1}, FADF_BSTR, lowerBound, [](int owned) { return owned == FADF_BSTR; });
     if (count == 0) return;
     const VbArrayLock lock(array);
@@ -142,7 +142,7 @@ void AssignVbArrayFromVectorWString(bool ansiBytes, SAFEARRAY*& array, const std
 
 void VbArrayFromPairs(bool ansiBytes, SAFEARRAY*& array,
                       const std::vector<std::pair<StdWString, StdWString>>& pairs, std::int32_t lowerBound) {
-    const std::uint32_t sizes[] = {2, detail::ArraySize(pairs.size())};
+    const std::uint32_t sizes[] = {2, kestrolumen::detail::ArraySize(pairs.size())};
     const std::int64_t end = std::int64_t{lowerBound} + std::max(sizes[0], sizes[1]);
     // Systems look for an index below the sum of lower bound and count, in 32 bits.
     if (!std::in_range<LONG>(end)) throw VexOutOfMemory("ReDimVbArray", VexCode::ArrayAllocation);

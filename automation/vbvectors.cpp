@@ -7,7 +7,7 @@ namespace {
 // Makes the array in the slot fit, and copies the values to its start.
 void AssignBytes(SAFEARRAY*& array, const void* values, std::size_t count, std::uint32_t elementSize,
                  std::int32_t lowerBound) {
-    const std::uint32_t size = detail::ArraySize(count);
+    const std::uint32_t size = kestrolumen::detail::ArraySize(count);
     ReDimVbArray(array, {&size, 1}, elementSize, 0, lowerBound);
     const VbArrayLock lock(array);
     if (count > 0 && lock.data != nullptr) std::memcpy(lock.data, values, count * elementSize);
@@ -24,19 +24,20 @@ std::vector<Value> VectorFromVbArray(SAFEARRAY* array) {
 
 }  // namespace
 
-SAFEARRAY* detail::VbArrayFromBytes(const void* values, std::size_t count, std::uint32_t elementSize,
-                                    std::int32_t lowerBound) {
+SAFEARRAY* kestrolumen::detail::VbArrayFromBytes(const void* values, std::size_t count,
+                                                 std::uint32_t elementSize, std::int32_t lowerBound) {
     SAFEARRAY* array = nullptr;
     AssignBytes(array, values, count, elementSize, lowerBound);
     return array;
 }
 
 SAFEARRAY* VbArrayFromVectorDouble(const std::vector<double>& values, std::int32_t lowerBound) {
-    return detail::VbArrayFromBytes(values.data(), values.size(), sizeof(double), lowerBound);
+    return kestrolumen::detail::VbArrayFromBytes(values.data(), values.size(), sizeof(double), lowerBound);
 }
 
 SAFEARRAY* VbArrayFromVectorInt16(const std::vector<std::int16_t>& values, std::int32_t lowerBound) {
-    return detail::VbArrayFromBytes(values.data(), values.size(), sizeof(std::int16_t), lowerBound);
+    return kestrolumen::detail::VbArrayFromBytes(values.data(), values.size(), sizeof(std::int16_t),
+                                                 lowerBound);
 }
 
 void VbArrayFromVectorByte(SAFEARRAY** array, const std::vector<std::uint8_t>& bytes,

@@ -14,7 +14,7 @@
 template <typename Value>
 concept FourByteNumber = std::is_arithmetic_v<Value> && sizeof(Value) == 4;
 
-namespace detail {
+namespace kestrolumen::detail {
 [[nodiscard]] SAFEARRAY* VbArrayFromBytes(const void* values, std::size_t count, std::uint32_t elementSize,
                                           std::int32_t lowerBound);
 }
@@ -24,7 +24,7 @@ namespace detail {
                                                 std::int32_t lowerBound);
 template <FourByteNumber Value>
 [[nodiscard]] SAFEARRAY* VbArrayFromVectorInt32(const std::vector<Value>& values, std::int32_t lowerBound) {
-    return detail::VbArrayFromBytes(values.data(), values.size(), sizeof(Value), lowerBound);
+    return kestrolumen::detail::VbArrayFromBytes(values.data(), values.size(), sizeof(Value), lowerBound);
 }
 
 // Into the slot `array`. What is there is destroyed, unless it is fixed; then, if there are any bytes, they

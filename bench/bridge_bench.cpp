@@ -1,6 +1,7 @@
 // One worksheet call through the add-in, beside the same call written in plain C style and beside the host's
 // own share of it. The host does next to nothing, so what is seen is the road itself.
 #include "addin/addin.h"
+#include "addin/detail/resultstore.h"
 #include "excelvalues/xxloper.h"
 
 #include <benchmark/benchmark.h>

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "excelhost/automation/server.h"
-#include "objectmodel/interfaces.h"
+#include "objectmodel/detail/interfaces.h"
 #include "objectmodel/msexcel.h"
 
 namespace {

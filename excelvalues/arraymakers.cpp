@@ -2,7 +2,7 @@
 
 #include "excelvalues/copy.h"
 #include "excelvalues/makers.h"
-#include "excelvalues/memory.h"
+#include "excelvalues/detail/memory.h"
 #include "excelvalues/numbers.h"
 
 #include <algorithm>
@@ -41,7 +41,7 @@ void Require(bool condition, const char* complaint) {
 // An array with the block that `makeBlock` gives.
 template <typename MakeBlock>
 XXloperPtr ArrayOf(const Shape& shape, MakeBlock makeBlock) {
-    auto value = detail::NewValue();
+    auto value = kestrolumen::detail::NewValue();
     value->val.array.lparray = makeBlock();
     value->val.array.rows = shape.rows;
     value->val.array.columns = shape.columns;
@@ -53,7 +53,7 @@ XXloperPtr ArrayOf(const Shape& shape, MakeBlock makeBlock) {
 template <typename ForEachCell>
 XXloperPtr ArrayOfCopies(const Shape& shape, ForEachCell forEachCell) {
     return ArrayOf(shape, [&] {
-        detail::RecordBlock block(shape.Cells());
+        kestrolumen::detail::RecordBlock block(shape.Cells());
         forEachCell([&block](const XLOPER12& cell) { block.AppendCopy(cell); });
         return block.Release();
     });
@@ -79,7 +79,7 @@ XLOPER12 NotAvailable() noexcept {
 // As many numbers as there is room for, from `next` on. Gives the end.
 XLOPER12* FillNumbers(XLOPER12* next, std::size_t room, std::span<const double> values) noexcept {
     const auto numbers = values.first(std::min(values.size(), room));
-    detail::SetFromDoubles(next, numbers);
+    kestrolumen::detail::SetFromDoubles(next, numbers);
     return next + numbers.size();
 }
 
@@ -87,7 +87,7 @@ XLOPER12* FillNumbers(XLOPER12* next, std::size_t room, std::span<const double> 
 template <typename Fill>
 XXloperPtr ArrayOfNumbers(const Shape& shape, Fill fill) {
     return ArrayOf(shape, [&] {
-        auto* const block = detail::MallocArray<XLOPER12>(shape.Cells());
+        auto* const block = kestrolumen::detail::MallocArray<XLOPER12>(shape.Cells());
         std::fill(fill(block), block + shape.Cells(), NotAvailable());
         return block;
     });
@@ -154,7 +154,7 @@ class SideBySide {
 
     const std::vector<CellBlock>& blocks_;
     const XXloperPtr& filler_;
-    std::vector<std::size_t, detail::MallocAllocator<std::size_t>> widths_;
+    std::vector<std::size_t, kestrolumen::detail::MallocAllocator<std::size_t>> widths_;
     std::size_t columns_ = 0;
     std::size_t rows_ = 0;
 };

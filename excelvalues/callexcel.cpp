@@ -1,7 +1,7 @@
 #include "excelvalues/callexcel.h"
 
 #include "excelvalues/makers.h"
-#include "excelvalues/memory.h"
+#include "excelvalues/detail/memory.h"
 
 #include <array>
 #include <cstdarg>
@@ -51,13 +51,14 @@ int Excel12(int functionNumber, LPXLOPER12 result, int count, ...) {
 }
 
 void CallExcelToFree::operator()(const XXloper* value) const noexcept {
-    const LPXLOPER12 record = detail::Operand(value);
+    const LPXLOPER12 record = kestrolumen::detail::Operand(value);
     GiveBack(record);
     std::free(record);
 }
 
 XXloperPtr CallExcelWithOperands(int functionNumber, int count, LPXLOPER12* operands) {
-    detail::MallocPtr<XXloper> record(new (detail::Malloc(sizeof(XXloper))) XXloper());
+    kestrolumen::detail::MallocPtr<XXloper> record(new (kestrolumen::detail::Malloc(sizeof(XXloper)))
+                                                       XXloper());
     CallInto(*record, functionNumber, count, operands);
     return {record.release(), CallExcelToFree()};
 }

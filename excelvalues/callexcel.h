@@ -40,7 +40,7 @@ XXloperPtr CallExcelWithOperands(int functionNumber, int count, LPXLOPER12* oper
 // at once. Excel sees what it sees of a CallExcel whose handle is dropped; no memory is asked for.
 void CallExcelForEffect(int functionNumber, const XLOPER12& operand);
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // The counts of operands for which CallExcel exists: 0 to 9, and 30, the most that Excel's older worksheet
 // functions take.
@@ -53,26 +53,26 @@ inline LPXLOPER12 Operand(const XXloper* value) noexcept {
     return const_cast<XXloper*>(value);
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail
 
 // Calls Excel with operands in the order in which it is to get them, given by their handles.
 template <std::same_as<XXloperPtr>... Handles>
-requires(detail::IsOperandCountOfCallExcel(sizeof...(Handles))) XXloperPtr
+requires(kestrolumen::detail::IsOperandCountOfCallExcel(sizeof...(Handles))) XXloperPtr
     CallExcel(int functionNumber, const Handles&... operands) {
     if constexpr (sizeof...(Handles) == 0) {
         return CallExcelWithOperands(functionNumber, 0, nullptr);
     } else {
-        LPXLOPER12 pointers[] = {detail::Operand(operands.get())...};
+        LPXLOPER12 pointers[] = {kestrolumen::detail::Operand(operands.get())...};
         return CallExcelWithOperands(functionNumber, static_cast<int>(sizeof...(Handles)), pointers);
     }
 }
 
 // The same with one or two operands given by plain pointers.
 inline XXloperPtr CallExcel(int functionNumber, const XXloper* operand) {
-    LPXLOPER12 pointers[] = {detail::Operand(operand)};
+    LPXLOPER12 pointers[] = {kestrolumen::detail::Operand(operand)};
     return CallExcelWithOperands(functionNumber, 1, pointers);
 }
 inline XXloperPtr CallExcel(int functionNumber, const XXloper* first, const XXloper* second) {
-    LPXLOPER12 pointers[] = {detail::Operand(first), detail::Operand(second)};
+    LPXLOPER12 pointers[] = {kestrolumen::detail::Operand(first), kestrolumen::detail::Operand(second)};
     return CallExcelWithOperands(functionNumber, 2, pointers);
 }

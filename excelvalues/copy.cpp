@@ -1,6 +1,6 @@
 #include "excelvalues/copy.h"
 
-#include "excelvalues/memory.h"
+#include "excelvalues/detail/memory.h"
 
 #include <cstring>
 #include <utility>
@@ -14,11 +14,11 @@ bool OwnsBuffers(const XLOPER12& value) noexcept {
 
 template <typename T>
 T* CopyOfBlock(const T* source, std::size_t bytes) {
-    return static_cast<T*>(std::memcpy(detail::Malloc(bytes), source, bytes));
+    return static_cast<T*>(std::memcpy(kestrolumen::detail::Malloc(bytes), source, bytes));
 }
 
 XLOPER12* CopyOfRecords(const XLOPER12* source, std::uint64_t count) {
-    detail::RecordBlock block(count);
+    kestrolumen::detail::RecordBlock block(count);
     for (const XLOPER12* end = source + count; source != end; ++source) block.AppendCopy(*source);
     return block.Release();
 }
@@ -48,7 +48,7 @@ void CopyBuffers(XLOPER12& copy) {
 
 }  // namespace
 
-namespace detail {
+namespace kestrolumen::detail {
 
 void CopyValue(XLOPER12& target, const XLOPER12& source) {
     XLOPER12 copy;
@@ -75,11 +75,11 @@ XLOPER12* RecordBlock::Release() noexcept {
     return std::exchange(records_, nullptr);
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail
 
 XXloperPtr XXloperCopy(const XXloper& source) {
-    auto value = detail::NewValue();
-    detail::CopyValue(*value, source);
+    auto value = kestrolumen::detail::NewValue();
+    kestrolumen::detail::CopyValue(*value, source);
     return value;
 }
 

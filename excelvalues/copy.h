@@ -13,7 +13,7 @@
 [[nodiscard]] XXloperPtr XXloperCopy(const XXloper& source);
 [[nodiscard]] XXloperPtr XXloperCopy(XXloperPtr source);
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // Makes `target`, whose content is overwritten and not freed, such a copy. Raises std::bad_alloc, and then
 // `target` is as it was.
@@ -39,4 +39,4 @@ class RecordBlock {
     std::size_t count_ = 0;
 };
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

@@ -1,7 +1,7 @@
 #include "excelvalues/geometry.h"
 
 #include "excelvalues/callexcel.h"
-#include "excelvalues/memory.h"
+#include "excelvalues/detail/memory.h"
 #include "objectmodel/dispatch.h"
 #include "objectmodel/msexcel.h"
 
@@ -67,8 +67,8 @@ std::shared_ptr<MsExcel::Worksheet> SheetOf(IDispatch* application, std::uint32_
 XXloperPtr XXloperFromRectangles(std::uint32_t sheetId, std::uint16_t count, const XLREF12* rectangles) {
     constexpr std::size_t heading = offsetof(XLMREF12, reflref);
     const std::size_t bytes = heading + std::max<std::size_t>(count, 1) * sizeof(XLREF12);
-    auto value = detail::NewValue();
-    auto* const block = static_cast<XLMREF12*>(detail::Malloc(bytes));
+    auto value = kestrolumen::detail::NewValue();
+    auto* const block = static_cast<XLMREF12*>(kestrolumen::detail::Malloc(bytes));
     value->xltype = xltypeRef;
     value->val.mref.lpmref = block;
     value->val.mref.idSheet = sheetId;
@@ -112,7 +112,7 @@ XXloperPtr XXloperFromAreas(const SheetAreas& areas) {
 
 XXloperPtr XXloperFromSRef(std::int32_t rwFirst, std::int32_t rwLast, std::int16_t colFirst,
                            std::int16_t colLast) {
-    auto value = detail::NewValue();
+    auto value = kestrolumen::detail::NewValue();
     value->xltype = xltypeSRef;
     value->val.sref.count = 1;
     value->val.sref.ref = {rwFirst, rwLast, colFirst, colLast};

@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // Room for the control block of one handle.
 struct ControlBlockRoom {
@@ -38,7 +38,7 @@ struct ControlBlockAllocator {
     ControlBlockRoom* room;
 };
 
-}  // namespace detail
+}  // namespace kestrolumen::detail
 
 // A handle around a record that stays its owner's, Excel's above all, under ExcelOwnsItSoDoNotFree. Its
 // control block stands in this object, so that lending costs no memory. Every copy of the handle has to go
@@ -50,14 +50,14 @@ class LentXXloper {
   public:
     explicit LentXXloper(const XLOPER12* record) noexcept
         : handle_(static_cast<const XXloper*>(record), ExcelOwnsItSoDoNotFree(),
-                  detail::ControlBlockAllocator<XXloper>(room_)) {}
+                  kestrolumen::detail::ControlBlockAllocator<XXloper>(room_)) {}
     LentXXloper(const LentXXloper&) = delete;
     LentXXloper& operator=(const LentXXloper&) = delete;
 
     [[nodiscard]] const XXloperPtr& Handle() const noexcept { return handle_; }
 
   private:
-    detail::ControlBlockRoom room_;
+    kestrolumen::detail::ControlBlockRoom room_;
     XXloperPtr handle_;
 };
 

@@ -1,6 +1,6 @@
 #include "excelvalues/makers.h"
 
-#include "excelvalues/memory.h"
+#include "excelvalues/detail/memory.h"
 
 #include <algorithm>
 #include <iterator>
@@ -19,8 +19,8 @@ std::size_t LengthUpToLimit(const WCHAR* text) noexcept {
 
 // `length` is at most LongestString.
 XXloperPtr StringOf(const WCHAR* units, std::size_t length) {
-    auto value = detail::NewValue();
-    value->val.str = detail::MallocArray<XCHAR>(length + 1);
+    auto value = kestrolumen::detail::NewValue();
+    value->val.str = kestrolumen::detail::MallocArray<XCHAR>(length + 1);
     value->xltype = xltypeStr;
     value->val.str[0] = static_cast<XCHAR>(length);
     std::copy_n(units, length, value->val.str + 1);
@@ -48,7 +48,7 @@ struct ShortText {
 };
 
 XXloperPtr ValueOfType(DWORD type) {
-    auto value = detail::NewValue();
+    auto value = kestrolumen::detail::NewValue();
     value->xltype = type;
     return value;
 }
@@ -56,7 +56,7 @@ XXloperPtr ValueOfType(DWORD type) {
 }  // namespace
 
 XXloperPtr XXloperFromInt(std::int32_t number) {
-    auto value = detail::NewValue();
+    auto value = kestrolumen::detail::NewValue();
     value->xltype = xltypeInt;
     value->val.w = number;
     return value;
@@ -81,14 +81,14 @@ XXloperPtr XXloperFromString(const std::string& text) {
 }
 
 XXloperPtr XXloperFromBool(BYTE truth) {
-    auto value = detail::NewValue();
+    auto value = kestrolumen::detail::NewValue();
     value->xltype = xltypeBool;
     value->val.xbool = truth;
     return value;
 }
 
 XXloperPtr XXloperFromError(std::int32_t code) {
-    auto value = detail::NewValue();
+    auto value = kestrolumen::detail::NewValue();
     SetErrorValue(*value, code);
     return value;
 }
@@ -109,7 +109,7 @@ XXloperPtr XXloperFromBlob(const std::vector<BYTE>& bytes) {
     if (bytes.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
         throw std::length_error("XXloperFromBlob: more bytes than a value can count");
     }
-    auto value = detail::NewValue();
+    auto value = kestrolumen::detail::NewValue();
     value->xltype = xltypeBigData;
     // The record's published layout knows no const; nobody writes through it.
     value->val.bigdata.h.lpbData = bytes.empty() ? nullptr : const_cast<BYTE*>(bytes.data());

@@ -92,7 +92,7 @@ bool IsErrorNaN(double x) noexcept {
     return ErrorIndex(BitsOf(x)) < ExcelErrorCodes.size();
 }
 
-namespace detail {
+namespace kestrolumen::detail {
 
 void SetFromNumber(XLOPER12& record, double x) noexcept {
     const std::uint64_t bits = BitsOf(x);
@@ -108,17 +108,17 @@ void SetFromDoubles(XLOPER12* first, std::span<const double> values) noexcept {
     for (const double& x : values) SetFromBits(*first++, BitsOf(x));
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail
 
 XXloperPtr XXloperFromDouble(double x) {
-    auto value = detail::NewValue();
-    detail::SetFromDouble(*value, x);
+    auto value = kestrolumen::detail::NewValue();
+    kestrolumen::detail::SetFromDouble(*value, x);
     return value;
 }
 
 XXloperPtr XXloperFromNumber(double x) {
-    auto value = detail::NewValue();
-    detail::SetFromNumber(*value, x);
+    auto value = kestrolumen::detail::NewValue();
+    kestrolumen::detail::SetFromNumber(*value, x);
     return value;
 }
 

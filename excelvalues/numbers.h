@@ -61,7 +61,7 @@ inline constexpr std::uint64_t SentinelAllOnes = 0xFFFFFFFFFFFFFFFF;
 [[nodiscard]] double DoubleFromXXloper(const XXloper& value) noexcept;
 [[nodiscard]] double DoubleFromXXloper(XXloperPtr value) noexcept;
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // What XXloperFromDouble and XXloperFromNumber make, in a record whose content is overwritten and not freed.
 void SetFromDouble(XLOPER12& record, double x) noexcept;
@@ -70,4 +70,4 @@ void SetFromNumber(XLOPER12& record, double x) noexcept;
 // The same as SetFromDouble for each of `values`, into the records from `first` on.
 void SetFromDoubles(XLOPER12* first, std::span<const double> values) noexcept;
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

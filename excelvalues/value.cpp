@@ -1,6 +1,6 @@
 #include "excelvalues/value.h"
 
-#include "excelvalues/memory.h"
+#include "excelvalues/detail/memory.h"
 
 #include <algorithm>
 #include <cstring>
@@ -10,7 +10,7 @@ XXloper::XXloper() noexcept : XLOPER12{} {
 }
 
 XXloper::~XXloper() {
-    detail::FreeBuffers(*this);
+    kestrolumen::detail::FreeBuffers(*this);
 }
 
 CStringW XXloper::ToCStringW() const {
@@ -24,7 +24,7 @@ CStringW XXloper::ToCStringW() const {
     return text;
 }
 
-namespace detail {
+namespace kestrolumen::detail {
 
 std::shared_ptr<XXloper> NewValue() {
     return std::allocate_shared<XXloper>(MallocAllocator<XXloper>());
@@ -52,4 +52,4 @@ void FreeRecords(XLOPER12* records, std::uint64_t count) noexcept {
     std::free(records);
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

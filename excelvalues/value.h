@@ -104,7 +104,7 @@ struct ExcelOwnsItSoDoNotFree {
     return rows > 0 && columns > 0 ? static_cast<std::uint64_t>(rows * columns) : 0;
 }
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // A new record under the default policy, xltypeNil until its maker fills it: when the last reference goes,
 // the value is destroyed and its record freed. Raises std::bad_alloc.
@@ -116,4 +116,4 @@ void FreeBuffers(const XLOPER12& value) noexcept;
 // Frees an array's block after the buffers of its first `count` records. `records` may be null.
 void FreeRecords(XLOPER12* records, std::uint64_t count) noexcept;
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::AddIn;
 
 class XAddIn14 final : public AddIn {
@@ -26,6 +26,6 @@ class XAddIn14 final : public AddIn {
 }  // namespace
 
 template <>
-std::shared_ptr<AddIn> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<AddIn> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XAddIn14>(source);
 }

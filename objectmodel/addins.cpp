@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::AddIns;
 
 class XAddIns14 final : public AddIns {
@@ -28,6 +28,6 @@ class XAddIns14 final : public AddIns {
 }  // namespace
 
 template <>
-std::shared_ptr<AddIns> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<AddIns> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XAddIns14>(source);
 }

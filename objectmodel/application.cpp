@@ -9,7 +9,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::Application;
 
 class XApplication14 final : public Application {
@@ -177,7 +177,7 @@ ComPtr<IDispatch> XApplication14::CellsIn(const ParsedExternalReference& referen
 }  // namespace
 
 template <>
-std::shared_ptr<Application> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Application> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XApplication14>(source);
 }
 

@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::Areas;
 
 class XAreas14 final : public Areas {
@@ -25,6 +25,6 @@ class XAreas14 final : public Areas {
 }  // namespace
 
 template <>
-std::shared_ptr<Areas> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Areas> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XAreas14>(source);
 }

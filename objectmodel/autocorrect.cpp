@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::AutoCorrect;
 
 class XAutoCorrect14 final : public AutoCorrect {
@@ -25,6 +25,6 @@ class XAutoCorrect14 final : public AutoCorrect {
 }  // namespace
 
 template <>
-std::shared_ptr<AutoCorrect> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<AutoCorrect> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XAutoCorrect14>(source);
 }

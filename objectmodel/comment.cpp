@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::Comment;
 
 class XComment14 final : public Comment {
@@ -33,6 +33,6 @@ class XComment14 final : public Comment {
 }  // namespace
 
 template <>
-std::shared_ptr<Comment> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Comment> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XComment14>(source);
 }

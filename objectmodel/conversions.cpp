@@ -1,7 +1,7 @@
 // What becomes of a VARIANT that Excel answers with.
 #include "objectmodel/detail/forms.h"
 
-OwnedVariant detail::Changed(const VARIANT& value, VARTYPE type) {
+OwnedVariant kestrolumen::detail::Changed(const VARIANT& value, VARTYPE type) {
     VARIANT source = value;
     OwnedVariant result;
     const HRESULT hresult = VariantChangeType(result.receive(), &source, 0, type);
@@ -9,20 +9,20 @@ OwnedVariant detail::Changed(const VARIANT& value, VARTYPE type) {
     return result;
 }
 
-bool detail::BoolOf(const OwnedVariant& value) {
+bool kestrolumen::detail::BoolOf(const OwnedVariant& value) {
     if (value->vt == VT_BOOL) return value->boolVal != VARIANT_FALSE;
     return Changed(value.get(), VT_BOOL)->boolVal == VARIANT_TRUE;
 }
 
-LONG detail::LongOf(const OwnedVariant& value) {
+LONG kestrolumen::detail::LongOf(const OwnedVariant& value) {
     return value->vt == VT_I4 ? value->lVal : Changed(value.get(), VT_I4)->lVal;
 }
 
-CStringW detail::TextOf(const OwnedVariant& value) {
+CStringW kestrolumen::detail::TextOf(const OwnedVariant& value) {
     return TextOf(value->vt == VT_BSTR ? value->bstrVal : Changed(value.get(), VT_BSTR)->bstrVal);
 }
 
-ComPtr<IDispatch> detail::InterfaceFromVariant(const OwnedVariant& value, REFIID iid) {
+ComPtr<IDispatch> kestrolumen::detail::InterfaceFromVariant(const OwnedVariant& value, REFIID iid) {
     if (value->vt == VT_DISPATCH) return QueryFor(value->pdispVal, iid);
     if (value->vt == VT_UNKNOWN) return QueryFor(value->punkVal, iid);
 

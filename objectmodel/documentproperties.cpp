@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 
 // Calls Office's interface by its virtual table.
 class XDocumentProperties14 final : public DocumentProperties {
@@ -35,6 +35,6 @@ class XDocumentProperties14 final : public DocumentProperties {
 }  // namespace
 
 template <>
-std::shared_ptr<DocumentProperties> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<DocumentProperties> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XDocumentProperties14>(source);
 }

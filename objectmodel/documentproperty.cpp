@@ -5,7 +5,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 
 // Calls Office's interface by its virtual table.
 class XDocumentProperty14 final : public DocumentProperty {
@@ -34,6 +34,7 @@ class XDocumentProperty14 final : public DocumentProperty {
 
 }  // namespace
 
-std::shared_ptr<DocumentProperty> detail::WrapDocumentProperty(InterfaceSource<IDocumentProperty> source) {
+std::shared_ptr<DocumentProperty> kestrolumen::detail::WrapDocumentProperty(
+    InterfaceSource<IDocumentProperty> source) {
     return std::make_shared<XDocumentProperty14>(source);
 }

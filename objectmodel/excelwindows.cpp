@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::Windows;
 
 class XWindows14 final : public Windows {
@@ -28,6 +28,6 @@ class XWindows14 final : public Windows {
 }  // namespace
 
 template <>
-std::shared_ptr<Windows> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Windows> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XWindows14>(source);
 }

@@ -1,6 +1,6 @@
 #include "objectmodel/detail/externalreference.h"
 
-detail::ParsedExternalReference::ParsedExternalReference(const CStringW& text) {
+kestrolumen::detail::ParsedExternalReference::ParsedExternalReference(const CStringW& text) {
     const int mark = text.ReverseFind(TEXT('!'));
     if (mark <= 0) return;
     const bool quoted = text.GetAt(0) == TEXT('\'');

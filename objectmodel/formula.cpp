@@ -4,7 +4,7 @@
 #include "objectmodel/detail/dispids.h"
 #include "objectmodel/detail/forms.h"
 
-namespace detail {
+namespace kestrolumen::detail {
 
 namespace {
 
@@ -71,4 +71,4 @@ void WriteFormula(MsExcel::Range& range, const FormulaProperty& property, OwnedV
     }
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

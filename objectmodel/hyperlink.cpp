@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::Hyperlink;
 
 class XHyperlink14 final : public Hyperlink {
@@ -22,6 +22,6 @@ class XHyperlink14 final : public Hyperlink {
 }  // namespace
 
 template <>
-std::shared_ptr<Hyperlink> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Hyperlink> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XHyperlink14>(source);
 }

@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::Hyperlinks;
 
 class XHyperlinks14 final : public Hyperlinks {
@@ -25,6 +25,6 @@ class XHyperlinks14 final : public Hyperlinks {
 }  // namespace
 
 template <>
-std::shared_ptr<Hyperlinks> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Hyperlinks> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XHyperlinks14>(source);
 }

@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::Interior;
 
 class XInterior14 final : public Interior {
@@ -24,6 +24,6 @@ class XInterior14 final : public Interior {
 }  // namespace
 
 template <>
-std::shared_ptr<Interior> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Interior> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XInterior14>(source);
 }

@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::ListColumn;
 
 class XListColumn14 final : public ListColumn {
@@ -22,6 +22,6 @@ class XListColumn14 final : public ListColumn {
 }  // namespace
 
 template <>
-std::shared_ptr<ListColumn> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<ListColumn> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XListColumn14>(source);
 }

@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::ListColumns;
 
 class XListColumns14 final : public ListColumns {
@@ -25,6 +25,6 @@ class XListColumns14 final : public ListColumns {
 }  // namespace
 
 template <>
-std::shared_ptr<ListColumns> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<ListColumns> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XListColumns14>(source);
 }

@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::ListObject;
 
 class XListObject14 final : public ListObject {
@@ -33,6 +33,6 @@ class XListObject14 final : public ListObject {
 }  // namespace
 
 template <>
-std::shared_ptr<ListObject> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<ListObject> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XListObject14>(source);
 }

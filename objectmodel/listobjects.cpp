@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::ListObjects;
 
 class XListObjects14 final : public ListObjects {
@@ -25,6 +25,6 @@ class XListObjects14 final : public ListObjects {
 }  // namespace
 
 template <>
-std::shared_ptr<ListObjects> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<ListObjects> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XListObjects14>(source);
 }

@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::MultiThreadedCalculation;
 
 class XMultiThreadedCalculation14 final : public MultiThreadedCalculationClass {
@@ -27,6 +27,6 @@ class XMultiThreadedCalculation14 final : public MultiThreadedCalculationClass {
 }  // namespace
 
 template <>
-std::shared_ptr<MultiThreadedCalculationClass> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<MultiThreadedCalculationClass> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XMultiThreadedCalculation14>(source);
 }

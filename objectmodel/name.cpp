@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::Name;
 
 class XName14 final : public Name {
@@ -48,6 +48,6 @@ class XName14 final : public Name {
 }  // namespace
 
 template <>
-std::shared_ptr<Name> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Name> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XName14>(source);
 }

@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::Names;
 
 class XNames14 final : public Names {
@@ -31,6 +31,6 @@ class XNames14 final : public Names {
 }  // namespace
 
 template <>
-std::shared_ptr<Names> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Names> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XNames14>(source);
 }

@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::PivotTable;
 
 class XPivotTable14 final : public PivotTable {
@@ -22,6 +22,6 @@ class XPivotTable14 final : public PivotTable {
 }  // namespace
 
 template <>
-std::shared_ptr<PivotTable> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<PivotTable> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XPivotTable14>(source);
 }

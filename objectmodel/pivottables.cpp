@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::PivotTables;
 
 class XPivotTables14 final : public PivotTables {
@@ -25,6 +25,6 @@ class XPivotTables14 final : public PivotTables {
 }  // namespace
 
 template <>
-std::shared_ptr<PivotTables> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<PivotTables> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XPivotTables14>(source);
 }

@@ -1,4 +1,4 @@
-#include "objectmodel/probes.h"
+#include "objectmodel/detail/probes.h"
 
 #include "objectmodel/detail/dispids.h"
 #include "objectmodel/detail/forms.h"
@@ -28,7 +28,7 @@ void Probe(std::atomic<LONG>& latch, IDispatch* range, void (*attempt)(IDispatch
 
 void ProbeFormula2(IDispatch* range) noexcept {
     Probe(Formula2Available, range, [](IDispatch* cells) {
-        using namespace detail;
+        using namespace kestrolumen::detail;
         const ComPtr<IDispatch> cell =
             getI(cells, Dispid::Range::Resize, Optional(IntValue{1}), Optional(IntValue{1}));
         const OwnedVariant formula = getV(cell, Dispid::Range::Formula2);
@@ -37,6 +37,6 @@ void ProbeFormula2(IDispatch* range) noexcept {
 
 void ProbeHasSpill(IDispatch* range) noexcept {
     Probe(HasSpillAvailable, range, [](IDispatch* cells) {
-        const OwnedVariant hasSpill = detail::getV(cells, Dispid::Range::HasSpill);
+        const OwnedVariant hasSpill = kestrolumen::detail::getV(cells, Dispid::Range::HasSpill);
     });
 }

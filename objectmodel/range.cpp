@@ -6,12 +6,12 @@
 #include "objectmodel/detail/forms.h"
 #include "objectmodel/detail/latches.h"
 #include "objectmodel/msexcel.h"
-#include "objectmodel/probes.h"
+#include "objectmodel/detail/probes.h"
 
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::Range;
 
 constexpr LONG StyleA1 = 1;               // XlReferenceStyle
@@ -202,7 +202,7 @@ std::shared_ptr<Range> XRange14::GetCurrentArray() const {
 }  // namespace
 
 template <>
-std::shared_ptr<Range> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Range> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XRange14>(source);
 }
 

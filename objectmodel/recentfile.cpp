@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::RecentFile;
 
 class XRecentFile14 final : public RecentFile {
@@ -23,6 +23,6 @@ class XRecentFile14 final : public RecentFile {
 }  // namespace
 
 template <>
-std::shared_ptr<RecentFile> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<RecentFile> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XRecentFile14>(source);
 }

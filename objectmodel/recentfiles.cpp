@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::RecentFiles;
 
 class XRecentFiles14 final : public RecentFiles {
@@ -28,6 +28,6 @@ class XRecentFiles14 final : public RecentFiles {
 }  // namespace
 
 template <>
-std::shared_ptr<RecentFiles> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<RecentFiles> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XRecentFiles14>(source);
 }

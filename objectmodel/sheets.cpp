@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::Sheets;
 
 class XSheets14 final : public Sheets {
@@ -33,6 +33,6 @@ class XSheets14 final : public Sheets {
 }  // namespace
 
 template <>
-std::shared_ptr<Sheets> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Sheets> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XSheets14>(source);
 }

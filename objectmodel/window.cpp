@@ -8,7 +8,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::Window;
 
 constexpr LONG FirstVersionWithHwnd = 15;  // one window a workbook, since Excel 2013
@@ -64,7 +64,7 @@ class XWindow14 final : public Window {
 }  // namespace
 
 template <>
-std::shared_ptr<Window> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Window> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XWindow14>(source);
 }
 

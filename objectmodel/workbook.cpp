@@ -8,7 +8,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::Workbook;
 
 constexpr LONG AccessExclusive = 3;  // XlSaveAsAccessMode
@@ -69,7 +69,7 @@ class XWorkbook14 final : public Workbook {
 }  // namespace
 
 template <>
-std::shared_ptr<Workbook> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Workbook> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XWorkbook14>(source);
 }
 

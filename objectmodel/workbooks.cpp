@@ -6,7 +6,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::Workbooks;
 
 class XWorkbooks14 final : public Workbooks {
@@ -35,6 +35,6 @@ class XWorkbooks14 final : public Workbooks {
 }  // namespace
 
 template <>
-std::shared_ptr<Workbooks> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Workbooks> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XWorkbooks14>(source);
 }

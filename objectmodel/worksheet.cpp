@@ -7,7 +7,7 @@
 namespace {
 
 using namespace MsExcel;
-using namespace detail;
+using namespace kestrolumen::detail;
 using Id = Dispid::Worksheet;
 
 class XWorksheet14 final : public Worksheet {
@@ -62,7 +62,7 @@ class XWorksheet14 final : public Worksheet {
 }  // namespace
 
 template <>
-std::shared_ptr<Worksheet> detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<Worksheet> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XWorksheet14>(source);
 }
 

@@ -1,4 +1,4 @@
-#include "platform/ascendingbits.h"
+#include "platform/detail/ascendingbits.h"
 
 #include "platform/bits.h"
 
@@ -89,13 +89,15 @@ class Word {
 
 }  // namespace
 
-void detail::SetAscendingBits(std::uint8_t* bytes, std::span<const std::int32_t> values) noexcept {
+void kestrolumen::detail::SetAscendingBits(std::uint8_t* bytes,
+                                           std::span<const std::int32_t> values) noexcept {
     hasAvx2 ? SetByWords(bytes, values) : SetOneByOne(bytes, values);
 }
 
 #else
 
-void detail::SetAscendingBits(std::uint8_t* bytes, std::span<const std::int32_t> values) noexcept {
+void kestrolumen::detail::SetAscendingBits(std::uint8_t* bytes,
+                                           std::span<const std::int32_t> values) noexcept {
     SetOneByOne(bytes, values);
 }
 

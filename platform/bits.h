@@ -7,24 +7,24 @@
 #include <bit>
 #include <cstdint>
 
-namespace detail {
+namespace kestrolumen::detail {
 
 [[nodiscard]] constexpr std::uint8_t BitMask(std::int32_t index) noexcept {
     return static_cast<std::uint8_t>(0x80 >> (index & 7));
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail
 
 constexpr void SetBit(std::uint8_t* bytes, std::int32_t index) noexcept {
-    bytes[index >> 3] = static_cast<std::uint8_t>(bytes[index >> 3] | detail::BitMask(index));
+    bytes[index >> 3] = static_cast<std::uint8_t>(bytes[index >> 3] | kestrolumen::detail::BitMask(index));
 }
 
 constexpr void ClearBit(std::uint8_t* bytes, std::int32_t index) noexcept {
-    bytes[index >> 3] = static_cast<std::uint8_t>(bytes[index >> 3] & ~detail::BitMask(index));
+    bytes[index >> 3] = static_cast<std::uint8_t>(bytes[index >> 3] & ~kestrolumen::detail::BitMask(index));
 }
 
 [[nodiscard]] constexpr bool TestBit(const std::uint8_t* bytes, std::int32_t index) noexcept {
-    return (bytes[index >> 3] & detail::BitMask(index)) != 0;
+    return (bytes[index >> 3] & kestrolumen::detail::BitMask(index)) != 0;
 }
 
 // How many bits of a number are set.

@@ -1,6 +1,6 @@
 #include "platform/checksums.h"
 
-#include "platform/crcfolding.h"
+#include "platform/detail/crcfolding.h"
 
 #include <windows.h>
 
@@ -39,8 +39,8 @@ constexpr Table<std::uint64_t> HighestBitFirstTable(std::uint64_t polynomial) {
 }
 
 constexpr auto crc16Table = ReflectedTable<std::uint16_t>(0xA001);
-constexpr auto crc32Table = ReflectedTable(detail::Crc32Polynomial);
-constexpr auto crc64Table = HighestBitFirstTable(detail::Crc64Polynomial);
+constexpr auto crc32Table = ReflectedTable(kestrolumen::detail::Crc32Polynomial);
+constexpr auto crc64Table = HighestBitFirstTable(kestrolumen::detail::Crc64Polynomial);
 
 template <typename State>
 constexpr State ReflectedStep(const Table<State>& table, State state, unsigned char byte) noexcept {
@@ -51,21 +51,21 @@ struct Crc32Check {
     static std::uint32_t Step(std::uint32_t state, unsigned char byte) noexcept {
         return ReflectedStep(crc32Table, state, byte);
     }
-    static constexpr auto Fold = detail::FoldCrc32;
+    static constexpr auto Fold = kestrolumen::detail::FoldCrc32;
 };
 
 struct Crc64Check {
     static std::uint64_t Step(std::uint64_t state, unsigned char byte) noexcept {
         return state << 8 ^ crc64Table[static_cast<std::size_t>(state >> 56) ^ byte];
     }
-    static constexpr auto Fold = detail::FoldCrc64;
+    static constexpr auto Fold = kestrolumen::detail::FoldCrc64;
 };
 
 template <typename Check, typename State>
 State Update(State state, const void* data, std::size_t length) noexcept {
     const auto* next = static_cast<const unsigned char*>(data);
     // Out of the straight line, which is for the few bytes of a field.
-    if (length >= detail::LeastToFold && detail::canFold) [[unlikely]]
+    if (length >= kestrolumen::detail::LeastToFold && kestrolumen::detail::canFold) [[unlikely]]
         return Check::Fold(state, next, length);
     for (const unsigned char* const end = next + length; next != end; ++next) {
         state = Check::Step(state, *next);

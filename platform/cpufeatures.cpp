@@ -24,8 +24,8 @@ void AppendBytes(std::string& text, std::uint32_t bytes) {
     for (unsigned shift = 0; shift < 32; shift += 8) text += static_cast<char>(bytes >> shift & 0xFF);
 }
 
-detail::CpuRegisters Ask() {
-    detail::CpuRegisters result;
+kestrolumen::detail::CpuRegisters Ask() {
+    kestrolumen::detail::CpuRegisters result;
     unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
     if (__get_cpuid(0, &eax, &ebx, &ecx, &edx) != 0) {
         for (const unsigned part : {ebx, edx, ecx}) AppendBytes(result.vendor, part);
@@ -41,7 +41,7 @@ detail::CpuRegisters Ask() {
 
 #else
 
-detail::CpuRegisters Ask() {
+kestrolumen::detail::CpuRegisters Ask() {
     return {};
 }
 
@@ -49,10 +49,10 @@ detail::CpuRegisters Ask() {
 
 struct Cpu {
     std::string vendor;
-    detail::CpuFeatures features;
+    kestrolumen::detail::CpuFeatures features;
 
-    explicit Cpu(const detail::CpuRegisters& registers)
-        : vendor(registers.vendor), features(detail::FeaturesOf(registers)) {}
+    explicit Cpu(const kestrolumen::detail::CpuRegisters& registers)
+        : vendor(registers.vendor), features(kestrolumen::detail::FeaturesOf(registers)) {}
 };
 
 const Cpu& KnownCpu() {
@@ -62,7 +62,7 @@ const Cpu& KnownCpu() {
 
 }  // namespace
 
-detail::CpuFeatures detail::FeaturesOf(const CpuRegisters& registers) noexcept {
+kestrolumen::detail::CpuFeatures kestrolumen::detail::FeaturesOf(const CpuRegisters& registers) noexcept {
     constexpr unsigned sse2 = 26, fma = 12, avx = 28, avx2 = 5;
     constexpr std::uint64_t wideRegisters = 0b110;  // of XCR0: SSE and AVX state
     CpuFeatures features{};

@@ -18,7 +18,7 @@
 [[nodiscard]] bool CpuHasAvx2() noexcept;
 [[nodiscard]] bool CpuHasFma() noexcept;
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // What CPUID says; 0 for a leaf that the processor doesn't have.
 struct CpuRegisters {
@@ -40,4 +40,4 @@ struct CpuFeatures {
 
 [[nodiscard]] CpuFeatures FeaturesOf(const CpuRegisters& registers) noexcept;
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

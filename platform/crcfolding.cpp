@@ -1,4 +1,4 @@
-#include "platform/crcfolding.h"
+#include "platform/detail/crcfolding.h"
 
 #if defined(__x86_64__) || defined(__i386__)
 
@@ -41,7 +41,7 @@ struct HighestBitFirst {
     using State = std::uint64_t;
 
     static constexpr std::uint64_t TimesX(std::uint64_t a) {
-        return a << 1 ^ (a >> 63) * detail::Crc64Polynomial;
+        return a << 1 ^ (a >> 63) * kestrolumen::detail::Crc64Polynomial;
     }
     static constexpr std::uint64_t PowerOfX(unsigned exponent) {
         std::uint64_t power = 1;
@@ -51,7 +51,7 @@ struct HighestBitFirst {
     // x^128 / P, rounded down and without its highest coefficient.
     static constexpr std::uint64_t Reciprocal() {
         std::uint64_t quotient = 0;
-        std::uint64_t remainder = detail::Crc64Polynomial;
+        std::uint64_t remainder = kestrolumen::detail::Crc64Polynomial;
         for (int i = 0; i < 64; ++i) {
             quotient = quotient << 1 | remainder >> 63;
             remainder = TimesX(remainder);
@@ -75,7 +75,7 @@ struct HighestBitFirst {
     WITH_CLMUL static State Reduced(__m128i all) noexcept {
         static constexpr Halves forScale{0, PowerOfX(128)};
         static constexpr Halves forQuotient{0, Reciprocal()};
-        static constexpr Halves forMultiple{0, detail::Crc64Polynomial};
+        static constexpr Halves forMultiple{0, kestrolumen::detail::Crc64Polynomial};
         const __m128i scaled =
             _mm_xor_si128(_mm_clmulepi64_si128(all, Register(forScale), 0x01), _mm_slli_si128(all, 8));
         const __m128i quotient =
@@ -92,7 +92,7 @@ struct LowestBitFirst {
     using State = std::uint32_t;
 
     static constexpr std::uint64_t TimesX(std::uint64_t a) {
-        return a >> 1 ^ (a & 1) * std::uint64_t{detail::Crc32Polynomial};
+        return a >> 1 ^ (a & 1) * std::uint64_t{kestrolumen::detail::Crc32Polynomial};
     }
     static constexpr std::uint64_t PowerOfX(unsigned exponent) {
         std::uint64_t power = std::uint64_t{1} << 63;
@@ -102,7 +102,7 @@ struct LowestBitFirst {
     // x^127 / P, rounded down.
     static constexpr std::uint64_t Reciprocal() {
         std::uint64_t quotient = 1;
-        std::uint64_t remainder = detail::Crc32Polynomial;
+        std::uint64_t remainder = kestrolumen::detail::Crc32Polynomial;
         for (int i = 1; i < 64; ++i) {
             quotient |= (remainder & 1) << i;
             remainder = TimesX(remainder);
@@ -122,7 +122,7 @@ struct LowestBitFirst {
     WITH_CLMUL static State Reduced(__m128i all) noexcept {
         static constexpr Halves forScale{0, PowerOfX(127)};
         static constexpr Halves forQuotient{0, Reciprocal()};
-        static constexpr Halves forMultiple{0, std::uint64_t{detail::Crc32Polynomial} << 1};
+        static constexpr Halves forMultiple{0, std::uint64_t{kestrolumen::detail::Crc32Polynomial} << 1};
         const __m128i scaled =
             _mm_xor_si128(_mm_clmulepi64_si128(all, Register(forScale), 0x00), _mm_srli_si128(all, 8));
         const __m128i quotient = _mm_clmulepi64_si128(scaled, Register(forQuotient), 0x00);
@@ -256,7 +256,7 @@ WITH_CLMUL typename Order::State Fold(typename Order::State state, Bytes rest) n
 
 }  // namespace
 
-namespace detail {
+namespace kestrolumen::detail {
 
 const bool canFold = __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("sse4.1");
 
@@ -268,11 +268,11 @@ std::uint64_t FoldCrc64(std::uint64_t state, const unsigned char* data, std::siz
     return Fold<HighestBitFirst>(state, {data, length});
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail
 
 #else
 
-namespace detail {
+namespace kestrolumen::detail {
 
 const bool canFold = false;
 
@@ -284,6 +284,6 @@ std::uint64_t FoldCrc64(std::uint64_t state, const unsigned char*, std::size_t) 
     return state;
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail
 
 #endif

@@ -2,7 +2,7 @@
 
 #include "errors/vex.h"
 #include "platform/fileinfo.h"
-#include "platform/filestatus.h"
+#include "platform/detail/filestatus.h"
 #include "platform/modulepaths.h"
 
 #include <direct.h>
@@ -20,8 +20,8 @@
 namespace {
 
 bool IsDirectory(const WCHAR* path) noexcept {
-    const auto status = detail::StatusOf(path);
-    return status && detail::IsDirectory(*status);
+    const auto status = kestrolumen::detail::StatusOf(path);
+    return status && kestrolumen::detail::IsDirectory(*status);
 }
 
 // A search of the runtime library, ended by the destructor, that stands on a match or behind the last one.
@@ -101,7 +101,7 @@ bool ProbeWrite(const CStringW& directory, std::int32_t* clockSkewSeconds) {
     const CStringW probe = CStringWFormat(TEXT("%s%16.16I64X.TST"), directory, count.QuadPart);
     if (!CreateEmptyFile(probe.GetString())) return false;
     if (clockSkewSeconds != nullptr) {
-        const auto status = detail::StatusOf(probe.GetString());
+        const auto status = kestrolumen::detail::StatusOf(probe.GetString());
         *clockSkewSeconds = status ? SecondsAheadOfOurs(status->st_ctime) : 0;
     }
     static_cast<void>(_wremove(probe.GetString()));
@@ -123,13 +123,13 @@ CStringW MakeLongPathName(const CStringW& path) {
 
 bool DirectoryExists(const CStringW& path, bool probeWrite, std::int32_t* clockSkewSeconds) {
     CStringW directory = RemoveTrailingBackslash(path);
-    auto status = detail::StatusOf(directory.GetString());
+    auto status = kestrolumen::detail::StatusOf(directory.GetString());
     if (!status) {
         // A drive's root has to have its backslash.
         directory += TEXT('\\');
-        status = detail::StatusOf(directory.GetString());
+        status = kestrolumen::detail::StatusOf(directory.GetString());
     }
-    if (!status || !detail::IsDirectory(*status)) return false;
+    if (!status || !kestrolumen::detail::IsDirectory(*status)) return false;
     return !probeWrite || ProbeWrite(AddTrailingBackslash(directory.GetString()), clockSkewSeconds);
 }
 
@@ -163,7 +163,7 @@ bool CreateDirectoryTree(const WCHAR* path) {
     int end = nextBackslash(0);
     while (end >= 0 && (end = nextBackslash(end + 1)) >= 0) {
         const CStringW ahead = directory.Left(end);
-        if (!detail::StatusOf(ahead.GetString())) static_cast<void>(_wmkdir(ahead.GetString()));
+        if (!kestrolumen::detail::StatusOf(ahead.GetString())) static_cast<void>(_wmkdir(ahead.GetString()));
     }
     static_cast<void>(_wmkdir(directory.GetString()));
     return IsDirectory(directory.GetString());

@@ -2,7 +2,7 @@
 
 #include "errors/vex.h"
 #include "platform/checksums.h"
-#include "platform/filerange.h"
+#include "platform/detail/filerange.h"
 
 #include <io.h>
 #include <stdio.h>
@@ -16,7 +16,7 @@
 namespace {
 
 [[noreturn]] void RaiseReadingFailed(const char* raiser, const CStringW& name) {
-    throw VexErrorReadingFile(raiser, VexCode::Sentence, detail::ReadingFailed(name));
+    throw VexErrorReadingFile(raiser, VexCode::Sentence, kestrolumen::detail::ReadingFailed(name));
 }
 
 // The pieces in which fgets gives the rest of a stream to a buffer of 1025 bytes, read in larger blocks.
@@ -106,8 +106,9 @@ std::int64_t File::size() {
 
 void File::seek(std::int64_t offset, std::int32_t origin) {
     if (stream_ == nullptr || _fseeki64(stream_, offset, origin) != 0) {
-        throw VexErrorSeekingFile("File::seek", VexCode::Sentence,
-                                  detail::SeekingFailed(name_, offset, static_cast<std::uint32_t>(origin)));
+        throw VexErrorSeekingFile(
+            "File::seek", VexCode::Sentence,
+            kestrolumen::detail::SeekingFailed(name_, offset, static_cast<std::uint32_t>(origin)));
     }
 }
 
@@ -150,7 +151,8 @@ void File::write(const void* data, std::uint32_t count) {
 
 void File::Write(const void* data, std::size_t count) {
     if (stream_ == nullptr || std::fwrite(data, 1, count, stream_) != count) {
-        throw VexErrorWritingFile("File::write", VexCode::Sentence, detail::WritingFailed(name_));
+        throw VexErrorWritingFile("File::write", VexCode::Sentence,
+                                  kestrolumen::detail::WritingFailed(name_));
     }
 }
 
@@ -182,7 +184,7 @@ void File::append(File& source) {
 }
 
 void File::append_range(File& source, std::int64_t offset, std::int64_t count) {
-    detail::AppendRange(*this, source, offset, count);
+    kestrolumen::detail::AppendRange(*this, source, offset, count);
 }
 
 std::uint64_t File::crc64() {

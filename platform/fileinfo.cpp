@@ -1,6 +1,6 @@
 #include "platform/fileinfo.h"
 
-#include "platform/filestatus.h"
+#include "platform/detail/filestatus.h"
 #include "platform/winfile.h"
 
 #include <share.h>
@@ -17,8 +17,8 @@ std::int32_t ZeroUnlessItFits(std::int64_t number) noexcept {
 }  // namespace
 
 bool FileExists(const WCHAR* path) noexcept {
-    const auto status = detail::StatusOf(path);
-    return status && detail::IsFile(*status);
+    const auto status = kestrolumen::detail::StatusOf(path);
+    return status && kestrolumen::detail::IsFile(*status);
 }
 
 bool CreateEmptyFile(const WCHAR* path) noexcept {
@@ -33,7 +33,7 @@ std::int32_t FileSize32(const WCHAR* path) noexcept {
 }
 
 std::int64_t FileSize64(const WCHAR* path) noexcept {
-    const auto status = detail::StatusOf(path);
+    const auto status = kestrolumen::detail::StatusOf(path);
     return status ? status->st_size : 0;
 }
 
@@ -42,7 +42,7 @@ std::int32_t FileModifiedTime32(const WCHAR* path) noexcept {
 }
 
 std::int64_t FileModifiedTime64(const WCHAR* path) noexcept {
-    const auto status = detail::StatusOf(path);
+    const auto status = kestrolumen::detail::StatusOf(path);
     return status ? status->st_mtime : 0;
 }
 

@@ -1,6 +1,6 @@
 #include "platform/indexsets.h"
 
-#include "platform/ascendingbits.h"
+#include "platform/detail/ascendingbits.h"
 #include "platform/bits.h"
 
 #include <algorithm>
@@ -89,7 +89,7 @@ Bytes PackedBits(const Values& values, const Range& range) {
     std::memcpy(packed.data(), &header, headerBytes);
     std::uint8_t* const bits = packed.data() + headerBytes;
     if (range.ascending && largest / 10 < values.size()) {
-        detail::SetAscendingBits(bits, values);
+        kestrolumen::detail::SetAscendingBits(bits, values);
     } else {
         for (const std::int32_t value : values) SetBit(bits, value);
     }

@@ -62,14 +62,15 @@ OSVERSIONINFOEXW GetOsVersionInfo() {
     return version;
 }
 
-CStringA detail::OsNameOf(const OSVERSIONINFOEXW& version, bool is64Bit, bool isServerR2) {
+CStringA kestrolumen::detail::OsNameOf(const OSVERSIONINFOEXW& version, bool is64Bit, bool isServerR2) {
     CStringA name = "Windows " + NameOf(version, is64Bit, isServerR2);
     if (version.szCSDVersion[0] != 0) name += CStringAFormat(" (%S)", version.szCSDVersion);
     return name + CStringAFormat(", %d bit", is64Bit ? 64 : 32);
 }
 
 CStringA OsName() {
-    return detail::OsNameOf(GetOsVersionInfo(), Is64BitWindows(), GetSystemMetrics(SM_SERVERR2) != 0);
+    return kestrolumen::detail::OsNameOf(GetOsVersionInfo(), Is64BitWindows(),
+                                         GetSystemMetrics(SM_SERVERR2) != 0);
 }
 
 std::uint32_t OsVersionNumber() {

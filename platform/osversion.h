@@ -27,9 +27,9 @@
 // Whether the system is that of an x86-64 machine, whatever the process is.
 [[nodiscard]] bool Is64BitWindows() noexcept;
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // OsName of a version. `isServerR2` tells the later Windows Server 2003 from the first one.
 [[nodiscard]] CStringA OsNameOf(const OSVERSIONINFOEXW& version, bool is64Bit, bool isServerR2);
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

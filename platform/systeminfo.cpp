@@ -60,7 +60,7 @@ std::uint32_t SystemVolumeSerial() noexcept {
     return told != FALSE ? serial : 0;
 }
 
-CStringW detail::RegisteredComputerName() {
+CStringW kestrolumen::detail::RegisteredComputerName() {
     HKEY key = nullptr;
     if (RegOpenKeyExW(HKEY_LOCAL_MACHINE,
                       TEXT("SYSTEM\\CurrentControlSet\\Control\\ComputerName\\ComputerName"), 0, KEY_READ,
@@ -78,8 +78,8 @@ CStringW detail::RegisteredComputerName() {
 CStringW ComputerName(bool unknownIfMissing, bool appendUserName) {
     WCHAR buffer[257] = {};
     DWORD size = std::size(buffer);
-    CStringW name =
-        GetComputerNameW(buffer, &size) != FALSE ? CStringW(buffer) : detail::RegisteredComputerName();
+    CStringW name = GetComputerNameW(buffer, &size) != FALSE ? CStringW(buffer)
+                                                             : kestrolumen::detail::RegisteredComputerName();
     if (name.IsEmpty() && unknownIfMissing) name = TEXT("Unknown");
     size = std::size(buffer);
     if (appendUserName && GetUserNameW(buffer, &size) != FALSE) name += CStringW(TEXT("-")) + buffer;

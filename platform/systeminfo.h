@@ -39,10 +39,10 @@
 // SOFTWARE\Microsoft\Windows\CurrentVersion\ImmersiveShell below HKEY_CURRENT_USER (32-bit view).
 [[nodiscard]] bool IsTabletMode() noexcept;
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // What the registry holds for the machine's name: REG_SZ "ComputerName" of at most 256 bytes, in the key
 // SYSTEM\CurrentControlSet\Control\ComputerName\ComputerName below HKEY_LOCAL_MACHINE; else empty.
 [[nodiscard]] CStringW RegisteredComputerName();
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

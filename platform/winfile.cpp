@@ -1,7 +1,7 @@
 #include "platform/winfile.h"
 
 #include "errors/vex.h"
-#include "platform/filerange.h"
+#include "platform/detail/filerange.h"
 
 #include <algorithm>
 
@@ -76,7 +76,7 @@ std::int64_t WinFile::size() const {
 void WinFile::seek(std::int64_t offset, std::uint32_t origin) {
     if (!SetFilePointerEx(handle_, Large(offset), nullptr, origin)) {
         throw VexErrorSeekingFile("WinFile::seek", VexCode::Sentence,
-                                  detail::SeekingFailed(name_, offset, origin));
+                                  kestrolumen::detail::SeekingFailed(name_, offset, origin));
     }
 }
 
@@ -85,7 +85,8 @@ void WinFile::read(Bytes& bytes) {
         return ReadFile(handle_, data, size, moved, nullptr);
     });
     if (!done) {
-        throw VexErrorReadingFile("WinFile::read", VexCode::Sentence, detail::ReadingFailed(name_));
+        throw VexErrorReadingFile("WinFile::read", VexCode::Sentence,
+                                  kestrolumen::detail::ReadingFailed(name_));
     }
 }
 
@@ -94,7 +95,8 @@ void WinFile::write(const Bytes& bytes) {
         return WriteFile(handle_, data, size, moved, nullptr);
     });
     if (!done) {
-        throw VexErrorWritingFile("WinFile::write", VexCode::Sentence, detail::WritingFailed(name_));
+        throw VexErrorWritingFile("WinFile::write", VexCode::Sentence,
+                                  kestrolumen::detail::WritingFailed(name_));
     }
 }
 
@@ -103,7 +105,7 @@ void WinFile::append(WinFile& source) {
 }
 
 void WinFile::append_range(WinFile& source, std::int64_t offset, std::int64_t count) {
-    detail::AppendRange(*this, source, offset, count);
+    kestrolumen::detail::AppendRange(*this, source, offset, count);
 }
 
 std::int64_t GetHandleFileSize(HANDLE handle) noexcept {

@@ -1,12 +1,12 @@
-#include "text/ansicodepage.h"
+#include "text/detail/ansicodepage.h"
 
 #include <windows.h>
 
-namespace detail {
+namespace kestrolumen::detail {
 
 unsigned LongestAnsiCharacter() noexcept {
     CPINFO info{};
     return GetCPInfo(CP_ACP, &info) != FALSE ? info.MaxCharSize : 0;
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

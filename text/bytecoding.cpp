@@ -1,6 +1,6 @@
-#include "text/bytecoding.h"
+#include "text/detail/bytecoding.h"
 
-#include "text/bytecoding_ssse3.h"
+#include "text/detail/bytecoding_ssse3.h"
 
 #include <array>
 
@@ -43,7 +43,7 @@ unsigned SixBitValue(char character) noexcept {
 
 }  // namespace
 
-namespace detail {
+namespace kestrolumen::detail {
 
 bool IsHexDigit(unsigned unit) noexcept {
     return IsDigitOfHex(unit);
@@ -103,4 +103,4 @@ void DecodeSixBit(const char* text, std::size_t length, std::uint8_t* bytes) noe
     }
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

@@ -1,4 +1,4 @@
-#include "text/bytecoding_ssse3.h"
+#include "text/detail/bytecoding_ssse3.h"
 
 #if defined(__x86_64__) || defined(__i386__)
 
@@ -132,7 +132,7 @@ WITH_SSSE3 std::size_t DecodeSixBitWide(const char* text, std::size_t length, st
 
 }  // namespace
 
-namespace detail {
+namespace kestrolumen::detail {
 
 std::size_t EncodeHexBlocks(const std::uint8_t* bytes, std::size_t size, char* digits) noexcept {
     return HasSsse3() ? EncodeHexWide(bytes, size, digits) : 0;
@@ -150,11 +150,11 @@ std::size_t DecodeSixBitBlocks(const char* text, std::size_t length, std::uint8_
     return HasSsse3() ? DecodeSixBitWide(text, length, bytes) : 0;
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail
 
 #else
 
-namespace detail {
+namespace kestrolumen::detail {
 
 std::size_t EncodeHexBlocks(const std::uint8_t*, std::size_t, char*) noexcept {
     return 0;
@@ -172,6 +172,6 @@ std::size_t DecodeSixBitBlocks(const char*, std::size_t, std::uint8_t*) noexcept
     return 0;
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail
 
 #endif

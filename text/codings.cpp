@@ -1,7 +1,7 @@
 #include "text/codings.h"
 
-#include "text/bytecoding.h"
-#include "text/cstringlength.h"
+#include "text/detail/bytecoding.h"
+#include "text/detail/cstringlength.h"
 
 #include <algorithm>
 #include <cstring>
@@ -9,7 +9,8 @@
 namespace {
 
 int CheckedLength(std::uint64_t length) {
-    return detail::CStringLength(length, "bytes as text: the text would be longer than 2^31 - 2 units");
+    return kestrolumen::detail::CStringLength(length,
+                                              "bytes as text: the text would be longer than 2^31 - 2 units");
 }
 
 const std::uint8_t* AsBytes(const char* text) noexcept {
@@ -30,7 +31,7 @@ CStringW HexFromTextW(const WCHAR* text) {
         const std::uint8_t bytes[] = {static_cast<std::uint8_t>(unit >> 8),
                                       static_cast<std::uint8_t>(unit & 0xFF)};
         char narrow[4];
-        detail::EncodeHex(bytes, sizeof bytes, narrow);
+        kestrolumen::detail::EncodeHex(bytes, sizeof bytes, narrow);
         digits = std::copy_n(narrow, 4, digits);
     }
     return hex;
@@ -39,7 +40,7 @@ CStringW HexFromTextW(const WCHAR* text) {
 CStringA HexFromBytes(std::span<const std::uint8_t> bytes) {
     CStringA hex;
     char* const digits = hex.GetBufferSetLength(CheckedLength(std::uint64_t{bytes.size()} * 2));
-    detail::EncodeHex(bytes.data(), bytes.size(), digits);
+    kestrolumen::detail::EncodeHex(bytes.data(), bytes.size(), digits);
     return hex;
 }
 
@@ -48,19 +49,21 @@ CStringA TextAFromHex(const char* text) {
     CStringA decoded;
     if (length % 2 != 0) return decoded;
     char* const target = decoded.GetBufferSetLength(CheckedLength(length / 2));
-    const bool allValid = detail::DecodeHex(text, length / 2, reinterpret_cast<std::uint8_t*>(target));
+    const bool allValid =
+        kestrolumen::detail::DecodeHex(text, length / 2, reinterpret_cast<std::uint8_t*>(target));
     return allValid ? decoded : CStringA();
 }
 
 CStringW TextWFromHex(const WCHAR* text) {
     const StdWStringView digits(text);
-    const auto isDigit = [](WCHAR unit) { return detail::IsHexDigit(unit); };
+    const auto isDigit = [](WCHAR unit) { return kestrolumen::detail::IsHexDigit(unit); };
     CStringW decoded;
     if (digits.size() % 4 != 0 || !std::all_of(digits.begin(), digits.end(), isDigit)) return decoded;
     WCHAR* target = decoded.GetBufferSetLength(CheckedLength(digits.size() / 4));
     for (std::size_t i = 0; i < digits.size(); i += 4) {
         unsigned unit = 0;
-        for (const WCHAR digit : digits.substr(i, 4)) unit = unit << 4 | detail::HexDigitValue(digit);
+        for (const WCHAR digit : digits.substr(i, 4))
+            unit = unit << 4 | kestrolumen::detail::HexDigitValue(digit);
         *target++ = static_cast<WCHAR>(unit);
     }
     return decoded;
@@ -69,14 +72,15 @@ CStringW TextWFromHex(const WCHAR* text) {
 std::vector<std::uint8_t> BytesFromHex(const CStringA& text) {
     const auto pairs = static_cast<std::size_t>(text.GetLength()) / 2;
     std::vector<std::uint8_t> bytes(pairs);
-    detail::DecodeHex(text.GetString(), pairs, bytes.data());
+    kestrolumen::detail::DecodeHex(text.GetString(), pairs, bytes.data());
     return bytes;
 }
 
 CStringA Text6FromBytes(std::span<const std::uint8_t> bytes) {
     CStringA text;
-    char* const target = text.GetBufferSetLength(CheckedLength(detail::SixBitLength(bytes.size())));
-    detail::EncodeSixBit(bytes.data(), bytes.size(), target);
+    char* const target =
+        text.GetBufferSetLength(CheckedLength(kestrolumen::detail::SixBitLength(bytes.size())));
+    kestrolumen::detail::EncodeSixBit(bytes.data(), bytes.size(), target);
     return text;
 }
 
@@ -84,6 +88,6 @@ std::vector<std::uint8_t> BytesFromText6(const CStringA& text) {
     const auto length = static_cast<std::size_t>(text.GetLength());
     // Not length * 6, which 32 bits may not hold.
     std::vector<std::uint8_t> bytes(length / 4 * 3 + (length % 4 * 6 + 7) / 8);
-    detail::DecodeSixBit(text.GetString(), length, bytes.data());
+    kestrolumen::detail::DecodeSixBit(text.GetString(), length, bytes.data());
     return bytes;
 }

@@ -1,4 +1,4 @@
-#include "text/digits.h"
+#include "text/detail/digits.h"
 
 #include <algorithm>
 #include <charconv>
@@ -11,7 +11,7 @@ namespace {
 
 // A number as std::to_chars writes it in scientific notation: d.ddde+xx or de+xx.
 struct Scientific {
-    char text[detail::mostDigits + 16];
+    char text[kestrolumen::detail::mostDigits + 16];
     char* digits;  // without the point
     int count;
     int point;
@@ -59,7 +59,7 @@ bool IsTie(double value, int places) noexcept {
     return true;
 }
 
-int ExactDigits(double value, int count, detail::Ties ties, char* digits) noexcept {
+int ExactDigits(double value, int count, kestrolumen::detail::Ties ties, char* digits) noexcept {
     Scientific rounded;
     const auto write = [&](int digitCount) {
         rounded.Parse(std::to_chars(rounded.text, std::end(rounded.text), value,
@@ -68,7 +68,7 @@ int ExactDigits(double value, int count, detail::Ties ties, char* digits) noexce
         std::copy_n(rounded.digits, count, digits);
     };
     write(count);
-    if (ties == detail::Ties::awayFromZero && IsTie(value, count - rounded.point)) {
+    if (ties == kestrolumen::detail::Ties::awayFromZero && IsTie(value, count - rounded.point)) {
         write(count + 1);
         if (Increment(digits, count)) ++rounded.point;
     }
@@ -140,7 +140,7 @@ bool QuickDigits(double value, int count, char* digits, int& point) noexcept {
 
 }  // namespace
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // What one multiplication leaves open is decided by the shortest decimal that reads back as the value, which
 // is quicker to be had than exact digits. Up to 15 digits, which every normal double holds, it rounds as the
@@ -164,4 +164,4 @@ int SignificantDigits(double value, int count, Ties ties, char* digits) noexcept
     return shortest.point + (next >= '5' && Increment(digits, count) ? 1 : 0);
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

@@ -1,7 +1,7 @@
 #include "text/escapes.h"
 
-#include "text/bytecoding.h"
-#include "text/cstringlength.h"
+#include "text/detail/bytecoding.h"
+#include "text/detail/cstringlength.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -21,7 +21,7 @@ template <typename Target>
 Target* WriteEscape(char byte, Target* target) noexcept {
     const auto code = static_cast<std::uint8_t>(byte);
     char digits[2];
-    detail::EncodeHex(&code, 1, digits);
+    kestrolumen::detail::EncodeHex(&code, 1, digits);
     return std::copy_n(digits, 2, target);
 }
 
@@ -33,8 +33,8 @@ Target* WriteEscape(WCHAR unit, Target* target) noexcept {
 
 template <typename Unit>
 void Resize(CStringT<Unit>& text, std::uint64_t length) {
-    static_cast<void>(
-        text.GetBufferSetLength(detail::CStringLength(length, "escaped text: longer than 2^31 - 2 units")));
+    static_cast<void>(text.GetBufferSetLength(
+        kestrolumen::detail::CStringLength(length, "escaped text: longer than 2^31 - 2 units")));
 }
 
 void Resize(std::string& text, std::uint64_t length) {

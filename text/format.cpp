@@ -40,7 +40,7 @@ CStringW CStringWFormatV(const WCHAR* format, va_list arguments) {
     return text;
 }
 
-namespace detail {
+namespace kestrolumen::detail {
 
 CStringA FormatCStringA(const char* format, ...) {
     va_list arguments;
@@ -74,4 +74,4 @@ StdWString FormatStdWString(const WCHAR* format, ...) {
     return text;
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

@@ -14,7 +14,7 @@
 [[nodiscard]] CStringA CStringAFormatV(const char* format, va_list arguments);
 [[nodiscard]] CStringW CStringWFormatV(const WCHAR* format, va_list arguments);
 
-namespace detail {
+namespace kestrolumen::detail {
 
 CStringA FormatCStringA(const char* format, ...);
 CStringW FormatCStringW(const WCHAR* format, ...);
@@ -41,22 +41,22 @@ const Unit* FormatArgument(const std::basic_string<Unit>& argument) noexcept {
     return argument.c_str();
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail
 
 template <typename... Arguments>
 [[nodiscard]] CStringA CStringAFormat(const char* format, const Arguments&... arguments) {
-    return detail::FormatCStringA(format, detail::FormatArgument(arguments)...);
+    return kestrolumen::detail::FormatCStringA(format, kestrolumen::detail::FormatArgument(arguments)...);
 }
 template <typename... Arguments>
 [[nodiscard]] CStringW CStringWFormat(const WCHAR* format, const Arguments&... arguments) {
-    return detail::FormatCStringW(format, detail::FormatArgument(arguments)...);
+    return kestrolumen::detail::FormatCStringW(format, kestrolumen::detail::FormatArgument(arguments)...);
 }
 // The standard strings end at the first zero unit of the formatted text.
 template <typename... Arguments>
 [[nodiscard]] std::string StdStringFormat(const char* format, const Arguments&... arguments) {
-    return detail::FormatStdString(format, detail::FormatArgument(arguments)...);
+    return kestrolumen::detail::FormatStdString(format, kestrolumen::detail::FormatArgument(arguments)...);
 }
 template <typename... Arguments>
 [[nodiscard]] StdWString StdWStringFormat(const WCHAR* format, const Arguments&... arguments) {
-    return detail::FormatStdWString(format, detail::FormatArgument(arguments)...);
+    return kestrolumen::detail::FormatStdWString(format, kestrolumen::detail::FormatArgument(arguments)...);
 }

@@ -1,6 +1,6 @@
 #include "text/numbers.h"
 
-#include "text/digits.h"
+#include "text/detail/digits.h"
 #include "text/format.h"
 
 #include <algorithm>
@@ -96,15 +96,15 @@ CStringA CStringAFromInt64Grouped(std::int64_t value, char separator) {
 
 CStringW CStringWFromDouble(double value, std::int16_t digits, char decimalPoint) {
     if (!std::isfinite(value)) return CStringWFormat(TEXT("%g"), value);
-    char text[detail::mostDigits + 16];
+    char text[kestrolumen::detail::mostDigits + 16];
     char* end = text;
     if (IsWholeOf32Bits(value)) {
         end = std::to_chars(text, text + 16, static_cast<std::int32_t>(value)).ptr;
     } else {
-        const int count = std::clamp<int>(digits, 1, detail::mostDigits);
-        char significant[detail::mostDigits];
-        const int point =
-            detail::SignificantDigits(std::fabs(value), count, detail::Ties::awayFromZero, significant);
+        const int count = std::clamp<int>(digits, 1, kestrolumen::detail::mostDigits);
+        char significant[kestrolumen::detail::mostDigits];
+        const int point = kestrolumen::detail::SignificantDigits(
+            std::fabs(value), count, kestrolumen::detail::Ties::awayFromZero, significant);
         if (value < 0) *end++ = '-';
         end = point >= 0 && point <= count ? WritePlain(significant, count, point, decimalPoint, end)
                                            : WriteWithExponent(significant, count, point, decimalPoint, end);

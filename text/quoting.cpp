@@ -1,6 +1,6 @@
 #include "text/quoting.h"
 
-#include "text/cstringlength.h"
+#include "text/detail/cstringlength.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -8,7 +8,7 @@
 namespace {
 
 int CheckedLength(std::uint64_t length) {
-    return detail::CStringLength(length, "quoted text: longer than 2^31 - 2 units");
+    return kestrolumen::detail::CStringLength(length, "quoted text: longer than 2^31 - 2 units");
 }
 
 StdWStringView View(const CStringW& text) noexcept {

@@ -1,8 +1,8 @@
 #include "text/rendering.h"
 
-#include "text/bytecoding.h"
-#include "text/cstringlength.h"
-#include "text/digits.h"
+#include "text/detail/bytecoding.h"
+#include "text/detail/cstringlength.h"
+#include "text/detail/digits.h"
 #include "text/escapes.h"
 #include "text/format.h"
 
@@ -14,7 +14,7 @@ namespace {
 
 template <typename Unit>
 void Append(CStringT<Unit>& text, const Unit* units, std::size_t count) {
-    text.Append(units, detail::CStringLength(count, "list as text: longer than 2^31 - 2 units"));
+    text.Append(units, kestrolumen::detail::CStringLength(count, "list as text: longer than 2^31 - 2 units"));
 }
 
 void Append(std::string& text, const char* units, std::size_t count) {
@@ -124,7 +124,8 @@ char* WriteDouble(double value, char* target) noexcept {
         return target;
     }
     char digits[precision];
-    const int point = detail::SignificantDigits(magnitude, precision, detail::Ties::toEven, digits);
+    const int point = kestrolumen::detail::SignificantDigits(magnitude, precision,
+                                                             kestrolumen::detail::Ties::toEven, digits);
     int count = precision;
     while (digits[count - 1] == '0') --count;
     const int exponent = point - 1;
@@ -166,7 +167,7 @@ template <typename Text>
 Text ByteList(const std::vector<std::uint8_t>& values, bool hex) {
     return List<Text>(values.size(), [&values, hex](Line<Text>& line, std::size_t i) {
         char* const target = line.Room(3);
-        if (hex) detail::EncodeHex(&values[i], 1, target);
+        if (hex) kestrolumen::detail::EncodeHex(&values[i], 1, target);
         line.Advance(hex ? target + 2 : WriteInteger(values[i], target));
     });
 }
@@ -189,7 +190,7 @@ Text QuotedList(const std::vector<Text>& texts) {
 
 }  // namespace
 
-namespace detail {
+namespace kestrolumen::detail {
 
 template <typename Text, typename Integer>
 Text IntegerList(const std::vector<Integer>& values) {
@@ -208,7 +209,7 @@ template CStringA IntegerList(const std::vector<long long>&);
 template CStringA IntegerList(const std::vector<unsigned long long>&);
 template std::string IntegerList(const std::vector<short>&);
 
-}  // namespace detail
+}  // namespace kestrolumen::detail
 
 CStringA CStringAFromVectorBool(const std::vector<bool>& values) {
     return List<CStringA>(values.size(), [&values](Line<CStringA>& line, std::size_t i) {
@@ -230,7 +231,7 @@ CStringA CStringAFromVectorUInt64Hex(const std::vector<std::uint64_t>& values) {
             bytes[at] = static_cast<std::uint8_t>(values[i] >> (56 - 8 * at) & 0xFF);
         }
         char* const target = line.Room(16);
-        detail::EncodeHex(bytes, sizeof bytes, target);
+        kestrolumen::detail::EncodeHex(bytes, sizeof bytes, target);
         line.Advance(target + 16);
     });
 }

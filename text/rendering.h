@@ -36,7 +36,7 @@ struct ChunkedVectorDouble {
     }
 };
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // The language's integers that are alike in all but type.
 template <typename Type, typename... Types>
@@ -51,7 +51,7 @@ concept Like =
 template <typename Text, typename Integer>
 [[nodiscard]] Text IntegerList(const std::vector<Integer>& values);
 
-}  // namespace detail
+}  // namespace kestrolumen::detail
 
 [[nodiscard]] CStringA CStringAFromVectorBool(const std::vector<bool>& values);
 [[nodiscard]] inline CStringW CStringWFromVectorBool(const std::vector<bool>& values) {
@@ -65,71 +65,71 @@ template <typename Text, typename Integer>
     return CStringAFromVectorByte(values, head, tail);
 }
 
-template <detail::Like<std::int16_t> Integer = std::int16_t>
+template <kestrolumen::detail::Like<std::int16_t> Integer = std::int16_t>
 [[nodiscard]] CStringA CStringAFromVectorInt16(const std::vector<Integer>& values) {
-    return detail::IntegerList<CStringA>(values);
+    return kestrolumen::detail::IntegerList<CStringA>(values);
 }
-template <detail::Like<std::int16_t> Integer = std::int16_t>
+template <kestrolumen::detail::Like<std::int16_t> Integer = std::int16_t>
 [[nodiscard]] CStringW CStringWFromVectorInt16(const std::vector<Integer>& values) {
-    return detail::IntegerList<CStringA>(values);
+    return kestrolumen::detail::IntegerList<CStringA>(values);
 }
-template <detail::Like<std::int16_t> Integer = std::int16_t>
+template <kestrolumen::detail::Like<std::int16_t> Integer = std::int16_t>
 [[nodiscard]] std::string StdStringFromVectorInt16(const std::vector<Integer>& values) {
-    return detail::IntegerList<std::string>(values);
+    return kestrolumen::detail::IntegerList<std::string>(values);
 }
 
-template <detail::Like<std::uint16_t> Integer = std::uint16_t>
+template <kestrolumen::detail::Like<std::uint16_t> Integer = std::uint16_t>
 [[nodiscard]] CStringA CStringAFromVectorUInt16(const std::vector<Integer>& values) {
-    return detail::IntegerList<CStringA>(values);
+    return kestrolumen::detail::IntegerList<CStringA>(values);
 }
-template <detail::Like<std::uint16_t> Integer = std::uint16_t>
+template <kestrolumen::detail::Like<std::uint16_t> Integer = std::uint16_t>
 [[nodiscard]] CStringW CStringWFromVectorUInt16(const std::vector<Integer>& values) {
-    return detail::IntegerList<CStringA>(values);
+    return kestrolumen::detail::IntegerList<CStringA>(values);
 }
 
-template <detail::Like<std::int32_t> Integer = std::int32_t>
+template <kestrolumen::detail::Like<std::int32_t> Integer = std::int32_t>
 [[nodiscard]] CStringA CStringAFromVectorInt32(const std::vector<Integer>& values) {
-    return detail::IntegerList<CStringA>(values);
+    return kestrolumen::detail::IntegerList<CStringA>(values);
 }
-template <detail::Like<std::int32_t> Integer = std::int32_t>
+template <kestrolumen::detail::Like<std::int32_t> Integer = std::int32_t>
 [[nodiscard]] CStringW CStringWFromVectorInt32(const std::vector<Integer>& values) {
-    return detail::IntegerList<CStringA>(values);
+    return kestrolumen::detail::IntegerList<CStringA>(values);
 }
 
-template <detail::Like<std::uint32_t> Integer = std::uint32_t>
+template <kestrolumen::detail::Like<std::uint32_t> Integer = std::uint32_t>
 [[nodiscard]] CStringA CStringAFromVectorUInt32(const std::vector<Integer>& values) {
-    return detail::IntegerList<CStringA>(values);
+    return kestrolumen::detail::IntegerList<CStringA>(values);
 }
-template <detail::Like<std::uint32_t> Integer = std::uint32_t>
+template <kestrolumen::detail::Like<std::uint32_t> Integer = std::uint32_t>
 [[nodiscard]] CStringW CStringWFromVectorUInt32(const std::vector<Integer>& values) {
-    return detail::IntegerList<CStringA>(values);
+    return kestrolumen::detail::IntegerList<CStringA>(values);
 }
 
-template <detail::Like<std::ptrdiff_t> Integer = std::ptrdiff_t>
+template <kestrolumen::detail::Like<std::ptrdiff_t> Integer = std::ptrdiff_t>
 [[nodiscard]] CStringA CStringAFromVectorPtrDiff(const std::vector<Integer>& values) {
-    return detail::IntegerList<CStringA>(values);
+    return kestrolumen::detail::IntegerList<CStringA>(values);
 }
-template <detail::Like<std::ptrdiff_t> Integer = std::ptrdiff_t>
+template <kestrolumen::detail::Like<std::ptrdiff_t> Integer = std::ptrdiff_t>
 [[nodiscard]] CStringW CStringWFromVectorPtrDiff(const std::vector<Integer>& values) {
-    return detail::IntegerList<CStringA>(values);
+    return kestrolumen::detail::IntegerList<CStringA>(values);
 }
 
-template <detail::Like<std::int64_t> Integer = std::int64_t>
+template <kestrolumen::detail::Like<std::int64_t> Integer = std::int64_t>
 [[nodiscard]] CStringA CStringAFromVectorInt64(const std::vector<Integer>& values) {
-    return detail::IntegerList<CStringA>(values);
+    return kestrolumen::detail::IntegerList<CStringA>(values);
 }
-template <detail::Like<std::int64_t> Integer = std::int64_t>
+template <kestrolumen::detail::Like<std::int64_t> Integer = std::int64_t>
 [[nodiscard]] CStringW CStringWFromVectorInt64(const std::vector<Integer>& values) {
-    return detail::IntegerList<CStringA>(values);
+    return kestrolumen::detail::IntegerList<CStringA>(values);
 }
 
-template <detail::Like<std::uint64_t> Integer = std::uint64_t>
+template <kestrolumen::detail::Like<std::uint64_t> Integer = std::uint64_t>
 [[nodiscard]] CStringA CStringAFromVectorUInt64(const std::vector<Integer>& values) {
-    return detail::IntegerList<CStringA>(values);
+    return kestrolumen::detail::IntegerList<CStringA>(values);
 }
-template <detail::Like<std::uint64_t> Integer = std::uint64_t>
+template <kestrolumen::detail::Like<std::uint64_t> Integer = std::uint64_t>
 [[nodiscard]] CStringW CStringWFromVectorUInt64(const std::vector<Integer>& values) {
-    return detail::IntegerList<CStringA>(values);
+    return kestrolumen::detail::IntegerList<CStringA>(values);
 }
 
 [[nodiscard]] CStringA CStringAFromVectorUInt64Hex(const std::vector<std::uint64_t>& values);

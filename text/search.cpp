@@ -1,6 +1,6 @@
 #include "text/search.h"
 
-#include "text/ansicodepage.h"
+#include "text/detail/ansicodepage.h"
 
 #include <cctype>
 #include <cwctype>
@@ -70,8 +70,8 @@ const Unit* FindNoCase(const Unit* text, const Unit* sought) noexcept {
 }  // namespace
 
 const char* FindNoCaseA(const char* text, const char* sought) noexcept {
-    return detail::LongestAnsiCharacter() == 2 ? FindNoCase<DoubleBytes>(text, sought)
-                                               : FindNoCase<Units<char>>(text, sought);
+    return kestrolumen::detail::LongestAnsiCharacter() == 2 ? FindNoCase<DoubleBytes>(text, sought)
+                                                            : FindNoCase<Units<char>>(text, sought);
 }
 
 const WCHAR* FindNoCaseW(const WCHAR* text, const WCHAR* sought) noexcept {

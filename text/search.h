@@ -23,7 +23,7 @@
     return CStringW(left.c_str()).CompareNoCase(right.c_str());
 }
 
-namespace detail {
+namespace kestrolumen::detail {
 
 template <typename Unit>
 [[nodiscard]] CStringT<Unit> Trimmed(CStringT<Unit> text) {
@@ -52,65 +52,65 @@ template <typename Unit>
 template <typename Text, typename Unit>
 concept StdText = std::same_as<Text, std::basic_string<Unit>>;
 
-}  // namespace detail
+}  // namespace kestrolumen::detail
 
 // Without the white space at both ends.
 [[nodiscard]] inline CStringA TrimmedA(CStringA text) {
-    return detail::Trimmed(std::move(text));
+    return kestrolumen::detail::Trimmed(std::move(text));
 }
 [[nodiscard]] inline CStringW TrimmedW(CStringW text) {
-    return detail::Trimmed(std::move(text));
+    return kestrolumen::detail::Trimmed(std::move(text));
 }
-template <detail::StdText<char> Text>
+template <kestrolumen::detail::StdText<char> Text>
 [[nodiscard]] std::string TrimmedA(const Text& text) {
-    return detail::Std(TrimmedA(CStringA(text.c_str())));
+    return kestrolumen::detail::Std(TrimmedA(CStringA(text.c_str())));
 }
-template <detail::StdText<WCHAR> Text>
+template <kestrolumen::detail::StdText<WCHAR> Text>
 [[nodiscard]] StdWString TrimmedW(const Text& text) {
-    return detail::Std(TrimmedW(CStringW(text.c_str())));
+    return kestrolumen::detail::Std(TrimmedW(CStringW(text.c_str())));
 }
 
 [[nodiscard]] inline CStringA LowerA(const char* text) {
-    return detail::Lower(CStringA(text));
+    return kestrolumen::detail::Lower(CStringA(text));
 }
 [[nodiscard]] inline CStringW LowerW(const WCHAR* text) {
-    return detail::Lower(CStringW(text));
+    return kestrolumen::detail::Lower(CStringW(text));
 }
 [[nodiscard]] inline CStringA UpperA(const char* text) {
-    return detail::Upper(CStringA(text));
+    return kestrolumen::detail::Upper(CStringA(text));
 }
 [[nodiscard]] inline CStringW UpperW(const WCHAR* text) {
-    return detail::Upper(CStringW(text));
+    return kestrolumen::detail::Upper(CStringW(text));
 }
-template <detail::StdText<char> Text>
+template <kestrolumen::detail::StdText<char> Text>
 [[nodiscard]] std::string LowerA(const Text& text) {
-    return detail::Std(LowerA(text.c_str()));
+    return kestrolumen::detail::Std(LowerA(text.c_str()));
 }
-template <detail::StdText<WCHAR> Text>
+template <kestrolumen::detail::StdText<WCHAR> Text>
 [[nodiscard]] StdWString LowerW(const Text& text) {
-    return detail::Std(LowerW(text.c_str()));
+    return kestrolumen::detail::Std(LowerW(text.c_str()));
 }
-template <detail::StdText<char> Text>
+template <kestrolumen::detail::StdText<char> Text>
 [[nodiscard]] std::string UpperA(const Text& text) {
-    return detail::Std(UpperA(text.c_str()));
+    return kestrolumen::detail::Std(UpperA(text.c_str()));
 }
-template <detail::StdText<WCHAR> Text>
+template <kestrolumen::detail::StdText<WCHAR> Text>
 [[nodiscard]] StdWString UpperW(const Text& text) {
-    return detail::Std(UpperW(text.c_str()));
+    return kestrolumen::detail::Std(UpperW(text.c_str()));
 }
 
 // With `to` for every `from`, which occurs nowhere if it is empty.
 [[nodiscard]] inline CStringA ReplacedA(CStringA text, const CStringA& from, const CStringA& to) {
-    return detail::Replaced<char>(std::move(text), from, to);
+    return kestrolumen::detail::Replaced<char>(std::move(text), from, to);
 }
 [[nodiscard]] inline CStringW ReplacedW(CStringW text, const CStringW& from, const CStringW& to) {
-    return detail::Replaced<WCHAR>(std::move(text), from, to);
+    return kestrolumen::detail::Replaced<WCHAR>(std::move(text), from, to);
 }
-template <detail::StdText<char> Text>
+template <kestrolumen::detail::StdText<char> Text>
 [[nodiscard]] std::string ReplacedA(const Text& text, const std::string& from, const std::string& to) {
-    return detail::Std(ReplacedA(CStringA(text.c_str()), from.c_str(), to.c_str()));
+    return kestrolumen::detail::Std(ReplacedA(CStringA(text.c_str()), from.c_str(), to.c_str()));
 }
-template <detail::StdText<WCHAR> Text>
+template <kestrolumen::detail::StdText<WCHAR> Text>
 [[nodiscard]] StdWString ReplacedW(const Text& text, const StdWString& from, const StdWString& to) {
-    return detail::Std(ReplacedW(CStringW(text.c_str()), from.c_str(), to.c_str()));
+    return kestrolumen::detail::Std(ReplacedW(CStringW(text.c_str()), from.c_str(), to.c_str()));
 }

@@ -1,13 +1,13 @@
 #include "text/tokens.h"
 
-#include "text/ansicodepage.h"
-#include "text/unitset.h"
+#include "text/detail/ansicodepage.h"
+#include "text/detail/unitset.h"
 
 #include <algorithm>
 
 namespace {
 
-using detail::UnitSet;
+using kestrolumen::detail::UnitSet;
 
 template <typename Unit>
 struct Token {
@@ -77,7 +77,7 @@ CStringW TokenizeQuotedW(const CStringW& text, const CStringW& delimiters, int& 
 }
 
 CStringA TokenizeQuotedA(const CStringA& text, const CStringA& delimiters, int& position) {
-    if (detail::LongestAnsiCharacter() != 1) return TokenizeQuotedW(text, delimiters, position);
+    if (kestrolumen::detail::LongestAnsiCharacter() != 1) return TokenizeQuotedW(text, delimiters, position);
     const UnitSet<char> set(delimiters.GetString());
     const char* const bytes = text.GetString();
     int next = position;

@@ -3,7 +3,7 @@
 #include "excelhost/automation/classes.h"
 #include "excelhost/automation/server.h"
 
-#include "objectmodel/interfaces.h"
+#include "objectmodel/detail/interfaces.h"
 
 namespace excelhost::automation {
 namespace {

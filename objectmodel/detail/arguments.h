@@ -15,7 +15,7 @@
 #include "objectmodel/owned.h"
 #include "objectmodel/range.h"
 
-namespace detail {
+namespace kestrolumen::detail {
 
 inline constexpr VARTYPE RequiredVariant = VT_VARIANT;
 inline constexpr VARTYPE OptionalVariant = VT_VARIANT | OptionalParameter;
@@ -175,4 +175,4 @@ template <class... Arguments>
     return types;
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

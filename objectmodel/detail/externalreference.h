@@ -3,7 +3,7 @@
 
 #include <atlstr.h>
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // The parts of "[Book.xlsx]Sheet!A1" or "'[My Book.xlsx]My Sheet'!A1". The text counts as valid when it has a
 // last "!" with something in front of it and a "]" ahead of that; the bracket that should begin it isn't
@@ -18,4 +18,4 @@ struct ParsedExternalReference {
     CStringW cell;  // all behind the "!"
 };
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

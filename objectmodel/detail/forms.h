@@ -13,7 +13,7 @@
 #include "objectmodel/detail/wrap.h"
 #include "objectmodel/dispatch.h"
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // Sends the arguments, which outlive the call.
 template <class... Arguments>
@@ -155,4 +155,4 @@ template <class Object, class... Arguments>
     return Wrap<Object>([&] { return doI(dispatch, dispid, arguments...); });
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

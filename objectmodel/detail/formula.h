@@ -3,7 +3,7 @@
 
 #include "objectmodel/range.h"
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // Whether the contents of the range's worksheet are protected.
 [[nodiscard]] bool IsProtected(const MsExcel::Range& range);
@@ -28,4 +28,4 @@ struct FormulaProperty {
 [[nodiscard]] VARIANT ReadFormula(const MsExcel::Range& range, const FormulaProperty& property);
 void WriteFormula(MsExcel::Range& range, const FormulaProperty& property, OwnedVariant formula);
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

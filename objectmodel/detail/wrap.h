@@ -2,10 +2,10 @@
 #pragma once
 
 #include "objectmodel/dispatch.h"
-#include "objectmodel/interfaces.h"
+#include "objectmodel/detail/interfaces.h"
 #include "objectmodel/types.h"
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // The interface `iid` of `source`, in a pointer type that begins as that interface does. Null when the source
 // is null or has no such interface; any other failure raises _com_error.
@@ -77,4 +77,4 @@ template <> std::shared_ptr<MsExcel::Workbooks> Wrap(InterfaceSource<IDispatch> 
 template <> std::shared_ptr<MsExcel::Worksheet> Wrap(InterfaceSource<IDispatch> source);
 // clang-format on
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

@@ -72,7 +72,7 @@ TEST(Copy, AFailureMidwayFreesWhatWasCopied) {
 
     XLOPER12 target = Typed(xltypeNum);
     const support::AllocationFault fault(5);
-    EXPECT_THROW(detail::CopyValue(target, source), std::bad_alloc);
+    EXPECT_THROW(kestrolumen::detail::CopyValue(target, source), std::bad_alloc);
     const XLOPER12 untouched = Typed(xltypeNum);
     EXPECT_EQ(std::memcmp(&target, &untouched, sizeof target), 0);
 }
@@ -90,7 +90,7 @@ TEST(Values, GoWithAllThatTheirTypeOwns) {
             const std::int64_t before = support::LiveBlocks();
             {
                 XXloper value;
-                detail::CopyValue(value, source);
+                kestrolumen::detail::CopyValue(value, source);
                 value.xltype |= flags;
             }
             EXPECT_EQ(support::LiveBlocks(), before) << "type " << source.xltype << ", flags " << flags;

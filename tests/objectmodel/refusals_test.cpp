@@ -2,7 +2,7 @@
 // is asked on the way; and how the host is found out.
 #include "operations.h"
 
-#include "objectmodel/probes.h"
+#include "objectmodel/detail/probes.h"
 
 #include <gmock/gmock.h>
 

@@ -42,7 +42,7 @@ TEST(ExternalReference, Parts) {
         {TEXT("S!A1]"), "||"},
     };
     for (const auto& [text, expected] : cases) {
-        const detail::ParsedExternalReference reference{CStringW(text)};
+        const kestrolumen::detail::ParsedExternalReference reference{CStringW(text)};
         const CStringW parts = reference.workbook + TEXT("|") + reference.sheet + TEXT("|") + reference.cell;
         EXPECT_EQ(excelhost::Utf8(parts.GetString()), expected);
         EXPECT_EQ(reference.valid, std::string(expected) != "||");

@@ -46,15 +46,15 @@ TEST(OsVersion, NamesFollowTheirTable) {
         version.wProductType = row.product;
         version.wSuiteMask = row.suite;
         StdWString(row.servicePack).copy(version.szCSDVersion, 127);
-        EXPECT_EQ(detail::OsNameOf(version, row.is64Bit, row.isServerR2), row.name);
+        EXPECT_EQ(kestrolumen::detail::OsNameOf(version, row.is64Bit, row.isServerR2), row.name);
     }
 }
 
 TEST(Cpu, FeaturesFollowTheirBits) {
     constexpr std::uint32_t fma = 1U << 12, both = 3U << 27, sse2 = 1U << 26, avx2 = 1U << 5;
     const struct {
-        detail::CpuRegisters registers;
-        detail::CpuFeatures features;
+        kestrolumen::detail::CpuRegisters registers;
+        kestrolumen::detail::CpuFeatures features;
     } rows[] = {
         {{"GenuineIntel", both | fma, sse2, avx2, 6}, {true, true, true, true}},
         {{"GenuineIntel", both, 0, avx2, 4}, {false, true, true, false}},
@@ -64,7 +64,7 @@ TEST(Cpu, FeaturesFollowTheirBits) {
         {{"GenuineIntel", 1U << 27, sse2, avx2, 7}, {true, false, false, false}},
         {{"AuthenticAMD", both | fma, sse2, avx2, 7}, {true, false, false, false}},
     };
-    for (const auto& row : rows) EXPECT_EQ(detail::FeaturesOf(row.registers), row.features);
+    for (const auto& row : rows) EXPECT_EQ(kestrolumen::detail::FeaturesOf(row.registers), row.features);
 #if defined(__x86_64__) || defined(__i386__)
     EXPECT_EQ(CpuVendor().size(), 12U);
     EXPECT_EQ(CpuHasSse2(), __builtin_cpu_supports("sse2") != 0);
@@ -114,11 +114,11 @@ TEST_F(Settings, TellTheTabletModeAndTheNameOfTheMachine) {
     EXPECT_FALSE(IsTabletMode());
 
     const WCHAR* const names = TEXT("SYSTEM\\CurrentControlSet\\Control\\ComputerName\\ComputerName");
-    EXPECT_EQ(detail::RegisteredComputerName(), TEXT(""));
+    EXPECT_EQ(kestrolumen::detail::RegisteredComputerName(), TEXT(""));
     Set(HKEY_LOCAL_MACHINE, names, TEXT("ComputerName"), CStringW(TEXT("ODD")));
-    EXPECT_EQ(detail::RegisteredComputerName(), TEXT("ODD"));
+    EXPECT_EQ(kestrolumen::detail::RegisteredComputerName(), TEXT("ODD"));
     Set(HKEY_LOCAL_MACHINE, names, TEXT("ComputerName"), 1);
-    EXPECT_EQ(detail::RegisteredComputerName(), TEXT(""));
+    EXPECT_EQ(kestrolumen::detail::RegisteredComputerName(), TEXT(""));
 }
 
 TEST(SystemFacts, AgreeWithOneAnother) {

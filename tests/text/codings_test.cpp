@@ -2,7 +2,7 @@
 // and what malformed six-bit text gives, is held against plain references by fuzz/codings_fuzz.cpp.
 #include "text/codings.h"
 
-#include "text/bytecoding.h"
+#include "text/detail/bytecoding.h"
 
 #include <cstring>
 #include <fstream>
@@ -68,13 +68,14 @@ TEST(Coding, StaysInsideItsMemory) {
     for (std::size_t size = 0; size < 100; ++size) {
         const Bytes bytes = RandomBytes(size, random);
         const std::unique_ptr<char[]> hex(new char[2 * size]);
-        const std::unique_ptr<char[]> text(new char[detail::SixBitLength(size)]);
+        const std::unique_ptr<char[]> text(new char[kestrolumen::detail::SixBitLength(size)]);
         const std::unique_ptr<std::uint8_t[]> back(new std::uint8_t[size]);
-        detail::EncodeHex(bytes.data(), size, hex.get());
-        EXPECT_TRUE(detail::DecodeHex(hex.get(), size, back.get()));
+        kestrolumen::detail::EncodeHex(bytes.data(), size, hex.get());
+        EXPECT_TRUE(kestrolumen::detail::DecodeHex(hex.get(), size, back.get()));
         EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), back.get()));
-        detail::EncodeSixBit(bytes.data(), size, text.get());
-        detail::DecodeSixBit(text.get(), static_cast<std::size_t>(detail::SixBitLength(size)), back.get());
+        kestrolumen::detail::EncodeSixBit(bytes.data(), size, text.get());
+        kestrolumen::detail::DecodeSixBit(
+            text.get(), static_cast<std::size_t>(kestrolumen::detail::SixBitLength(size)), back.get());
         EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), back.get()));
     }
 }

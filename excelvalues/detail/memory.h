@@ -8,7 +8,7 @@
 #include <memory>
 #include <new>
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // Out of memory for a record or a buffer of a value. It is std::bad_alloc to every handler; the text is the
 // same in all homes, where the standard libraries differ.
@@ -55,4 +55,4 @@ struct MallocAllocator {
     friend bool operator==(const MallocAllocator&, const MallocAllocator&) noexcept { return true; }
 };
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

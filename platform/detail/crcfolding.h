@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // The polynomials, without their highest coefficient. That of the CRC-32 (IEEE 802.3) is written reflected,
 // the coefficient of x^0 as the highest bit; that of the CRC-64 (ECMA-182) isn't.
@@ -25,4 +25,4 @@ extern const bool canFold;
 [[nodiscard]] std::uint64_t FoldCrc64(std::uint64_t state, const unsigned char* data,
                                       std::size_t length) noexcept;
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

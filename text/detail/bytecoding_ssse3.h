@@ -1,4 +1,4 @@
-// The whole blocks of text/bytecoding.h in registers of 16 bytes. Each gives the count of bytes, pairs or
+// The whole blocks of text/detail/bytecoding.h in registers of 16 bytes. Each gives the count of bytes, pairs or
 // characters that it has taken: 0 on a machine without SSSE3. Decoding stops at the first block that holds a
 // character outside the alphabet.
 #pragma once
@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace detail {
+namespace kestrolumen::detail {
 
 std::size_t EncodeHexBlocks(const std::uint8_t* bytes, std::size_t size, char* digits) noexcept;
 std::size_t DecodeHexBlocks(const char* digits, std::size_t pairs, std::uint8_t* bytes) noexcept;
@@ -14,4 +14,4 @@ std::size_t DecodeHexBlocks(const char* digits, std::size_t pairs, std::uint8_t*
 std::size_t EncodeSixBitBlocks(const std::uint8_t* bytes, std::size_t size, char* text) noexcept;
 std::size_t DecodeSixBitBlocks(const char* text, std::size_t length, std::uint8_t* bytes) noexcept;
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

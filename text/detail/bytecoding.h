@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // Two upper-case digits a byte.
 void EncodeHex(const std::uint8_t* bytes, std::size_t size, char* digits) noexcept;
@@ -29,4 +29,4 @@ void EncodeSixBit(const std::uint8_t* bytes, std::size_t size, char* text) noexc
 // counts as 255, whose upper bits fall onto its neighbours.
 void DecodeSixBit(const char* text, std::size_t length, std::uint8_t* bytes) noexcept;
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

@@ -12,7 +12,7 @@
 #include <emmintrin.h>
 #endif
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // Up to three units, sought in blocks of 16.
 template <typename Unit>
@@ -102,4 +102,4 @@ class UnitSet {
     BlockOfUnits<Unit> blocks_;
 };
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

@@ -8,7 +8,7 @@
 
 #include <optional>
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // What the runtime library tells of a path; nothing for one that leads nowhere, and for null.
 [[nodiscard]] inline std::optional<struct _stat64> StatusOf(const WCHAR* path) noexcept {
@@ -24,4 +24,4 @@ namespace detail {
     return (status.st_mode & _S_IFDIR) != 0;
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // The sentences of their failures.
 [[nodiscard]] inline CStringW ReadingFailed(const CStringW& name) {
@@ -36,4 +36,4 @@ void AppendRange(AnyFile& target, AnyFile& source, std::int64_t offset, std::int
     }
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

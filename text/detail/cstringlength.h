@@ -5,7 +5,7 @@
 #include <limits>
 #include <stdexcept>
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // `length` as those classes count. Raises std::length_error with the complaint for more than 2^31 - 2 units.
 [[nodiscard]] inline int CStringLength(std::uint64_t length, const char* complaint) {
@@ -15,4 +15,4 @@ namespace detail {
     return static_cast<int>(length);
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

@@ -1,9 +1,9 @@
 // What the process's ANSI code page asks of those who step through narrow text.
 #pragma once
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // The bytes of its longest character: 1, 2, or more as in UTF-8; 0 if the system doesn't tell.
 [[nodiscard]] unsigned LongestAnsiCharacter() noexcept;
 
-}  // namespace detail
+}  // namespace kestrolumen::detail

@@ -2,7 +2,7 @@
 // has a say here.
 #pragma once
 
-namespace detail {
+namespace kestrolumen::detail {
 
 enum class Ties { toEven, awayFromZero };
 
@@ -14,4 +14,4 @@ inline constexpr int mostDigits = 348;
 // result.
 int SignificantDigits(double value, int count, Ties ties, char* digits) noexcept;
 
-}  // namespace detail
+}  // namespace kestrolumen::detail
