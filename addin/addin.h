@@ -6,11 +6,14 @@
 //   InitializeXlaInformationVB, InitializeXlaInformationW,
 //   UninitializeXlaInformation                                               handshake.h
 //
+// What leaves an export on failure is told in                                border.h
+//
 // Order of life: the loader attaches the library (DllMain); xlAutoOpen makes the store for results; the companion
 // workbook's handshake registers the worksheet functions; cells calculate; the workbook takes its leave;
 // xlAutoClose unregisters the functions and closes the store.
 #pragma once
 
+#include "addin/border.h"
 #include "addin/bridge.h"
 #include "addin/handshake.h"
 #include "addin/lifecycle.h"

@@ -1,5 +1,6 @@
 #include "addin/bridge.h"
 
+#include "addin/detail/atborder.h"
 #include "addin/detail/resultstore.h"
 #include "excelvalues/xxloper.h"
 
@@ -11,12 +12,20 @@ struct Targets {
     XLOPER12 second;
 };
 
-void SwitchMacroAlerts(bool on) {
-    XLOPER12 operand{};
-    operand.xltype = xltypeInt;
-    operand.val.w = on ? 1 : 0;
-    CallExcelForEffect(xlfError, operand);
-}
+// Excel shows no alerts for macro errors within this scope, and shows them behind it whatever happens:
+// neither switch takes memory.
+class MacroAlertsOff {
+  public:
+    MacroAlertsOff() noexcept { Switch(0); }
+    ~MacroAlertsOff() { Switch(1); }
+    MacroAlertsOff(const MacroAlertsOff&) = delete;
+    MacroAlertsOff& operator=(const MacroAlertsOff&) = delete;
+
+  private:
+    static void Switch(std::int32_t on) noexcept {
+        CallExcelForEffect(xlfError, {.val = {.w = on}, .xltype = xltypeInt});
+    }
+};
 
 // Whether Excel refused the call. A function that answered with an error value leaves no return code.
 bool IsRefusedCall(const XXloper& result) noexcept {
@@ -37,21 +46,14 @@ XXloperPtr CallEitherTarget(const Targets& targets, const Handles&... arguments)
 
 template <typename... Handles>
 XXloperPtr CallWithoutAlerts(const Targets& targets, const Handles&... arguments) {
-    XXloperPtr result;
-    try {
-        SwitchMacroAlerts(false);
-        result = CallEitherTarget(targets, arguments...);
-    } catch (...) {
-        SwitchMacroAlerts(true);
-        throw;
-    }
-    SwitchMacroAlerts(true);
-    return result;
+    const MacroAlertsOff scope;
+    return CallEitherTarget(targets, arguments...);
 }
 
 template <typename... Records>
 LPXLOPER12 CallCompanionWorkbook(const Targets& targets, Records... arguments) {
-    return StoreThreadResult(CallWithoutAlerts(targets, LentXXloper(arguments).Handle()...));
+    return AtBorder(
+        [&] { return StoreThreadResult(CallWithoutAlerts(targets, LentXXloper(arguments).Handle()...)); });
 }
 
 }  // namespace

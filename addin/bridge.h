@@ -9,7 +9,7 @@
 //
 // No argument is given a meaning, converted or copied, so an array of any size costs the same. A call asks for
 // two blocks of memory, the result's record and its handle's. An exception of the memory layer passes on to
-// Excel, with the alerts back on.
+// Excel, with the alerts back on, as border.h tells.
 #pragma once
 
 #include "excelvalues/xlcall.h"

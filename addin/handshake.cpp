@@ -1,7 +1,10 @@
 #include "addin/handshake.h"
 
+#include "addin/detail/atborder.h"
 #include "addin/detail/module.h"
+#include "addin/detail/resultstore.h"
 #include "automation/automation.h"
+#include "excelvalues/lent.h"
 #include "excelvalues/xxloper.h"
 
 #include <array>
@@ -15,16 +18,21 @@ namespace {
 // What Excel is told about one function. The first letter of a type text stands for the result, each further
 // one for an argument: Q is a value, U may be a reference too.
 struct WorksheetFunction {
-    const char* procedure;
-    const char* typeText;
-    const char* functionText;
+    XLOPER12 name;  // of the procedure and of the function
+    XLOPER12 typeText;
 };
 
-constexpr std::array<WorksheetFunction, 3> WorksheetFunctions = {{
-    {"NetOutputPrediction", "QUQQUU", "NetOutputPrediction"},
-    {"NetOutputProbabilityOfPrediction", "QUQQUU", "NetOutputProbabilityOfPrediction"},
-    {"NetOutputProbabilityOfCategory", "QUQQQUU", "NetOutputProbabilityOfCategory"},
-}};
+constexpr CountedText Prediction(TEXT("NetOutputPrediction"));
+constexpr CountedText ProbabilityOfPrediction(TEXT("NetOutputProbabilityOfPrediction"));
+constexpr CountedText ProbabilityOfCategory(TEXT("NetOutputProbabilityOfCategory"));
+constexpr CountedText FiveArguments(TEXT("QUQQUU"));
+constexpr CountedText SixArguments(TEXT("QUQQQUU"));
+
+std::array<WorksheetFunction, 3> WorksheetFunctions() noexcept {
+    return {{{Prediction.Value(), FiveArguments.Value()},
+             {ProbabilityOfPrediction.Value(), FiveArguments.Value()},
+             {ProbabilityOfCategory.Value(), SixArguments.Value()}}};
+}
 
 void ReadText(const BSTR* text) {
     if (text != nullptr) static_cast<void>(CStringWFromBstr(*text, false));
@@ -35,43 +43,57 @@ void PutLoadedMarker() {
     LoadedMarker = std::make_unique<Mutex>(name, true, 0, nullptr);
 }
 
+// A store that was closed is opened again: when the user cancels the closing of Excel, xlAutoClose has run,
+// and xlAutoOpen doesn't run again.
+void BeReady() {
+    NoteModuleUnlessNoted();
+    OpenThreadResultStore();
+    RegisterWorksheetFunctions();
+    PutLoadedMarker();
+}
+
 }  // namespace
 
 void RegisterWorksheetFunctions() {
+    // All that takes memory comes first: without it nothing changes.
+    const auto functions = WorksheetFunctions();
+    const XXloperPtr file = XXloperFromString(AddInModule.fileName.GetString());
+    RegisteredFunctionIds.reserve(functions.size());
     UnregisterAll();
-    // Room first: an id that can't be kept would leave its function registered for good.
-    RegisteredFunctionIds.reserve(WorksheetFunctions.size());
-    for (const WorksheetFunction& function : WorksheetFunctions) {
-        const XXloperPtr result =
-            CallExcel(xlfRegister, XXloperFromString(AddInModule.fileName.GetString()),
-                      XXloperFromString(function.procedure), XXloperFromString(function.typeText),
-                      XXloperFromString(function.functionText));
+    for (const auto& [name, typeText] : functions) {
+        const ExcelResult result(xlfRegister, *file, name, typeText, name);
         RegisteredFunctionIds.push_back(result->val.num);
     }
 }
 
-void UnregisterAll() {
-    for (const double id : RegisteredFunctionIds) CallExcel(xlfUnregister, XXloperFromNumber(id));
+void UnregisterAll() noexcept {
+    for (const double id : RegisteredFunctionIds) {
+        XLOPER12 number{};
+        kestrolumen::detail::SetFromNumber(number, id);
+        CallExcelForEffect(xlfUnregister, number);
+    }
     RegisteredFunctionIds.clear();
 }
 
 void WINAPI InitializeXlaInformationVB(std::int32_t, std::int32_t, std::int32_t, BSTR* s1, std::int32_t,
                                        BSTR* s2, std::int32_t, BSTR* s3) {
-    ReadText(s1);
-    ReadText(s2);
-    ReadText(s3);
-    RegisterWorksheetFunctions();
-    PutLoadedMarker();
+    AtBorder([&] {
+        ReadText(s1);
+        ReadText(s2);
+        ReadText(s3);
+        BeReady();
+    });
 }
 
 void WINAPI InitializeXlaInformationW(std::int32_t, std::int32_t, std::int32_t, BSTR* s1, std::int32_t,
                                       BSTR* s2, std::int32_t) {
-    ReadText(s1);
-    ReadText(s2);
-    RegisterWorksheetFunctions();
-    PutLoadedMarker();
+    AtBorder([&] {
+        ReadText(s1);
+        ReadText(s2);
+        BeReady();
+    });
 }
 
 void WINAPI UninitializeXlaInformation(std::int32_t) {
-    LoadedMarker.reset();
+    AtBorder([] { LoadedMarker.reset(); });
 }

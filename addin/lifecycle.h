@@ -12,10 +12,11 @@ extern "C" {
 BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID reserved);
 
 // Makes the store for results. Gives 1, or 0 when an exception of the Vex family comes out of that; without
-// memory for the store the result is still 1, and worksheet functions give #VALUE!.
+// memory for the store the result is still 1, and the workbook's handshake makes it.
 int WINAPI xlAutoOpen();
 
-// Unregisters the worksheet functions, then closes the store. The handshake's mutex stays. Gives 1.
+// Unregisters the worksheet functions, then closes the store. The handshake's mutex stays. Nothing of this
+// takes memory. Gives 1.
 int WINAPI xlAutoClose();
 
 // The user has added or removed the add-in: nothing to do. Both give 1.

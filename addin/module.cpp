@@ -2,6 +2,8 @@
 
 #include "addin/detail/locateexcel.h"
 
+#include <new>
+
 HMODULE ModuleHandle = nullptr;
 ModuleFacts AddInModule;
 
@@ -25,4 +27,12 @@ void AttachModule(HMODULE module) {
     AddInModule.fullPath =
         GetModulePathParts(module, &AddInModule.directory, &AddInModule.baseName, &AddInModule.fileName);
     AddInModule.temporaryDirectory = TempDirectory();
+}
+
+void NoteModuleUnlessNoted() {
+    // The last fact tells that all are noted. The name may lack nonetheless: a system without memory may not
+    // tell it.
+    if (!AddInModule.fileName.IsEmpty() && !AddInModule.temporaryDirectory.IsEmpty()) return;
+    AttachModule(ModuleHandle);
+    if (AddInModule.fileName.IsEmpty()) throw std::bad_alloc();
 }

@@ -1,7 +1,5 @@
 #include "addin/detail/resultstore.h"
 
-#include "excelvalues/makers.h"
-
 #include <algorithm>
 #include <new>
 #include <utility>
@@ -11,15 +9,9 @@ namespace {
 // Never destroyed at the end of the process: Excel may be gone then, and the values would be handed to it.
 ThreadResultStore* store = nullptr;
 
-// Excel reads what a worksheet function returns and doesn't write to it.
-LPXLOPER12 ValueError() noexcept {
-    static const XLOPER12 error = [] {
-        XLOPER12 record{};
-        SetErrorValue(record, xlerrValue);
-        return record;
-    }();
-    return const_cast<LPXLOPER12>(&error);
-}
+// The value for the cell where no other can be kept. It stands there before any code has run: initialised on
+// first use it would need what the process may have run out of.
+constinit XLOPER12 valueError = {.val = {.err = xlerrValue, .returnCode = 0}, .xltype = xltypeErr};
 
 // Holds a store's flag for a scope.
 class SpinGuard {
@@ -70,12 +62,7 @@ ThreadResultSlot* SlotOfThisThread() noexcept {
 
 void OpenThreadResultStore() {
     if (store != nullptr) return;
-    std::unique_ptr<ThreadResultStore> opening;
-    try {
-        opening = std::make_unique<ThreadResultStore>();
-    } catch (const std::bad_alloc&) {
-        return;
-    }
+    auto opening = std::make_unique<ThreadResultStore>();
     SYSTEM_INFO system{};
     GetSystemInfo(&system);
     opening->singleProcessor = system.dwNumberOfProcessors <= 1;
@@ -84,7 +71,7 @@ void OpenThreadResultStore() {
     store = opening.release();
 }
 
-void CloseThreadResultStore() {
+void CloseThreadResultStore() noexcept {
     const std::unique_ptr<ThreadResultStore> closing(std::exchange(store, nullptr));
     if (closing == nullptr) return;
     TlsFree(closing->tlsIndex);
@@ -97,11 +84,11 @@ const ThreadResultStore* OpenedThreadResultStore() noexcept {
 
 LPXLOPER12 StoreThreadResult(const XXloperPtr& result) noexcept {
     ThreadResultSlot* const slot = SlotOfThisThread();
-    if (slot == nullptr) return ValueError();
+    if (slot == nullptr) return &valueError;
     // The slot has its new value before the previous one goes, which may call Excel.
     XXloperPtr previous = result;
     slot->result.swap(previous);
-    if (slot->result == nullptr) return ValueError();
+    if (slot->result == nullptr) return &valueError;
     // Excel's interface knows no const; it reads the record only.
     return const_cast<XXloper*>(slot->result.get());
 }

@@ -56,6 +56,14 @@ void CallExcelToFree::operator()(const XXloper* value) const noexcept {
     std::free(record);
 }
 
+ExcelResult::~ExcelResult() {
+    GiveBack(&record_);
+}
+
+void ExcelResult::Call(int functionNumber, int count, LPXLOPER12* operands) noexcept {
+    CallInto(record_, functionNumber, count, operands);
+}
+
 XXloperPtr CallExcelWithOperands(int functionNumber, int count, LPXLOPER12* operands) {
     kestrolumen::detail::MallocPtr<XXloper> record(new (kestrolumen::detail::Malloc(sizeof(XXloper)))
                                                        XXloper());
@@ -63,9 +71,6 @@ XXloperPtr CallExcelWithOperands(int functionNumber, int count, LPXLOPER12* oper
     return {record.release(), CallExcelToFree()};
 }
 
-void CallExcelForEffect(int functionNumber, const XLOPER12& operand) {
-    LPXLOPER12 operands[] = {const_cast<LPXLOPER12>(&operand)};
-    XLOPER12 result{};
-    CallInto(result, functionNumber, 1, operands);
-    GiveBack(&result);
+void CallExcelForEffect(int functionNumber, const XLOPER12& operand) noexcept {
+    const ExcelResult dropped(functionNumber, operand);
 }

@@ -30,6 +30,31 @@ struct CallExcelToFree {
     void operator()(const XXloper* value) const noexcept;
 };
 
+// One call into Excel and its result, for what has to be done however short memory is: nothing is allocated
+// and nothing raised. The outcome is told as above. The record stands in the object, and at the end of the
+// object Excel frees what it put there (xlFree).
+//
+//     const ExcelResult result(xlfRegister, *file, *procedure, *typeText, *functionText);
+class ExcelResult {
+  public:
+    template <std::derived_from<XLOPER12>... Operands>
+    requires(sizeof...(Operands) != 0) explicit ExcelResult(int functionNumber,
+                                                            const Operands&... operands) noexcept {
+        LPXLOPER12 pointers[] = {const_cast<XLOPER12*>(static_cast<const XLOPER12*>(&operands))...};
+        Call(functionNumber, static_cast<int>(sizeof...(Operands)), pointers);
+    }
+    ~ExcelResult();
+    ExcelResult(const ExcelResult&) = delete;
+    ExcelResult& operator=(const ExcelResult&) = delete;
+
+    const XLOPER12* operator->() const noexcept { return &record_; }
+
+  private:
+    void Call(int functionNumber, int count, LPXLOPER12* operands) noexcept;
+
+    XLOPER12 record_{};
+};
+
 // Calls Excel with `count` operands; `operands` may be null when there are none. The values behind them stay
 // the caller's and have to live until the call returns; Excel only reads them. The limit of Excel12 is not
 // tested here. Raises std::bad_alloc when there is no memory for the result record, before Excel is called,
@@ -38,7 +63,7 @@ XXloperPtr CallExcelWithOperands(int functionNumber, int count, LPXLOPER12* oper
 
 // Calls Excel with one operand for the sake of what the call does: whatever its result is goes back to Excel
 // at once. Excel sees what it sees of a CallExcel whose handle is dropped; no memory is asked for.
-void CallExcelForEffect(int functionNumber, const XLOPER12& operand);
+void CallExcelForEffect(int functionNumber, const XLOPER12& operand) noexcept;
 
 namespace kestrolumen::detail {
 

@@ -30,3 +30,7 @@ extern ModuleFacts AddInModule;
 // Notes `module` and all facts about it, and on the way finds Excel's callback (LocateExcel12Entry), behind
 // the version and ahead of the paths. Raises only what the memory layer raises.
 void AttachModule(HMODULE module);
+
+// Does the same for ModuleHandle where attach had no memory for all the facts. Raises std::bad_alloc when the
+// file's name still can't be had: nothing may be registered under an empty one.
+void NoteModuleUnlessNoted();

@@ -29,14 +29,14 @@ struct ThreadResultStore {
     std::vector<std::unique_ptr<ThreadResultSlot>> slots;
 };
 
-// Makes the process's store. When there is no memory or no thread-local index for it, there is none. A store
-// that is open already stays, with all its values.
+// Makes the process's store. Without memory for it std::bad_alloc is raised; where there is no thread-local
+// index for it, there is none. A store that is open already stays, with all its values.
 void OpenThreadResultStore();
 
 // Gives the thread-local index back and releases every thread's value, in the order in which the threads came
 // and on the calling thread; values that came from Excel go back to it by xlFree. Nothing happens when there
 // is no store.
-void CloseThreadResultStore();
+void CloseThreadResultStore() noexcept;
 
 // The open store, null when there is none.
 [[nodiscard]] const ThreadResultStore* OpenedThreadResultStore() noexcept;

@@ -1,6 +1,7 @@
 // The workbook's handshake: registration, and the marker that tells other processes that the add-in is there.
 #include "addintest.h"
 
+#include "support/allocations.h"
 #include "support/children.h"
 
 #include <cstring>
@@ -127,9 +128,9 @@ TEST_F(Handshake, AMarkerOfAnotherHolderIsShared) {
 TEST_F(Handshake, ClosingUnregistersAndLeavesTheMarker) {
     host.SetFunction(TEXT("Kestrolumen.XLA"), TEXT("NetOutputPredictionVBA"),
                      [](auto) { return excelhost::Text(TEXT("last")); });
-    for (const char* const expected : {"- F - F - F F ", "- F - F - F "}) {
-        ShakeHands();
-        static_cast<void>(host.Call(TEXT("NetOutputPrediction"), {}));  // kept where there is a store
+    for (int round = 0; round < 2; ++round) {
+        ShakeHands();  // the second time there is no store: the closing was cancelled
+        static_cast<void>(host.Call(TEXT("NetOutputPrediction"), {}));
         host.ClearTrace();
         EXPECT_EQ(xlAutoClose(), 1);
         std::string entries;
@@ -137,7 +138,7 @@ TEST_F(Handshake, ClosingUnregistersAndLeavesTheMarker) {
             if (function == xlfUnregister) entries += "- ";
             if (function == xlFree) entries += "F ";
         }
-        EXPECT_EQ(entries, expected);
+        EXPECT_EQ(entries, "- F - F - F F ");
         EXPECT_TRUE(RegisteredFunctionIds.empty());
         EXPECT_TRUE(host.Registrations().empty());
         EXPECT_TRUE(MarkerExists());
@@ -145,6 +146,42 @@ TEST_F(Handshake, ClosingUnregistersAndLeavesTheMarker) {
         EXPECT_EQ(xlAutoClose(), 1);
         EXPECT_TRUE(host.Trace().empty());
     }
+}
+
+// Without memory the functions that were registered stay so, or the new ones stand in their place.
+TEST_F(Handshake, WithoutMemoryLeavesThreeFunctionsAndTheMarker) {
+    const FrugalHost frugal(xlretSuccess);
+    ShakeHands();
+    std::size_t faults = 0;
+    const std::int64_t left = support::BlocksLeftBy([&] {
+        const auto check = [] {
+            EXPECT_EQ(RegisteredFunctionIds.size(), 3u);
+            EXPECT_EQ(FrugalHost::registered, RegisteredFunctionIds);
+            EXPECT_NE(LoadedMarker, nullptr);
+        };
+        const auto attempt = [] { WhatLeaves([] { InitializeXlaInformationW(0, 0, 0, {}, 0, {}, 0); }); };
+        faults = support::FailEachAllocation(attempt, check);
+    });
+    EXPECT_EQ(left, 0);
+    EXPECT_GE(faults, 5u);
+    xlAutoClose();
+    EXPECT_THAT(FrugalHost::registered, ElementsAre());
+    EXPECT_EQ(FrugalHost::lent, 0);
+}
+
+TEST_F(Handshake, NotesTheFactsThatAttachHadNoMemoryFor) {
+    const ModuleFacts facts = AddInModule;
+    const auto attach = [] {
+        AddInModule = {};
+        DllMain(GetModuleHandleW(nullptr), DLL_PROCESS_ATTACH, nullptr);
+    };
+    const std::size_t faults = support::FailEachAllocation(attach, [&] {
+        ShakeHands();
+        EXPECT_EQ(AddInModule.fileName, facts.fileName);
+        EXPECT_EQ(AddInModule.temporaryDirectory, facts.temporaryDirectory);
+        EXPECT_EQ(host.Registrations().size(), 3u);
+    });
+    EXPECT_GT(faults, 5u);
 }
 
 TEST_F(Handshake, ARefusedRegistrationLeavesTheBytesOfItsErrorValue) {

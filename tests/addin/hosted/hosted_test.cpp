@@ -86,7 +86,10 @@ TEST_F(HostedAddIn, CalculatesBetweenHandshakeAndClose) {
     const std::vector<Value> arguments = {
         1.5, true, Text(TEXT("text")),
         Array{2, 2, {1.0, Text(TEXT("b")), ErrorValue{xlerrNA}, excelhost::Empty{}}}};
-    for (int round = 0; round < 2; ++round) {
+    // The user cancels the closing of Excel: xlAutoClose has run, xlAutoOpen doesn't run again, and the workbook
+    // says hello anew.
+    for (const bool cancelled : {false, true, false}) {
+        if (!cancelled) Open();
         EXPECT_EQ(host.Call(TEXT("NetOutputPrediction"), {}), Value(ErrorValue{xlerrName}));
         ShakeHands();
         EXPECT_TRUE(MarkerExists());
@@ -108,10 +111,11 @@ TEST_F(HostedAddIn, CalculatesBetweenHandshakeAndClose) {
             }
             EXPECT_EQ(host.Call(function, arguments), Value(ErrorValue{xlerrValue}));
         }
+        Export<decltype(UninitializeXlaInformation)>(addIn, "UninitializeXlaInformation")(0);
         Close();
         EXPECT_TRUE(host.Registrations().empty());
-        Open();
     }
+    ShakeHands();
     EXPECT_EQ(host.AlertsShown(), 0u);
     // Who forgets to take leave loses the marker with the module.
     Close();
