@@ -1,10 +1,9 @@
 #include "excelhost/calculate.h"
 
-#include "excelhost/builtins.h"
+#include "excelhost/functions/functions.h"
+#include "excelhost/numbers.h"
 
 #include <algorithm>
-#include <cmath>
-#include <compare>
 #include <utility>
 #include <vector>
 
@@ -24,13 +23,7 @@ Value Arithmetic(Step step, double a, double b) {
         default:
             break;
     }
-    if (a == 0 && b == 0) return ErrorValue{xlerrNum};
-    if (a == 0 && b < 0) return ErrorValue{xlerrDiv0};
-    return FiniteNumber(std::pow(a, b));
-}
-
-constexpr WCHAR Folded(WCHAR unit) {
-    return unit >= 'a' && unit <= 'z' ? static_cast<WCHAR>(unit - ('a' - 'A')) : unit;
+    return PowerOf(a, b);
 }
 
 // Numbers come before text, text before booleans.
@@ -44,23 +37,6 @@ Value InsteadOfEmpty(const Value& value, const Value& other) {
     if (other.Is<Text>()) return Text();
     if (other.Is<bool>()) return false;
     return 0.0;
-}
-
-std::partial_ordering Compare(const Value& left, const Value& right) {
-    const Value a = InsteadOfEmpty(left, right);
-    const Value b = InsteadOfEmpty(right, left);
-    if (Rank(a) != Rank(b)) return Rank(a) <=> Rank(b);
-    if (const auto* text = a.If<Text>()) {
-        const Text& other = *b.If<Text>();
-        return std::lexicographical_compare_three_way(
-            text->begin(), text->end(), other.begin(), other.end(),
-            [](WCHAR x, WCHAR y) { return Folded(x) <=> Folded(y); });
-    }
-    double x = 0;
-    double y = 0;
-    (void)ToNumber(a, x);
-    (void)ToNumber(b, y);
-    return x <=> y;
 }
 
 bool Holds(Step step, std::partial_ordering order) {
@@ -93,7 +69,7 @@ Value Binary(Step step, const Value& left, const Value& right) {
     if (left.Is<ErrorValue>()) return left;
     if (right.Is<ErrorValue>()) return right;
     if (step == Step::Concatenate) return Concatenated(left, right);
-    if (step >= Step::Equal && step <= Step::GreaterOrEqual) return Holds(step, Compare(left, right));
+    if (step >= Step::Equal && step <= Step::GreaterOrEqual) return Holds(step, CompareScalars(left, right));
     double a = 0;
     double b = 0;
     if (const auto error = ToNumber(left, a)) return *error;
@@ -101,13 +77,43 @@ Value Binary(Step step, const Value& left, const Value& right) {
     return Arithmetic(step, a, b);
 }
 
+// An operator on arrays, element by element. What has one row or column serves for all of them; elements that
+// only one of two arrays has are #N/A.
+Value Elementwise(Step step, const Value& left, const Value& right) {
+    const Array* a = left.If<Array>();
+    const Array* b = right.If<Array>();
+    if (a == nullptr && b == nullptr) return Binary(step, left, right);
+    const auto rows = [](const Array* array) { return array != nullptr ? array->rows : 1; };
+    const auto columns = [](const Array* array) { return array != nullptr ? array->columns : 1; };
+    Array result{std::max(rows(a), rows(b)), std::max(columns(a), columns(b)), {}};
+    if (result.rows > kMaterialLimit / result.columns) return ErrorValue{xlerrValue};
+    static const Value absent = ErrorValue{xlerrNA};
+    const auto element = [](const Value& value, const Array* array, std::size_t row,
+                            std::size_t column) -> const Value& {
+        if (array == nullptr) return value;
+        if (array->rows == 1) row = 0;
+        if (array->columns == 1) column = 0;
+        return row < array->rows && column < array->columns ? array->At(row, column) : absent;
+    };
+    result.cells.reserve(result.rows * result.columns);
+    for (std::size_t row = 0; row < result.rows; ++row) {
+        for (std::size_t column = 0; column < result.columns; ++column) {
+            result.cells.push_back(
+                Binary(step, element(left, a, row, column), element(right, b, row, column)));
+        }
+    }
+    return result;
+}
+
 class StackMachine {
   public:
-    StackMachine(const Formula& formula, Place place, const Grid& grid, const FunctionCaller& call)
-        : formula_(formula), place_(place), grid_(grid), call_(call) {}
+    StackMachine(const Formula& formula, const Cells& cells, const FunctionCaller& call)
+        : formula_(formula), cells_(cells), call_(call) {}
 
     Value Run() {
-        for (std::size_t next = 0; next < formula_.steps.size();) next = Do(formula_.steps[next], next + 1);
+        const std::size_t steps = formula_.steps.size() - (formula_.endsInSum ? 1 : 0);
+        for (std::size_t next = 0; next < steps;) next = Do(formula_.steps[next], next + 1);
+        if (formula_.endsInSum) FinalSum(formula_.steps.back().step);
         return Shown(PopScalar());
     }
 
@@ -119,10 +125,10 @@ class StackMachine {
                 stack_.push_back(step.value);
                 break;
             case Step::Negate:
-                Change([](double number) { return -number; });
+                Change(step, [](double number) { return -number; });
                 break;
             case Step::Percent:
-                Change([](double number) { return number / 100; });
+                Change(step, [](double number) { return number / 100; });
                 break;
             case Step::Call:
                 Call(step);
@@ -132,26 +138,45 @@ class StackMachine {
             case Step::Branch:
                 return Branch(step, next);
             default: {
-                const Value right = PopScalar();
-                const Value left = PopScalar();
-                stack_.push_back(Binary(step.step, left, right));
+                const Value right = PopOperand(step);
+                const Value left = PopOperand(step);
+                stack_.push_back(Elementwise(step.step, left, right));
             }
         }
         return next;
     }
 
+    void FinalSum(Step step) {
+        const Value right = PopScalar();
+        const Value left = PopScalar();
+        double a = 0;
+        double b = 0;
+        std::optional<ErrorValue> error = ToNumber(left, a);
+        if (!error) error = ToNumber(right, b);
+        stack_.push_back(error ? Value(*error)
+                               : FiniteNumber(FinalDifference(a, step == Step::Add ? -b : b)));
+    }
+
     template <class Operation>
-    void Change(Operation operation) {
-        double number = 0;
-        const auto error = ToNumber(PopScalar(), number);
-        stack_.push_back(error ? Value(*error) : Value(operation(number)));
+    void Change(const FormulaStep& step, Operation operation) {
+        const auto changed = [&](const Value& value) {
+            double number = 0;
+            const auto error = ToNumber(value, number);
+            return error ? Value(*error) : Value(operation(number));
+        };
+        Value operand = PopOperand(step);
+        if (Array* array = std::get_if<Array>(&operand)) {
+            std::transform(array->cells.begin(), array->cells.end(), array->cells.begin(), changed);
+            stack_.push_back(std::move(operand));
+        } else {
+            stack_.push_back(changed(operand));
+        }
     }
 
     void Call(const FormulaStep& step) {
         const std::span<const Value> arguments(stack_.data() + (stack_.size() - step.count), step.count);
-        const Builtin* builtin = FindBuiltin(step.name);
-        Value result =
-            builtin != nullptr ? builtin->calculate(arguments, grid_, place_) : call_(step.name, arguments);
+        Value result = step.builtin != nullptr ? CallBuiltin(*step.builtin, arguments, cells_)
+                                               : call_(*step.value.If<Text>(), arguments);
         stack_.resize(stack_.size() - step.count);
         stack_.push_back(std::move(result));
     }
@@ -166,7 +191,13 @@ class StackMachine {
     }
 
     Value PopScalar() {
-        Value value = grid_.Scalar(stack_.back(), place_);
+        Value value = cells_.Scalar(stack_.back());
+        stack_.pop_back();
+        return value;
+    }
+    Value PopOperand(const FormulaStep& step) {
+        if (!step.wholeArrays) return PopScalar();
+        Value value = cells_.Read(stack_.back());
         stack_.pop_back();
         return value;
     }
@@ -178,16 +209,27 @@ class StackMachine {
     }
 
     const Formula& formula_;
-    Place place_;
-    const Grid& grid_;
+    const Cells& cells_;
     const FunctionCaller& call_;
     std::vector<Value> stack_;
 };
 
 }  // namespace
 
-Value CalculateFormula(const Formula& formula, Place place, const Grid& grid, const FunctionCaller& call) {
-    return StackMachine(formula, place, grid, call).Run();
+Value CalculateFormula(const Formula& formula, const Cells& cells, const FunctionCaller& call) {
+    return StackMachine(formula, cells, call).Run();
+}
+
+std::partial_ordering CompareScalars(const Value& left, const Value& right) {
+    const Value a = InsteadOfEmpty(left, right);
+    const Value b = InsteadOfEmpty(right, left);
+    if (Rank(a) != Rank(b)) return Rank(a) <=> Rank(b);
+    if (const auto* text = a.If<Text>()) return CompareTexts(*text, *b.If<Text>());
+    double x = 0;
+    double y = 0;
+    (void)ToNumber(a, x);
+    (void)ToNumber(b, y);
+    return SameNumber(x, y) ? std::partial_ordering::equivalent : x <=> y;
 }
 
 }  // namespace excelhost

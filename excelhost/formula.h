@@ -1,7 +1,7 @@
 // Formulas of cells: their language and the form in which they are calculated.
 //
-// The language is Excel's, without names, sheets and array constants:
-//   1.5E-3  "text with "" in it"  TRUE  #N/A  A1  $B$2  A1:C3  F(x, , y)  (x)
+// The language is Excel's, without names and array constants:
+//   1.5E-3  "text with "" in it"  TRUE  #N/A  A1  $B$2  A1:C3  A:C  1:3  Sheet!A1  'My sheet'!A1:B2  F(x, , y)  (x)
 //   - and + in front; % behind; ^; * and /; + and -; &; = <> < <= > >=
 // in Excel's order of precedence ("Calculation operators and precedence in Excel"), which puts the sign
 // before ^: -2^2 is 4. Operators of one rank go from left to right.
@@ -10,12 +10,15 @@
 #include "excelhost/value.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <span>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace excelhost {
+
+struct Builtin;
 
 // Excel's limits of a formula.
 inline constexpr std::size_t kFormulaLimit = 8192;  // UTF-16 units
@@ -34,7 +37,7 @@ class FormulaFault : public std::runtime_error {
 };
 
 // What a step does to the stack of values.
-enum class Step {
+enum class Step : std::uint8_t {
     Push,    // pushes `value`: a literal, an Area, or Missing
     Negate,  // these take their operands from the stack and push their result
     Percent,
@@ -50,31 +53,31 @@ enum class Step {
     LessOrEqual,
     Greater,
     GreaterOrEqual,
-    Call,    // calls `name` with the `count` topmost values
+    Call,    // calls `builtin`, or the function named by `value`, with the `count` topmost values
     Branch,  // takes a condition: goes on if true, to step `count` if false, behind the whole IF on an error
     Jump,    // goes to step `count`
 };
 
+// Small, for a sheet may have millions. A formula has fewer steps than units.
 struct FormulaStep {
-    Step step = Step::Push;
     Value value;
-    Text name;
-    std::size_t count = 0;
-    std::size_t end = 0;       // of a Branch: the step behind the whole IF
-    std::size_t position = 0;  // in the formula, from 1
+    const Builtin* builtin = nullptr;
+    std::uint16_t count = 0;
+    std::uint16_t end = 0;  // of a Branch: the step behind the whole IF
+    Step step = Step::Push;
+    bool wholeArrays = false;  // an operator takes arrays element by element instead of a cell of each
 };
 
 // A formula as steps for a stack machine, which needs no depth of its own stack whatever the formula.
 struct Formula {
     std::vector<FormulaStep> steps;
+    // The last step is an addition or subtraction of the whole formula, outside of parentheses.
+    bool endsInSum = false;
 };
 
 // `text` with its leading "=". FormulaFault when it isn't a formula; names of functions aren't looked up, but
-// those that are built in must have a fitting number of arguments.
-[[nodiscard]] Formula ParseFormula(TextView text);
-
-// A number as it is typed: digits with a point and an exponent, a sign, and nothing else. False for other
-// text and for one that no double can hold.
-[[nodiscard]] bool ReadNumber(std::string_view text, double& number);
+// those that are built in must have a fitting number of arguments. `sheets` are the names of the sheets that it
+// may refer to, by their ids from 1 on.
+[[nodiscard]] Formula ParseFormula(TextView text, std::span<const Text> sheets = {});
 
 }  // namespace excelhost

@@ -1,8 +1,7 @@
 #include "excelhost/grid.h"
 
-#include "excelhost/formula.h"
+#include "excelhost/numbers.h"
 
-#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -10,12 +9,6 @@ namespace excelhost {
 namespace {
 
 const Value kEmptyCell = Empty{};
-
-TextView TrimSpaces(TextView text) {
-    const auto first = text.find_first_not_of(WCHAR{' '});
-    if (first == TextView::npos) return {};
-    return text.substr(first, text.find_last_not_of(WCHAR{' '}) - first + 1);
-}
 
 }  // namespace
 
@@ -62,29 +55,45 @@ Value Grid::Read(const Area& area) const {
     return array;
 }
 
-Value Grid::Scalar(const Value& value, Place place) const {
+std::optional<Cells::Range> Cells::Find(const Value& reference) const noexcept {
+    const Reference* named = reference.If<Reference>();
+    const Area* area = reference.If<Area>();
+    if (named != nullptr && named->areas.size() == 1) area = &named->areas.front();
+    const IDSHEET sheet = named != nullptr ? named->sheet : own_;
+    if (area == nullptr || sheet < 1 || sheet > sheets_.size()) return std::nullopt;
+    return Range{sheets_[sheet - 1], *area};
+}
+
+Value Cells::Scalar(const Value& value) const {
     if (value.Is<Missing>()) return Empty{};
-    if (value.Is<Reference>()) return ErrorValue{xlerrRef};
     if (const Array* array = value.If<Array>()) {
-        return array->cells.empty() ? Value(ErrorValue{xlerrValue}) : Scalar(array->cells.front(), place);
+        return array->cells.empty() ? Value(ErrorValue{xlerrValue}) : Scalar(array->cells.front());
     }
-    const Area* area = value.If<Area>();
-    if (area == nullptr) return value;
-    const XLREF12& r = area->rectangle;
-    if (area->Rows() == 1 && area->Columns() == 1) return At({r.rwFirst, r.colFirst});
-    if (area->Columns() == 1 && place.row >= r.rwFirst && place.row <= r.rwLast) {
-        return At({place.row, r.colFirst});
+    if (!IsReference(value)) return value;
+    const auto range = Find(value);
+    if (!range) return ErrorValue{xlerrRef};
+    const auto& [grid, area] = *range;
+    const XLREF12& r = area.rectangle;
+    if (area.Rows() == 1 && area.Columns() == 1) return grid->At({r.rwFirst, r.colFirst});
+    if (area.Columns() == 1 && place_.row >= r.rwFirst && place_.row <= r.rwLast) {
+        return grid->At({place_.row, r.colFirst});
     }
-    if (area->Rows() == 1 && place.column >= r.colFirst && place.column <= r.colLast) {
-        return At({r.rwFirst, place.column});
+    if (area.Rows() == 1 && place_.column >= r.colFirst && place_.column <= r.colLast) {
+        return grid->At({r.rwFirst, place_.column});
     }
     return ErrorValue{xlerrValue};
+}
+
+Value Cells::Read(const Value& value) const {
+    if (!IsReference(value)) return value.Is<Missing>() ? Value(Empty{}) : value;
+    const auto range = Find(value);
+    return range ? range->grid->Read(range->area) : Value(ErrorValue{xlerrRef});
 }
 
 std::optional<ErrorValue> ToNumber(const Value& scalar, double& number) {
     if (const auto* error = scalar.If<ErrorValue>()) return *error;
     if (const auto* text = scalar.If<Text>()) {
-        if (!ReadNumber(Utf8(TrimSpaces(*text)), number)) return ErrorValue{xlerrValue};
+        if (!ReadTypedNumber(Utf8(*text), number)) return ErrorValue{xlerrValue};
     } else if (const auto* given = scalar.If<double>()) {
         number = *given;
     } else if (const auto* whole = scalar.If<int>()) {
@@ -127,6 +136,12 @@ std::optional<ErrorValue> ToTruth(const Value& scalar, bool& truth) {
 
 Value FiniteNumber(double number) {
     return std::isfinite(number) ? Value(number) : Value(ErrorValue{xlerrNum});
+}
+
+Value PowerOf(double base, double exponent) {
+    if (base == 0 && exponent == 0) return ErrorValue{xlerrNum};
+    if (base == 0 && exponent < 0) return ErrorValue{xlerrDiv0};
+    return FiniteNumber(std::pow(base, exponent));
 }
 
 }  // namespace excelhost

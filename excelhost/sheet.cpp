@@ -1,11 +1,12 @@
 #include "excelhost/sheet.h"
 
-#include "excelhost/builtins.h"
 #include "excelhost/calculate.h"
-
-#include <windows.h>
+#include "excelhost/functions/functions.h"
+#include "excelhost/numbers.h"
 
 #include <algorithm>
+#include <map>
+#include <optional>
 #include <utility>
 
 namespace excelhost {
@@ -15,24 +16,115 @@ CellFault FaultAt(Place place, const std::string& message) {
     return {static_cast<std::size_t>(place.row) + 1, static_cast<std::size_t>(place.column) + 1, message};
 }
 
-CsvTable Parse(std::string_view csv) try { return ParseCsv(csv); } catch (const CellFault& fault) {
+// UTF-16 by its byte-order mark, or by the zero bytes of the digits and commas that any sheet begins with.
+bool LooksLikeUtf16(std::string_view text) {
+    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) return true;
+    return text.size() > 3 && text.size() % 2 == 0 &&
+           ((text[0] == 0 && text[2] == 0 && text[1] != 0) || (text[1] == 0 && text[3] == 0 && text[0] != 0));
+}
+
+// The first field that isn't UTF-8; the whole file is then in another encoding.
+CellFault EncodingFault(const CsvTable& table) {
+    for (std::size_t row = 0; row < table.size(); ++row) {
+        for (std::size_t column = 0; column < table[row].size(); ++column) {
+            const std::string& field = table[row][column];
+            const std::size_t good = Utf8Prefix(field);
+            if (good == field.size()) continue;
+            const auto byte = static_cast<unsigned char>(field[good]);
+            const std::string shown = {"0123456789ABCDEF"[byte >> 4], "0123456789ABCDEF"[byte & 0xF]};
+            const std::string where = "the text isn't UTF-8: byte " + shown + " behind '" +
+                                      Excerpt(std::string_view(field).substr(0, good), 60) + "'";
+            const bool isLatin1 = byte >= 0xA0;
+            const std::string what = isLatin1 ? " is '" + Utf8(Text(1, WCHAR{byte})) + "' in Latin-1"
+                                              : " is in Windows-1252, perhaps";
+            return {row + 1, column + 1, where + what + "; save the sheet as UTF-8"};
+        }
+    }
+    return {1, 1, "the text isn't UTF-8"};
+}
+
+CsvTable Parse(std::string_view csv) try {
+    if (LooksLikeUtf16(csv)) throw CellFault(1, 1, "the text is UTF-16; save the sheet as UTF-8");
+    CsvTable table = ParseCsv(csv);
+    if (Utf8Prefix(csv) != csv.size()) throw EncodingFault(table);
+    return table;
+} catch (const CellFault& fault) {
     throw SheetFaults({fault});
 }
 
-bool IsUtf8(std::string_view text) {
-    return text.empty() || MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(),
-                                               static_cast<int>(text.size()), nullptr, 0) != 0;
-}
-
-std::optional<bool> TruthFrom(TextView text) {
+Value FromField(const std::string& field, Text text) {
+    double number = 0;
+    if (ReadTypedNumber(field, number)) return number;
     if (SameName(text, TEXT("TRUE"))) return true;
     if (SameName(text, TEXT("FALSE"))) return false;
-    return std::nullopt;
+    if (const int error = ErrorNumber(field); error >= 0) return ErrorValue{error};
+    return text;
+}
+
+// The text of a field that is one text in a formula, ="...".
+std::optional<Text> TextFromFormula(TextView field) {
+    if (!field.starts_with(TEXT("=\"")) || !field.ends_with('"') || field.size() < 3) return std::nullopt;
+    field = field.substr(2, field.size() - 3);
+    Text text;
+    for (std::size_t i = 0; i < field.size(); ++i) {
+        if (field[i] == '"' && (++i == field.size() || field[i] != '"')) return std::nullopt;
+        text += field[i];
+    }
+    return text;
+}
+
+// Which functions a host lacks, and how many arguments those take that it has; asked for once a name.
+class KnownFunctions {
+  public:
+    explicit KnownFunctions(const Host& host) : host_(host) {}
+
+    // What stands in the way of each call of a formula.
+    void Check(const FormulaCell& cell, std::vector<CellFault>& faults) {
+        for (const FormulaStep& step : cell.formula.steps) {
+            if (step.step != Step::Call || step.builtin != nullptr) continue;
+            const Text& name = *step.value.If<Text>();
+            const auto arity = Arity(name);
+            if (!arity) {
+                faults.push_back(FaultAt(cell.place, "unknown function '" + Excerpt(name) + "'"));
+            } else if (step.count > *arity) {
+                faults.push_back(FaultAt(cell.place, "'" + Excerpt(name) + "' takes " +
+                                                         std::to_string(*arity) + " arguments, not " +
+                                                         std::to_string(step.count)));
+            }
+        }
+    }
+
+  private:
+    std::optional<std::size_t> Arity(const Text& name) {
+        const auto [place, isNew] = arities_.try_emplace(name);
+        if (isNew) {
+            if (const auto function = host_.Find(name)) place->second = function->Arity();
+        }
+        return place->second;
+    }
+
+    const Host& host_;
+    std::map<Text, std::optional<std::size_t>> arities_;
+};
+
+std::vector<std::uint32_t> OrderOf(std::span<const LocatedFormula> formulas,
+                                   std::span<const Grid* const> grids) try {
+    return CalculationOrder(formulas, grids);
+} catch (const CircularReference& circle) {
+    throw SheetFaults({FaultAt(circle.Cell().cell->place, circle.what())}, circle.Cell().sheet);
+}
+
+std::string FieldText(const Value& value) {
+    const Text* text = value.If<Text>();
+    if (text == nullptr || text->size() < 2 || text->front() != '=') return CellText(value);
+    std::string field = "=\"";
+    for (const char c : Utf8(*text)) field.append(c == '"' ? 2 : 1, c);
+    return field + "\"";
 }
 
 }  // namespace
 
-Sheet::Sheet(std::string_view csv) {
+Sheet::Sheet(std::string_view csv, std::span<const Text> names) {
     const CsvTable table = Parse(csv);
     const std::size_t columns = table.empty() ? 0 : table.front().size();
     if (table.size() > static_cast<std::size_t>(kRowLimit)) {
@@ -42,13 +134,13 @@ Sheet::Sheet(std::string_view csv) {
         throw SheetFaults({CellFault(1, kColumnLimit + 1, "a sheet has at most 16,384 columns")});
     }
     values_ = Grid(static_cast<RW>(table.size()), static_cast<COL>(columns));
-    formulas_.resize(table.size() * columns);
     std::vector<CellFault> faults;
     for (Place place; place.row < values_.Rows(); ++place.row) {
         for (place.column = 0; place.column < values_.Columns(); ++place.column) {
             try {
                 Read(place,
-                     table[static_cast<std::size_t>(place.row)][static_cast<std::size_t>(place.column)]);
+                     table[static_cast<std::size_t>(place.row)][static_cast<std::size_t>(place.column)],
+                     names);
             } catch (const CellFault& fault) {
                 faults.push_back(fault);
             }
@@ -57,128 +149,61 @@ Sheet::Sheet(std::string_view csv) {
     if (!faults.empty()) throw SheetFaults(std::move(faults));
 }
 
-void Sheet::Read(Place place, const std::string& field) {
+void Sheet::Read(Place place, const std::string& field, std::span<const Text> names) {
     if (field.empty()) return;
-    if (!IsUtf8(field)) throw FaultAt(place, "the text isn't UTF-8");
-    const Text text = Wide(field);
-    if (text.size() > 1 && text.front() == '=') {
+    Text text = Wide(field);
+    const bool isFormula = text.size() > 1 && text.front() == '=';
+    auto given = isFormula ? TextFromFormula(text) : std::nullopt;
+    if (isFormula && !given) {
         try {
-            formulas_[values_.Index(place)] = ParseFormula(text);
+            formulas_.push_back({place, ParseFormula(text, names)});
         } catch (const FormulaFault& fault) {
-            throw FaultAt(place, "bad formula " + field.substr(0, 200) + ": at character " +
+            throw FaultAt(place, "bad formula " + Excerpt(text) + ": at character " +
                                      std::to_string(fault.Position()) + ", " + fault.what());
         }
         return;
     }
     if (text.size() > kTextLimit) throw FaultAt(place, "a text has at most 32,767 characters");
-    double number = 0;
-    if (ReadNumber(field, number)) {
-        values_.Set(place, number);
-    } else if (const auto truth = TruthFrom(text)) {
-        values_.Set(place, *truth);
-    } else if (const int error = ErrorNumber(field); error >= 0) {
-        values_.Set(place, ErrorValue{error});
-    } else {
-        values_.Set(place, text);
-    }
-}
-
-const Formula* Sheet::FormulaAt(Place place) const {
-    const auto& formula = formulas_[values_.Index(place)];
-    return formula ? &*formula : nullptr;
-}
-
-// Depth first over an explicit stack, so that a chain of any length is followed. Whatever is Open while a
-// cell's references are gathered leads to that cell.
-std::vector<Place> Sheet::Order() const {
-    enum class State : unsigned char { New, Open, Done };
-    std::vector<State> states(formulas_.size(), State::New);
-    std::vector<Place> order;
-    std::vector<Place> stack;
-
-    std::vector<Place> open;  // the cells of the stack whose references are being followed
-
-    const auto circle = [&](Place from, Place to) {
-        const auto first = std::find_if(open.begin(), open.end(), [&](Place place) {
-            return place.row == to.row && place.column == to.column;
-        });
-        std::string path;
-        for (auto place = first; place != open.end(); ++place)
-            path += CellName(place->row, place->column) + " -> ";
-        throw SheetFaults({FaultAt(from, "circular reference: " + path + CellName(to.row, to.column))});
-    };
-    const auto visit = [&](Place from, Place to) {
-        if (FormulaAt(to) == nullptr) return;
-        const State state = states[values_.Index(to)];
-        if (state == State::Open) circle(from, to);
-        if (state == State::New) stack.push_back(to);
-    };
-    const auto visitReferences = [&](Place from) {
-        for (const FormulaStep& step : FormulaAt(from)->steps) {
-            const Area* area = step.value.If<Area>();
-            const auto inside = area != nullptr ? values_.Inside(*area) : std::nullopt;
-            if (!inside) continue;
-            // Pushed from the last to the first, calculated from the first to the last.
-            const XLREF12& r = inside->rectangle;
-            for (RW row = r.rwLast; row >= r.rwFirst; --row) {
-                for (COL column = r.colLast; column >= r.colFirst; --column) visit(from, {row, column});
-            }
-        }
-    };
-
-    for (Place start; start.row < values_.Rows(); ++start.row) {
-        for (start.column = 0; start.column < values_.Columns(); ++start.column) {
-            visit(start, start);
-            while (!stack.empty()) {
-                const Place place = stack.back();
-                State& state = states[values_.Index(place)];
-                if (state == State::New) {
-                    state = State::Open;
-                    open.push_back(place);
-                    visitReferences(place);
-                    continue;
-                }
-                if (state == State::Open) {
-                    open.pop_back();
-                    order.push_back(place);
-                }
-                state = State::Done;
-                stack.pop_back();
-            }
-        }
-    }
-    return order;
-}
-
-void Sheet::CheckCalls(const Host& host, Place place, std::vector<CellFault>& faults) const {
-    for (const FormulaStep& step : FormulaAt(place)->steps) {
-        if (step.step != Step::Call || FindBuiltin(step.name) != nullptr) continue;
-        const auto function = host.Find(step.name);
-        if (!function) {
-            faults.push_back(FaultAt(place, "unknown function '" + Utf8(step.name) + "'"));
-        } else if (step.count > function->Arity()) {
-            faults.push_back(FaultAt(place, "'" + Utf8(step.name) + "' takes " +
-                                                std::to_string(function->Arity()) + " arguments, not " +
-                                                std::to_string(step.count)));
-        }
-    }
+    values_.Set(place, given ? std::move(*given) : FromField(field, std::move(text)));
 }
 
 std::vector<CellFault> Sheet::Calculate(Host& host, IDSHEET id, TextView name) {
-    const std::vector<Place> order = Order();
-    host.AddSheet(id, name, [this](const Area& area) { return values_.Read(area); });
-    host.SetCurrentSheet(id);
+    const NamedSheet named{Text(name), this};
+    return CalculateSheets({&named, 1}, host, id).front();
+}
+
+std::vector<std::vector<CellFault>> CalculateSheets(std::span<const NamedSheet> sheets, Host& host,
+                                                    IDSHEET firstId) {
+    std::vector<const Grid*> grids;
+    std::vector<LocatedFormula> formulas;
+    for (const NamedSheet& named : sheets) {
+        grids.push_back(&named.sheet->Values());
+        for (const FormulaCell& cell : named.sheet->Formulas()) formulas.push_back({grids.size(), &cell});
+    }
+    const std::vector<std::uint32_t> order = OrderOf(formulas, grids);
+    for (std::size_t i = 0; i < sheets.size(); ++i) {
+        host.AddSheet(firstId + i, sheets[i].name,
+                      [grid = grids[i]](const Area& area) { return grid->Read(area); });
+    }
     const FunctionCaller call = [&](TextView function, std::span<const Value> arguments) {
         return host.Call(function, arguments);
     };
-    std::vector<CellFault> faults;
-    for (const Place place : order) {
-        CheckCalls(host, place, faults);
-        values_.Set(place, CalculateFormula(*FormulaAt(place), place, values_, call));
+    std::vector<std::vector<CellFault>> faults(sheets.size());
+    KnownFunctions known(host);
+    IDSHEET current = 0;
+    for (const std::uint32_t number : order) {
+        const auto& [id, cell] = formulas[number];
+        known.Check(*cell, faults[id - 1]);
+        if (std::exchange(current, id) != id) host.SetCurrentSheet(firstId + id - 1);
+        sheets[id - 1].sheet->Set(cell->place,
+                                  CalculateFormula(cell->formula, Cells(grids, id, cell->place), call));
     }
-    std::stable_sort(faults.begin(), faults.end(), [](const CellFault& a, const CellFault& b) {
-        return std::pair(a.Row(), a.Column()) < std::pair(b.Row(), b.Column());
-    });
+    host.SetCurrentSheet(firstId);
+    for (auto& ofSheet : faults) {
+        std::stable_sort(ofSheet.begin(), ofSheet.end(), [](const CellFault& a, const CellFault& b) {
+            return std::pair(a.Row(), a.Column()) < std::pair(b.Row(), b.Column());
+        });
+    }
     return faults;
 }
 
@@ -193,7 +218,7 @@ std::string Sheet::Csv() const {
     std::vector<std::string> line(static_cast<std::size_t>(values_.Columns()));
     for (Place place; place.row < values_.Rows(); ++place.row) {
         for (place.column = 0; place.column < values_.Columns(); ++place.column) {
-            line[static_cast<std::size_t>(place.column)] = CellText(values_.At(place));
+            line[static_cast<std::size_t>(place.column)] = FieldText(values_.At(place));
         }
         csv += CsvLine(line);
     }

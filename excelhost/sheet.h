@@ -1,13 +1,13 @@
-// A sheet of cells from a CSV text: values and formulas, calculated by need through a host.
+// A sheet of cells from a CSV text, values and formulas, and the calculation of sheets through a host.
 #pragma once
 
 #include "excelhost/csv.h"
-#include "excelhost/formula.h"
 #include "excelhost/grid.h"
 #include "excelhost/host.h"
+#include "excelhost/order.h"
 
 #include <exception>
-#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,42 +17,61 @@ namespace excelhost {
 // All that is wrong with a sheet's cells, in their order. Never empty.
 class SheetFaults : public std::exception {
   public:
-    explicit SheetFaults(std::vector<CellFault> faults) : faults_(std::move(faults)) {}
+    explicit SheetFaults(std::vector<CellFault> faults, IDSHEET sheet = 1)
+        : faults_(std::move(faults)), sheet_(sheet) {}
     [[nodiscard]] const std::vector<CellFault>& All() const noexcept { return faults_; }
+    // The sheet's id, when several are calculated.
+    [[nodiscard]] IDSHEET Sheet() const noexcept { return sheet_; }
     [[nodiscard]] const char* what() const noexcept override { return faults_.front().what(); }
 
   private:
     std::vector<CellFault> faults_;
+    IDSHEET sheet_;
 };
 
 class Sheet {
   public:
     // A field is read as Excel reads one from a CSV file: a number, TRUE or FALSE, an error value, a formula
-    // behind "=", text otherwise; an empty field is an empty cell. SheetFaults when the text is no table, is
-    // larger than a sheet, isn't UTF-8 or holds a bad formula.
-    explicit Sheet(std::string_view csv);
+    // behind "=", text otherwise; an empty field is an empty cell. The formula of
+    // one text, ="...", is that text whatever its length. Formulas may refer to the sheets of these names, by their ids from 1 on. SheetFaults when the text
+    // is no table, is larger than a sheet, isn't UTF-8 or holds a bad formula.
+    explicit Sheet(std::string_view csv, std::span<const Text> names = {});
 
-    // Calculates each formula once, after those that it refers to. A reference counts for that wherever it
-    // stands, in a branch of IF that isn't taken, too. Becomes the host's sheet of this id and its current
-    // one for as long as the sheet lives. Functions that aren't built in are the host's registered ones; a
-    // missing one gives #NAME? and a fault in the result, as does a call with too many arguments. SheetFaults
-    // for cells that refer to one another in a circle; then no value has changed.
+    // CalculateSheets for one sheet under an id, with the faults of its cells.
     [[nodiscard]] std::vector<CellFault> Calculate(Host& host, IDSHEET id, TextView name);
 
     // Formulas are empty cells before Calculate.
     [[nodiscard]] const Grid& Values() const noexcept { return values_; }
-    // The values as CSV: numbers in up to 15 digits, one line a row.
+    // Row by row.
+    [[nodiscard]] std::span<const FormulaCell> Formulas() const noexcept { return formulas_; }
+    // The values as CSV: numbers in up to 15 digits, one line a row. A text that begins with "=" is written as
+    // the formula ="=..." that gives it, which Excel reads back as well.
     [[nodiscard]] std::string Csv() const;
 
+    // Gives a cell its value.
+    void Set(Place place, Value value) { values_.Set(place, std::move(value)); }
+
   private:
-    void Read(Place place, const std::string& field);
-    [[nodiscard]] std::vector<Place> Order() const;
-    void CheckCalls(const Host& host, Place place, std::vector<CellFault>& faults) const;
-    [[nodiscard]] const Formula* FormulaAt(Place place) const;
+    void Read(Place place, const std::string& field, std::span<const Text> names);
 
     Grid values_;
-    std::vector<std::optional<Formula>> formulas_;  // by Grid::Index
+    std::vector<FormulaCell> formulas_;
 };
+
+// A sheet of a workbook that is calculated, under its name as xlSheetNm gives it: "[Book1.xlsx]Sheet1".
+struct NamedSheet {
+    Text name;
+    Sheet* sheet = nullptr;
+};
+
+// Calculates each formula once, after those that it refers to on any of the sheets, whose ids in the host count
+// from `firstId` on (1 whenever formulas refer to other sheets). They are the host's sheets for as long as they
+// live, the first one its current sheet at the end. Functions that aren't built in are the host's registered
+// ones; a missing one gives #NAME? and a fault in the result, as does a call with too many arguments. The
+// faults come sheet by sheet. SheetFaults for cells that refer to one another in a circle; then no value has
+// changed.
+[[nodiscard]] std::vector<std::vector<CellFault>> CalculateSheets(std::span<const NamedSheet> sheets,
+                                                                  Host& host, IDSHEET firstId = 1);
 
 // A cell's value as CSV shows it.
 [[nodiscard]] std::string CellText(const Value& value);

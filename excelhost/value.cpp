@@ -1,11 +1,7 @@
 #include "excelhost/value.h"
 
-#include <windows.h>
-
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <cmath>
 #include <cstring>
 #include <iterator>
 #include <limits>
@@ -167,9 +163,7 @@ Value ValueFrom(const XLOPER12& record, int depth) {
 }
 
 std::string QuotedText(TextView text) {
-    const bool cut = text.size() > kLongestShownText;
-    std::string quoted = "\"" + Utf8(text.substr(0, kLongestShownText));
-    return quoted + (cut ? "…\"" : "\"");
+    return "\"" + Excerpt(text, kLongestShownText) + "\"";
 }
 
 struct Describer {
@@ -201,10 +195,6 @@ constexpr std::array kErrors = {
     NamedError{xlerrName, "#NAME?"},   NamedError{xlerrNum, "#NUM!"},
     NamedError{xlerrNA, "#N/A"},       NamedError{xlerrGettingData, "#GETTING_DATA"},
 };
-
-constexpr WCHAR LowerAscii(WCHAR unit) noexcept {
-    return unit >= 'A' && unit <= 'Z' ? static_cast<WCHAR>(unit + ('a' - 'A')) : unit;
-}
 
 }  // namespace
 
@@ -294,41 +284,6 @@ int ErrorNumber(std::string_view name) noexcept {
         if (error.name == name) return error.number;
     }
     return -1;
-}
-
-std::string NumberText(double number) {
-    if (std::isnan(number)) return "NaN";
-    std::array<char, 32> buffer{};
-    const double shown = number == 0 ? 0.0 : number;
-    const auto end =
-        std::to_chars(buffer.data(), buffer.data() + buffer.size(), shown, std::chars_format::general, 15)
-            .ptr;
-    std::string text(buffer.data(), end);
-    std::replace(text.begin(), text.end(), 'e', 'E');
-    return text;
-}
-
-Text Wide(std::string_view utf8) {
-    if (utf8.empty()) return {};
-    const int bytes = static_cast<int>(utf8.size());
-    const int units = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), bytes, nullptr, 0);
-    Text text(static_cast<std::size_t>(units), WCHAR{});
-    MultiByteToWideChar(CP_UTF8, 0, utf8.data(), bytes, text.data(), units);
-    return text;
-}
-
-std::string Utf8(TextView text) {
-    if (text.empty()) return {};
-    const int units = static_cast<int>(text.size());
-    const int bytes = WideCharToMultiByte(CP_UTF8, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
-    std::string utf8(static_cast<std::size_t>(bytes), char{});
-    WideCharToMultiByte(CP_UTF8, 0, text.data(), units, utf8.data(), bytes, nullptr, nullptr);
-    return utf8;
-}
-
-bool SameName(TextView a, TextView b) noexcept {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](WCHAR x, WCHAR y) { return LowerAscii(x) == LowerAscii(y); });
 }
 
 }  // namespace excelhost

@@ -4,6 +4,9 @@
 #pragma once
 
 #include "excelhost/blocks.h"
+#include "excelhost/characters.h"
+#include "excelhost/numbers.h"
+
 #include "excelvalues/xlcall.h"
 
 #include <cstddef>
@@ -14,10 +17,6 @@
 #include <vector>
 
 namespace excelhost {
-
-// Wide text, 16-bit units.
-using Text = std::basic_string<WCHAR>;
-using TextView = std::basic_string_view<WCHAR>;
 
 // Limits of Excel 2007 and later.
 inline constexpr RW kRowLimit = 1048576;
@@ -122,16 +121,5 @@ inline const Value& Array::At(std::size_t row, std::size_t column) const {
 // text.
 [[nodiscard]] std::string ErrorName(int number);
 [[nodiscard]] int ErrorNumber(std::string_view name) noexcept;
-
-// A number in up to 15 significant digits, the most that Excel keeps of one that is typed; no locale, and the
-// same digits in every build.
-[[nodiscard]] std::string NumberText(double number);
-
-// UTF-8 to wide text and back. Bad sequences and lone surrogates become U+FFFD.
-[[nodiscard]] Text Wide(std::string_view utf8);
-[[nodiscard]] std::string Utf8(TextView text);
-
-// Equal without regard to case, for the names of workbooks and functions (letters A to Z only).
-[[nodiscard]] bool SameName(TextView a, TextView b) noexcept;
 
 }  // namespace excelhost

@@ -83,7 +83,8 @@ Variant CalculateText(const SheetNode& sheet, LONG row, LONG column, TextView te
         const Formula formula = ParseFormula(text);
         const Grid grid = ReferencedCells(sheet, formula);
         const auto unknown = [](TextView, std::span<const Value>) -> Value { return ErrorValue{xlerrName}; };
-        return FromValue(CalculateFormula(formula, {row - 1, column - 1}, grid, unknown));
+        const Grid* const grids[] = {&grid};
+        return FromValue(CalculateFormula(formula, Cells(grids, 1, {row - 1, column - 1}), unknown));
     } catch (const FormulaFault&) {
         return ErrorVariant(xlerrName);
     }

@@ -1,6 +1,7 @@
 #include "excelhost/automation/server.h"
 
 #include "excelhost/automation/classes.h"
+#include "excelhost/numbers.h"
 
 #include <algorithm>
 #include <cstdio>

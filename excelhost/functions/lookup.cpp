@@ -1,0 +1,192 @@
+#include "excelhost/functions/functions.h"
+
+#include "excelhost/calculate.h"
+#include "excelhost/functions/criteria.h"
+
+#include <array>
+#include <optional>
+
+namespace excelhost {
+namespace {
+
+using Found = std::optional<std::size_t>;
+
+bool SameKind(const Value& a, const Value& b) {
+    return a.index() == b.index();
+}
+
+// Where the wanted value stands among `count` values; texts may be patterns.
+template <class At>
+Found FindExact(const Value& wanted, std::size_t count, At at) {
+    const Text* pattern = wanted.If<Text>();
+    for (std::size_t i = 0; i < count; ++i) {
+        const Value& value = at(i);
+        if (!SameKind(value, wanted)) continue;
+        const bool same = pattern != nullptr ? MatchesPattern(*value.If<Text>(), *pattern)
+                                             : std::is_eq(CompareScalars(value, wanted));
+        if (same) return i;
+    }
+    return std::nullopt;
+}
+
+// The last of the values that aren't beyond the wanted one, in ascending or descending order; values of other
+// types are passed over.
+template <class At>
+Found FindSorted(const Value& wanted, std::size_t count, bool ascending, At at) {
+    Found last;
+    for (std::size_t i = 0; i < count; ++i) {
+        const Value& value = at(i);
+        if (!SameKind(value, wanted)) continue;
+        const auto order = CompareScalars(value, wanted);
+        if (ascending ? std::is_gt(order) : std::is_lt(order)) break;
+        last = i;
+        if (!ascending && std::is_eq(order)) break;
+    }
+    return last;
+}
+
+Value Wanted(const Given& given) {
+    Value wanted = given.Scalar(0);
+    if (wanted.Is<Empty>()) return 0.0;
+    return wanted;
+}
+
+// VLOOKUP and HLOOKUP(wanted, table, line, [sorted]): along the first column and the first row.
+template <bool Vertical>
+Value LookUpTable(const Given& given) {
+    const Value wanted = Wanted(given);
+    const bool sorted = given.Truth(3, true);
+    const std::size_t line = given.Whole(2, 1) - 1;
+    const Cells::Range range = given.Range(1);
+    if (line >= (Vertical ? range.area.Columns() : range.area.Rows())) return ErrorValue{xlerrRef};
+    const XLREF12& r = range.area.rectangle;
+    const auto cell = [&](std::size_t along, std::size_t across) -> const Value& {
+        const auto row = static_cast<RW>(Vertical ? along : across);
+        const auto column = static_cast<COL>(Vertical ? across : along);
+        return range.grid->At({r.rwFirst + row, r.colFirst + column});
+    };
+    const auto key = [&](std::size_t i) -> const Value& { return cell(i, 0); };
+    const auto inside = range.grid->Inside(range.area);
+    const std::size_t count = !inside ? 0 : Vertical ? inside->Rows() : inside->Columns();
+    const Found place = sorted ? FindSorted(wanted, count, true, key) : FindExact(wanted, count, key);
+    return place ? cell(*place, line) : Value(ErrorValue{xlerrNA});
+}
+
+// MATCH(wanted, line, [1 ascending, 0 unsorted, -1 descending])
+Value Match(const Given& given) {
+    const Value wanted = Wanted(given);
+    const Array line = given.Table(1);
+    const double order = given.Number(2, 1);
+    if (line.rows != 1 && line.columns != 1) return ErrorValue{xlerrNA};
+    const auto at = [&](std::size_t i) -> const Value& { return line.cells[i]; };
+    const Found place = order == 0 ? FindExact(wanted, line.cells.size(), at)
+                                   : FindSorted(wanted, line.cells.size(), order > 0, at);
+    return place ? Value(static_cast<double>(*place + 1)) : Value(ErrorValue{xlerrNA});
+}
+
+// LOOKUP(wanted, sorted line, [results])
+Value LookUp(const Given& given) {
+    const Value wanted = Wanted(given);
+    const Array keys = given.Table(1);
+    const Array results = given.Table(given.Has(2) ? 2 : 1);
+    // Along the longer side; of a table without results the last line across is the result.
+    const bool across = keys.columns > keys.rows;
+    const std::size_t count = across ? keys.columns : keys.rows;
+    const Found place = FindSorted(wanted, count, true, [&](std::size_t i) -> const Value& {
+        return across ? keys.At(0, i) : keys.At(i, 0);
+    });
+    if (!place) return ErrorValue{xlerrNA};
+    if (given.Has(2))
+        return *place < results.cells.size() ? results.cells[*place] : Value(ErrorValue{xlerrNA});
+    return across ? keys.At(keys.rows - 1, *place) : keys.At(*place, keys.columns - 1);
+}
+
+// XLOOKUP(wanted, line, results, [if not found], [0 exact, -1 or next smaller, 1 or next larger, 2 pattern])
+Value ExtendedLookUp(const Given& given) {
+    const Value wanted = Wanted(given);
+    const Array line = given.Table(1);
+    const Array results = given.Table(2);
+    const double mode = given.Number(4, 0);
+    if (line.cells.size() != results.cells.size()) return ErrorValue{xlerrValue};
+    Found best;
+    for (std::size_t i = 0; i < line.cells.size(); ++i) {
+        const Value& value = line.cells[i];
+        if (!SameKind(value, wanted)) continue;
+        const auto* text = value.If<Text>();
+        const auto order = CompareScalars(value, wanted);
+        if (std::is_eq(order) || (mode == 2 && text && MatchesPattern(*text, *wanted.If<Text>()))) {
+            return results.cells[i];
+        }
+        const bool candidate = (mode == -1 && std::is_lt(order)) || (mode == 1 && std::is_gt(order));
+        const auto against =
+            best ? CompareScalars(value, line.cells[*best]) : std::partial_ordering::unordered;
+        if (candidate && (!best || (mode < 0 ? std::is_gt(against) : std::is_lt(against)))) best = i;
+    }
+    if (best) return results.cells[*best];
+    return given.Has(3) && !given.Raw(3).Is<Missing>() ? given.Any(3) : Value(ErrorValue{xlerrNA});
+}
+
+// INDEX(table, row, [column]): a reference when the table is one. 0 stands for all rows or columns; of a table
+// with one row the second argument is the column.
+Value Index(const Given& given) {
+    std::size_t row = given.Whole(1, 0);
+    std::size_t column = given.Whole(2, 0, 0);
+    const Array* array = given.Raw(0).If<Array>();
+    if (array == nullptr && !IsReference(given.Raw(0))) return given.Any(0);
+    const Cells::Range range = array == nullptr ? given.Range(0) : Cells::Range{};
+    const std::size_t rows = array != nullptr ? array->rows : range.area.Rows();
+    const std::size_t columns = array != nullptr ? array->columns : range.area.Columns();
+    if (!given.Has(2) && rows == 1) std::swap(row, column);
+    if (!given.Has(2) && columns == 1) column = 1;
+    if (row > rows || column > columns) return ErrorValue{xlerrRef};
+    if (array != nullptr) return array->At(row == 0 ? 0 : row - 1, column == 0 ? 0 : column - 1);
+    Area area = range.area;
+    XLREF12& r = area.rectangle;
+    if (row > 0) r.rwFirst = r.rwLast = r.rwFirst + static_cast<RW>(row) - 1;
+    if (column > 0) r.colFirst = r.colLast = r.colFirst + static_cast<COL>(column) - 1;
+    const auto* named = given.Raw(0).If<Reference>();
+    return named != nullptr ? Value(Reference{named->sheet, {area}}) : Value(area);
+}
+
+Value Choose(const Given& given) {
+    const std::size_t choice = given.Whole(0, 1);
+    if (choice >= given.Count()) return ErrorValue{xlerrValue};
+    return given.Raw(choice);
+}
+
+Value Row(const Given& given) {
+    return 1.0 + (given.Has(0) ? given.Range(0).area.rectangle.rwFirst : given.Sheets().Here().row);
+}
+Value Column(const Given& given) {
+    return 1.0 + (given.Has(0) ? given.Range(0).area.rectangle.colFirst : given.Sheets().Here().column);
+}
+Value Rows(const Given& given) {
+    const Array* array = given.Raw(0).If<Array>();
+    return static_cast<double>(array != nullptr ? array->rows : given.Range(0).area.Rows());
+}
+Value Columns(const Given& given) {
+    const Array* array = given.Raw(0).If<Array>();
+    return static_cast<double>(array != nullptr ? array->columns : given.Range(0).area.Columns());
+}
+
+constexpr auto kFunctions = std::to_array<Builtin>({
+    {"CHOOSE", 2, kArgumentLimit, Choose},
+    {"COLUMN", 0, 1, Column},
+    {"COLUMNS", 1, 1, Columns},
+    {"HLOOKUP", 3, 4, LookUpTable<false>},
+    {"INDEX", 2, 3, Index},
+    {"LOOKUP", 2, 3, LookUp},
+    {"MATCH", 2, 3, Match},
+    {"ROW", 0, 1, Row},
+    {"ROWS", 1, 1, Rows},
+    {"VLOOKUP", 3, 4, LookUpTable<true>},
+    {"XLOOKUP", 3, 5, ExtendedLookUp},
+});
+
+}  // namespace
+
+std::span<const Builtin> LookupFunctions() noexcept {
+    return kFunctions;
+}
+
+}  // namespace excelhost

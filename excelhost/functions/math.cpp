@@ -1,0 +1,139 @@
+#include "excelhost/functions/functions.h"
+
+#include "excelhost/formula.h"
+#include "excelhost/numbers.h"
+
+#include <array>
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+namespace excelhost {
+namespace {
+
+// A function of one number, given as an operation on doubles.
+template <auto Operation>
+Value OfNumber(const Given& given) {
+    return FiniteNumber(Operation(given.Number(0)));
+}
+
+template <Rounding How>
+Value RoundTo(const Given& given) {
+    return FiniteNumber(Rounded(given.Number(0), given.Number(1, 0), How));
+}
+
+double Sign(double number) {
+    return number > 0 ? 1 : number < 0 ? -1 : 0;
+}
+
+Value LogarithmTo(double number, double base) {
+    if (number <= 0 || base <= 0) return ErrorValue{xlerrNum};
+    if (base == 1) return ErrorValue{xlerrDiv0};
+    return base == 10 ? std::log10(number) : std::log(number) / std::log(base);
+}
+Value Log(const Given& given) {
+    return LogarithmTo(given.Number(0), given.Number(1, 10));
+}
+Value Ln(const Given& given) {
+    return LogarithmTo(given.Number(0), std::numbers::e);
+}
+
+// The remainder has the divisor's sign.
+Value Mod(const Given& given) {
+    const double number = given.Number(0);
+    const double divisor = given.Number(1);
+    if (divisor == 0) return ErrorValue{xlerrDiv0};
+    const double rest = std::fmod(number, divisor);
+    return rest != 0 && std::signbit(rest) != std::signbit(divisor) ? rest + divisor : rest;
+}
+
+// A multiple of the significance: 0.3 is three times 0.1, though not in binary.
+template <auto Whole>
+Value ToMultiple(const Given& given) {
+    const double number = given.Number(0);
+    const double significance = given.Number(1);
+    if (number > 0 && significance < 0) return ErrorValue{xlerrNum};
+    if (number == 0 || significance == 0) return 0.0;
+    double times = number / significance;
+    (void)ReadNumber(NumberText(times), times);
+    return FiniteNumber(Whole(times) * significance);
+}
+Value Floor(const Given& given) {
+    if (given.Number(0) != 0 && given.Number(1) == 0) return ErrorValue{xlerrDiv0};
+    return ToMultiple<static_cast<double (*)(double)>(std::floor)>(given);
+}
+
+Value Power(const Given& given) {
+    return PowerOf(given.Number(0), given.Number(1));
+}
+
+Value Sum(const Given& given) {
+    double sum = 0;
+    given.EachNumber([&](double number) { sum += number; });
+    return FiniteNumber(sum);
+}
+
+Value SumOfSquares(const Given& given) {
+    double sum = 0;
+    given.EachNumber([&](double number) { sum += number * number; });
+    return FiniteNumber(sum);
+}
+
+// The product of no numbers is 0.
+Value Product(const Given& given) {
+    double product = 1;
+    bool any = false;
+    given.EachNumber([&](double number) { product *= number, any = true; });
+    return any ? FiniteNumber(product) : Value(0.0);
+}
+
+// What is no number counts as 0.
+Value SumProduct(const Given& given) {
+    const Array first = given.Table(0);
+    std::vector<double> products(first.cells.size(), 1);
+    for (std::size_t i = 0; i < given.Count(); ++i) {
+        const Array table = i == 0 ? first : given.Table(i);
+        if (table.rows != first.rows || table.columns != first.columns) return ErrorValue{xlerrValue};
+        for (std::size_t cell = 0; cell < products.size(); ++cell) {
+            const Value& value = table.cells[cell];
+            if (const auto* error = value.If<ErrorValue>()) return *error;
+            const double* number = value.If<double>();
+            products[cell] *= number != nullptr ? *number : 0;
+        }
+    }
+    double sum = 0;
+    for (const double product : products) sum += product;
+    return FiniteNumber(sum);
+}
+
+constexpr auto kFunctions = std::to_array<Builtin>({
+    {"ABS", 1, 1, OfNumber<[](double x) { return std::fabs(x); }>},
+    {"CEILING", 2, 2, ToMultiple<static_cast<double (*)(double)>(std::ceil)>},
+    {"EXP", 1, 1, OfNumber<[](double x) { return std::exp(x); }>},
+    {"FLOOR", 2, 2, Floor},
+    {"INT", 1, 1, OfNumber<[](double x) { return std::floor(x); }>},
+    {"LN", 1, 1, Ln},
+    {"LOG", 1, 2, Log},
+    {"LOG10", 1, 1, Log},
+    {"MOD", 2, 2, Mod},
+    {"PI", 0, 0, [](const Given&) { return Value(std::numbers::pi); }},
+    {"POWER", 2, 2, Power},
+    {"PRODUCT", 1, kArgumentLimit, Product},
+    {"ROUND", 2, 2, RoundTo<Rounding::HalfAwayFromZero>},
+    {"ROUNDDOWN", 2, 2, RoundTo<Rounding::TowardsZero>},
+    {"ROUNDUP", 2, 2, RoundTo<Rounding::AwayFromZero>},
+    {"SIGN", 1, 1, OfNumber<Sign>},
+    {"SQRT", 1, 1, OfNumber<[](double x) { return std::sqrt(x); }>},
+    {"SUM", 1, kArgumentLimit, Sum},
+    {"SUMPRODUCT", 1, kArgumentLimit, SumProduct, true},
+    {"SUMSQ", 1, kArgumentLimit, SumOfSquares},
+    {"TRUNC", 1, 2, RoundTo<Rounding::TowardsZero>},
+});
+
+}  // namespace
+
+std::span<const Builtin> MathFunctions() noexcept {
+    return kFunctions;
+}
+
+}  // namespace excelhost
