@@ -73,7 +73,7 @@ class SheetSize : public testing::Test {
         IDSHEET id = 0;
         for (const WCHAR* name :
              {TEXT("[Book1]Sheet1"), TEXT("[My [old] Book.xls]Sheet1"), TEXT("[Book1]Gone"),
-              TEXT("Book1]Sheet1"), TEXT("Sheet1"), TEXT("[Gone]Sheet1")}) {
+              TEXT("Book1]Sheet1"), TEXT("Sheet1"), TEXT("[Gone]Sheet1"), TEXT("]Sheet1")}) {
             host.AddSheet(++id, name, [](const excelhost::Area&) { return excelhost::Empty{}; });
         }
     }
@@ -110,6 +110,7 @@ TEST_F(SheetSize, IsThatOfTheNamedSheet) {
     EXPECT_EQ(SizeOf(application, 4), "1048576 x 16384") << "a bracket in front is not needed";
     EXPECT_EQ(SizeOf(application, 5), "com 80070057") << "no workbook is named";
     EXPECT_EQ(SizeOf(application, 6), "com 8002000B") << "no such workbook";
+    EXPECT_EQ(SizeOf(application, 7), "com 8002000B") << "a workbook is named, by no name";
     EXPECT_EQ(SizeOf(application, 99), "com 80070057") << "Excel knows no such sheet";
     server.Model().FindWorkbook(TEXT("Book1"))->compatible = true;
     EXPECT_EQ(SizeOf(application, 1), "65536 x 256");
@@ -120,9 +121,16 @@ TEST_F(SheetSize, IsThatOfTheNamedSheet) {
     EXPECT_EQ(SizeOf(nullptr, 1), "com 80004003");
 }
 
+// Both inquiries are the same. The sheet has shrunk by the second one, so that the result shows which came first.
 TEST_F(SheetSize, WholeSheetAsksForColumnsAndThenForRows) {
     EXPECT_EQ(Shown(XXloperFromSheet(nullptr, 1, false)), "sheet 1") << "nothing is asked";
-    EXPECT_EQ(Shown(XXloperFromSheet(application, 1, true)), "sheet 1 A1:XFD1048576");
+    int inquiries = 0;
+    host.OnEntry([&](const excelhost::Entry& entry) {
+        if (entry.function == xlSheetNm && ++inquiries == 2)
+            server.Model().FindWorkbook(TEXT("Book1"))->compatible = true;
+    });
+    EXPECT_EQ(Shown(XXloperFromSheet(application, 1, true)), "sheet 1 A1:XFD65536");
+    host.OnEntry({});
     std::string calls;
     for (const auto& call : server.Record()) calls += Describe(call) + "; ";
     const std::string inquiry =

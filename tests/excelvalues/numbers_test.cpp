@@ -156,7 +156,7 @@ TEST(FromVariant, NumbersTruthAndTexts) {
         {Variant(VT_DATE, 45000.25), 45000.25},
         {Variant(VT_R8, ErrorNaN(6)), ErrorValue{xlerrNA}},
         {Variant(VT_BOOL, short{0}), false},
-        {Variant(VT_BOOL, short{2}), true},
+        {Variant(VT_BOOL, short{0x100}), true},
         {Variant(VT_ERROR, 0x800A07DF), ErrorValue{2015}},
         {Variant(VT_EMPTY), excelhost::Empty{}},
         {Variant(VT_NULL), excelhost::Empty{}},
@@ -169,6 +169,7 @@ TEST(FromVariant, NumbersTruthAndTexts) {
     for (const auto& [variant, expected] : cases) {
         EXPECT_EQ(excelhost::ValueFrom(*XXloperFromVariant(variant)), expected) << variant.vt;
     }
+    EXPECT_EQ(XXloperFromVariant(Variant(VT_BOOL, VARIANT_TRUE))->val.xbool, 1);
 }
 
 TEST(FromVariant, EverythingElseIsVisualBasicsValueError) {

@@ -53,7 +53,9 @@ TEST(Copy, IsDeepForEveryType) {
         XXloperPtr copy;
         {
             excelhost::Blocks lent;
-            copy = XXloperCopy(XXloperCopy(Viewed(RecordFrom(value, lent))));
+            XLOPER12 source = RecordFrom(value, lent);
+            source.xltype |= xlbitXLFree | xlbitDLLFree;
+            copy = XXloperCopy(XXloperCopy(Viewed(source)));
             for (excelhost::Block& block : lent) std::memset(block.Payload(), 0xDD, block.Size());
         }
         EXPECT_EQ(ValueFrom(*copy), value);
@@ -133,11 +135,17 @@ TEST(Makers, LentBytesAndElementsAreNotCopied) {
     EXPECT_EQ(blob->xltype, DWORD{xltypeBigData});
     EXPECT_EQ(blob->val.bigdata.h.lpbData, bytes.data());
     EXPECT_EQ(blob->val.bigdata.cbData, 3);
+    std::vector<BYTE> none;
+    none.reserve(1);
+    EXPECT_EQ(XXloperFromBlob(none)->val.bigdata.h.lpbData, nullptr) << "though there is room";
     XLOPER12 record = Typed(xltypeStr), element = Typed(xltypeInt);
     SetSingleCellArray(record, &element);
     EXPECT_EQ(record.xltype, DWORD{xltypeMulti});
     EXPECT_EQ(record.val.array.lparray, &element);
     EXPECT_EQ(record.val.array.rows * record.val.array.columns, 1);
+    SetErrorValue(element, xlerrNA);
+    EXPECT_EQ(element.val.returnCode, 0) << "whatever stood there";
+    EXPECT_EQ(XXloperFromBool(2)->val.xbool, 2) << "the byte as it is";
 }
 
 TEST(Makers, NoMemoryRaisesBadAllocAndLeavesNothing) {
