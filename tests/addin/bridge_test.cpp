@@ -3,6 +3,7 @@
 #include "support/allocations.h"
 
 #include <array>
+#include <span>
 
 namespace {
 
@@ -18,6 +19,10 @@ const std::pair<std::string, std::size_t> functions[] = {{"NetOutputPrediction",
 
 XLOPER12* Call(const std::string& function) {
     static std::array<XLOPER12, 6> a{};
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        a[i].xltype = xltypeInt;
+        a[i].val.w = static_cast<int>(i);
+    }
     using Five = LPXLOPER12(WINAPI*)(LPXLOPER12, LPXLOPER12, LPXLOPER12, LPXLOPER12, LPXLOPER12);
     using Six = LPXLOPER12(WINAPI*)(LPXLOPER12, LPXLOPER12, LPXLOPER12, LPXLOPER12, LPXLOPER12, LPXLOPER12);
     void* const address = reinterpret_cast<void*>(ExportOfThisProgram(function.c_str()));
@@ -30,7 +35,13 @@ class Bridge : public AddInTest {
   protected:
     void Answer(const WCHAR* workbook, Value value) {
         for (const auto& [name, arity] : functions)
-            host.SetFunction(workbook, excelhost::Wide(name + "VBA"), [value](auto) { return value; });
+            host.SetFunction(workbook, excelhost::Wide(name + "VBA"),
+                             [value, count = arity](std::span<const XLOPER12* const> arguments) {
+                                 EXPECT_EQ(arguments.size(), count);
+                                 for (std::size_t i = 0; i < count; ++i)
+                                     EXPECT_EQ(arguments[i]->val.w, static_cast<int>(i));
+                                 return value;
+                             });
     }
     // The entries of one call, without the switches of messages around each: function numbers, the targets
     // of xlUDF and the operands of xlfError.

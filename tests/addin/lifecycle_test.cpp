@@ -2,9 +2,13 @@
 #include "addintest.h"
 #include "errors/vex.h"
 #include "support/allocations.h"
+#include "support/folder.h"
 
 #include <array>
+#include <atomic>
 #include <barrier>
+#include <fstream>
+#include <iterator>
 #include <thread>
 #include <utility>
 
@@ -30,11 +34,30 @@ TEST(Attach, NotesTheFactsOfAFileWithAVersion) {
     FreeLibrary(library);
 }
 
+// A copy of the add-in whose product has another version than the file.
+TEST(Attach, NotesTheMajorVersionOfTheProduct) {
+    const support::Folder folder;
+    std::ifstream in(support::ProgramFolder() / "kestrolumen.xll", std::ios::binary);
+    std::string bytes{std::istreambuf_iterator<char>(in), {}};
+    const std::string heading("\xBD\x04\xEF\xFE\0\0\1\0", 8);  // of a VS_FIXEDFILEINFO
+    const std::size_t place = bytes.find(heading);
+    ASSERT_NE(place, bytes.npos);
+    bytes.at(place + 18) = 77;  // the high word of dwProductVersionMS
+    folder.Write("copy.xll", bytes);
+    const HMODULE library = LoadLibraryW((folder / TEXT("copy.xll")).c_str());
+    ASSERT_NE(library, nullptr);
+    AttachModule(library);
+    EXPECT_EQ(AddInModule.productMajorVersion, 77);
+    EXPECT_EQ(AddInModule.fileVersionText, CStringW(TEXT("8.2.1.4")));
+    FreeLibrary(library);
+}
+
 TEST(Attach, NotesTheFactsOfAFileWithoutAVersionForThatReasonAlone) {
     AddInModule = {};
-    int anything = 0;
-    EXPECT_EQ(DllMain(reinterpret_cast<HINSTANCE>(&anything), DLL_THREAD_ATTACH, nullptr), TRUE);
-    EXPECT_TRUE(AddInModule.fullPath.IsEmpty());
+    for (const DWORD reason : {DLL_PROCESS_DETACH, DLL_THREAD_ATTACH, DLL_THREAD_DETACH}) {
+        EXPECT_EQ(DllMain(GetModuleHandleW(nullptr), reason, nullptr), TRUE);
+        EXPECT_TRUE(AddInModule.fullPath.IsEmpty()) << reason;
+    }
     ASSERT_EQ(DllMain(GetModuleHandleW(nullptr), DLL_PROCESS_ATTACH, nullptr), TRUE);
     EXPECT_EQ(ModuleHandle, GetModuleHandleW(nullptr));
     EXPECT_EQ(AddInModule.productMajorVersion, 0xFFFF);
@@ -182,6 +205,19 @@ TEST_F(ResultStore, ThreadsStoreAtOnce) {
         }
         for (std::thread& thread : threads) thread.join();
         EXPECT_EQ(Store().slots.size(), 16u) << "each thread has a slot of its own";
+        Store().spinFlag = 1;  // held: another thread waits
+        std::atomic<bool> begun = false;
+        std::thread waiting([&] {
+            begun = true;
+            begun.notify_all();
+            static_cast<void>(StoreThreadResult(value));
+        });
+        begun.wait(false);
+        for (int i = 0; i < 1000; ++i) std::this_thread::yield();
+        EXPECT_EQ(Store().slots.size(), 16u);
+        Store().spinFlag = 0;
+        waiting.join();
+        EXPECT_EQ(Store().slots.size(), 17u);
         for (int i = 0; i < 16; ++i) EXPECT_EQ(last.at(static_cast<std::size_t>(i))->val.w, i);
     }
 }
@@ -209,9 +245,11 @@ TEST_F(ResultStore, ValuesOutliveTheirThreadsAndGoInOrderAtClosing) {
 
 TEST_F(ResultStore, WhatCantBeKeptIsNotReferredTo) {
     const std::int64_t before = support::LiveBlocks();
+    static std::uint32_t flag;
     for (std::size_t nth = 1; nth <= 2; ++nth) {  // the slot, the list's storage
-        const support::AllocationFault fault(nth);
+        const support::AllocationFault fault(nth, [] { flag = Store().spinFlag; });
         ExpectNotKept();
+        EXPECT_EQ(flag, nth - 1) << "the list, and it alone, grows under the flag";
         EXPECT_TRUE(fault.Struck());
         EXPECT_EQ(support::LiveBlocks(), before);
     }
