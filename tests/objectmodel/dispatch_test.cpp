@@ -412,6 +412,28 @@ TEST(Allocations, EachOneThatFailsIsAFailureThatLeavesNothing) {
             });
     }
     EXPECT_GE(faults, 3U) << "the objects' own; Windows takes texts from a heap of its own";
+
+    // An address that can't be read is empty, and a parent that can't be had is none; but want of memory is no
+    // refusal of an address.
+    object.Gives(Made(VT_DISPATCH, static_cast<IDispatch*>(&object)));
+    const auto name = names->GetItem(1);
+    EXPECT_NE(name->GetWorksheet(), nullptr);
+    {
+        const support::AllocationFault fault(1);
+        const bool none = name->GetWorksheet() == nullptr;
+        EXPECT_TRUE(none && fault.Struck());
+    }
+    object.Gives(Made(VT_BSTR, SysAllocString(text)));
+    bool raised = false;
+    {
+        const support::AllocationFault fault(1);
+        try {
+            static_cast<void>(range->GetAddress(true, true, true));
+        } catch (const std::bad_alloc&) {
+            raised = true;
+        }
+    }
+    EXPECT_TRUE(raised);
 }
 
 }  // namespace

@@ -203,5 +203,26 @@ TEST(HostProbes, OfHasSpillOnARangeAndOnTheApplication) {
     EXPECT_EQ(HasSpillAvailable, 0);
 }
 
+// A probe holds the range while it asks, and clears what it is given.
+TEST(HostProbes, LeaveTheCountsAsTheyWere) {
+    World world;
+    const auto range = world.Range(TEXT("A1"));
+    const auto object = Variant::Adopt(world.server.NewRange(world.Sheet(), TEXT("B2")));
+    for (const DISPID asked : {1580, 3295}) world.server.Answer("Range", asked, object);
+    const std::string before = world.Counts();
+    std::string during;
+    world.server.Interpose([&](const auto& call) -> std::optional<Refusal> {
+        if (call.dispid != 256) during = world.Counts();
+        return std::nullopt;
+    });
+    Formula2Available = HasSpillAvailable = -1;
+    ProbeFormula2(range->GetDispatch());
+    EXPECT_EQ(during, "Application 1; Range 2; Range 3; Range 1; ") << "the range, the answer, the cell";
+    ProbeHasSpill(range->GetDispatch());
+    EXPECT_EQ(during, "Application 1; Range 2; Range 3; ");
+    EXPECT_EQ(world.Counts(), before);
+    EXPECT_EQ(Formula2Available + HasSpillAvailable, 2);
+}
+
 }  // namespace
 }  // namespace world

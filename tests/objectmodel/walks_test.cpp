@@ -3,6 +3,8 @@
 #include "operations.h"
 
 #include "objectmodel/detail/externalreference.h"
+#include "objectmodel/detail/wrap.h"
+#include "objectmodel/dispatch.h"
 
 #include <random>
 
@@ -37,6 +39,8 @@ TEST(ExternalReference, Parts) {
         // The bracket is skipped by its place, not looked for.
         {TEXT("'C:\\dir\\[Book.xlsx]S'!A1"), ":\\dir\\[Book.xlsx|S|A1"},
         {TEXT("']S'!A1"), "|S|A1"},
+        {TEXT("]S!A1"), "|S|A1"},
+        {TEXT("'[a]S!A1"), "a|S|A1"},  // not closed
         {TEXT("''!"), "||"},
         {TEXT("[a]S"), "||"},
         {TEXT("S!A1]"), "||"},
@@ -79,6 +83,10 @@ TEST(Walks, RangeOfAnAddressInAnotherWorkbook) {
               "Range $A$1")
         << "it tries again whatever the failure";
     EXPECT_EQ(Given(world, [&] { return world.application->GetRange(TEXT("A1")); }), "com 80010001");
+    constexpr IID worksheet{0x000208D8, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+    world.server.RefuseInterface(worksheet, RPC_E_SERVERCALL_RETRYLATER);
+    EXPECT_EQ(Given(world, [&] { return world.application->GetRange(TEXT("[Book1]Sheet1!A1")); }),
+              "com 8001010A");
 }
 
 TEST(Walks, LimitsFollowTheCompatibilityMode) {
@@ -149,6 +157,14 @@ TEST(Walks, TypedObjects) {
     EXPECT_EQ(Given(world, [&] { return sheet->GetCell(1, 1); }), "null");
 }
 
+IErrorInfo* NewErrorInfo() {
+    ComPtr<ICreateErrorInfo> writer;
+    CreateErrorInfo(writer.receive());
+    void* reader = nullptr;
+    writer->QueryInterface(IID_IErrorInfo, &reader);
+    return static_cast<IErrorInfo*>(reader);
+}
+
 TEST(Walks, DocumentPropertiesBringTheirErrorObject) {
     World world;
     const auto properties = world.Workbook()->GetBuiltinDocumentProperties();
@@ -174,9 +190,24 @@ TEST(Walks, DocumentPropertiesBringTheirErrorObject) {
     }
     EXPECT_EQ(Given(world, [&] { return properties->GetItem(TEXT("Author")); }), "com 8002000B");
     EXPECT_TRUE(world.server.Record().back().direct);
-    world.server.busy = true;
-    EXPECT_EQ(Given(world, [&] { title->PutValue(Variant(TEXT("text")).Detach()); }), "com 80010001");
+    // An object that answers S_FALSE has no error object for that interface, and what lies there is another's.
+    world.server.offersErrorInfo = true;
+    static_cast<void>(Given(world, [&] { return title->GetValue(); }));
+    SetErrorInfo(0, ComPtr<IErrorInfo>::Adopt(NewErrorInfo()));
+    try {
+        IssueErrorEx(E_FAIL, world.application->GetDispatch(), IID_IErrorInfo);
+    } catch (const _com_error& error) {
+        EXPECT_EQ(error.ErrorInfo(), nullptr);
+    }
     SetErrorInfo(0, nullptr);
+
+    Variant kept = Variant::Adopt(world.server.NewRange(world.Sheet(), TEXT("A1")));
+    const std::string before = world.Live();
+    world.server.busy = true;
+    EXPECT_EQ(Given(world, [&] { title->PutValue(Variant(kept).Detach()); }), "com 80010001");
+    const auto none = detail::WrapDocumentProperty([] { return ComPtr<IDocumentProperty>(); });
+    EXPECT_EQ(Given(world, [&] { none->PutValue(Variant(kept).Detach()); }), "com 80004003");
+    EXPECT_EQ(world.Live(), before) << "what was to be put is cleared";
 }
 
 TEST(Walks, ObjectsThatAreGoneOrNullFailWhenTheyAreUsed) {
