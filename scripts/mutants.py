@@ -24,10 +24,29 @@ import mutations
 LAYERS = ["text", "errors", "automation", "platform", "objectmodel", "excelvalues", "addin"]
 HOME = pathlib.Path(__file__).resolve().parent.parent
 ROOM = HOME / "build" / "mutants"
-# Tests that say nothing of the product, or the same again, or take long.
-LEFT_OUT = "german|lines_corpus|example_test|excelhost_example"
+# Tests that say the same again, take long, or concern no code.
+LEFT_OUT = "german|lines_corpus|excelhost_example"
 CPU_SECONDS = 60  # of one test: the longest takes a few
 MEMORY = 8 << 30
+
+
+
+
+class Suites:
+    """What is built and run for a fault in a folder: its own suite, then all that stands on the folder."""
+
+    def __init__(self, folder):
+        layers = LAYERS[LAYERS.index(folder) :]
+        self.own_targets = [f"{folder}_tests"] + (["addin_hosted_tests"] if folder == "addin" else [])
+        self.own_tests = f"^{folder}"
+        self.targets = [f"{layer}_tests" for layer in [*layers, "excelhost"]]
+        self.targets += ["addin_hosted_tests", "excelhost_program"]
+        further = ["excelhost"]
+        if folder != "addin":
+            self.targets += ["example_object_model", "fuzzers"]
+            further += ["example_object_model", "[a-z0-9]*_corpus"]
+        self.tests_above = f"^({'|'.join(layers[1:] + further)})"
+        self.tests = f"^({'|'.join(layers + further)})"
 
 
 # ---- keeping a faulty program in its room ----
@@ -82,8 +101,8 @@ class Worker:
         self.mutant = None
         self.environment = dict(os.environ, CCACHE_BASEDIR=str(self.home), CCACHE_NOHASHDIR="1", LC_ALL="C.UTF-8")
 
-    def prepare(self):
-        """Brings the copy to the state of the tree and builds all of it."""
+    def prepare(self, targets):
+        """Brings the copy to the state of the tree and builds it."""
         tracked = subprocess.run(["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"], cwd=HOME,
                                  check=True, capture_output=True, text=True)
         wanted = {name for name in tracked.stdout.split("\0") if name and (HOME / name).is_file()}
@@ -97,7 +116,7 @@ class Worker:
                 copy.unlink()
         configured = self.run("cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=",
                               "-DCMAKE_CXX_FLAGS=-O0 -g0 -w -D_GLIBCXX_ASSERTIONS", "-DKESTROLUMEN_TEST_TIMEOUT=120")
-        built = configured and self.compile("all", jobs=os.cpu_count())
+        built = configured and self.compile(*targets, jobs=os.cpu_count())
         if not built:
             sys.exit(f"mutants.py: the tree doesn't build; see {self.home / 'log'}")
 
@@ -115,39 +134,32 @@ class Worker:
         return self.run("ctest", "--test-dir", self.build, "-R", chosen, "-E", LEFT_OUT, "--stop-on-failure",
                         "--no-tests=error", preexec_fn=lambda: confine(self.home))
 
-    def plant(self, mutant):
-        path = self.tree / mutant.file
-        path.write_text(mutant.applied_to((HOME / mutant.file).read_text()))
-
-    def take_back(self, mutant):
-        shutil.copy(HOME / mutant.file, self.tree / mutant.file)
-
     def verdict(self, mutant):
         """'caught', 'survived', or None for one that doesn't compile."""
-        folder = mutant.file.split("/")[0]
-        above = LAYERS[LAYERS.index(folder) + 1 :] + ["excelhost", "example", "[a-z]*_corpus"]
-        own = [f"{folder}_tests"] + (["addin_hosted_tests"] if folder == "addin" else [])
-        self.plant(mutant)
+        suites = Suites(mutant.file.split("/")[0])
+        path = self.tree / mutant.file
+        sound = path.read_text()
+        path.write_text(mutant.applied_to(sound))
         try:
-            if not self.compile(*own):
+            if not self.compile(*suites.own_targets):
                 return None
-            if not self.test(f"^{folder}"):
+            if not self.test(suites.own_tests):
                 return "caught"
-            if not self.compile("all"):
-                return "caught"
-            return "survived" if self.test(f"^({'|'.join(above)})") else "caught"
+            if not self.compile(*suites.targets):
+                return None  # a header's fault that only another folder's use of it shows
+            return "survived" if self.test(suites.tests_above) else "caught"
         finally:
-            self.take_back(mutant)
+            path.write_text(sound)
 
 
 # ---- the sample ----
 
 
-def faults_of(folder):
+def faults_of(tree, folder):
     faults = []
-    for path in sorted((HOME / folder).rglob("*")):
+    for path in sorted((tree / folder).rglob("*")):
         if path.suffix in (".cpp", ".h"):
-            name = str(path.relative_to(HOME))
+            name = str(path.relative_to(tree))
             faults += mutations.mutations_of(name, path.read_text())
     return faults
 
@@ -220,26 +232,30 @@ def main():
     if options.check:
         return
     folders = options.folders or LAYERS
-    samples = {folder: shuffled([f for f in faults_of(folder) if options.match in str(f)], options.seed) for folder in folders}
+
+    def sample_of(tree, folder):
+        return shuffled([fault for fault in faults_of(tree, folder) if options.match in str(fault)], options.seed)
+
     if options.list:
         for folder in folders:
-            print(*samples[folder][: options.count], sep="\n")
+            print(*sample_of(HOME, folder)[: options.count], sep="\n")
         return
     if landlock_version() < 1:
         sys.exit("mutants.py: this system has no Landlock, and without it a fault could remove files of yours")
+    suites = Suites(min(folders, key=LAYERS.index))
     workers = [Worker(number + 1) for number in range(options.jobs)]
     for worker in workers:
         print(f"building the tree in {worker.home} ...", flush=True)
         worker.home.mkdir(parents=True, exist_ok=True)
-        worker.prepare()
+        worker.prepare(suites.targets)
     print("the suites without a fault ...", flush=True)
-    if not workers[0].test("^(" + "|".join(LAYERS + ["excelhost", "example", "[a-z]*_corpus"]) + ")"):
+    if not workers[0].test(suites.tests):
         sys.exit(f"mutants.py: the suites fail before any fault is planted; see {workers[0].home / 'log'}")
     survivors = []
     planted = 0
     for folder in folders:
         print(f"== {folder}", flush=True)
-        sample = Sample(samples[folder], options.count)
+        sample = Sample(sample_of(workers[0].tree, folder), options.count)
         with concurrent.futures.ThreadPoolExecutor(len(workers)) as pool:
             for running in [pool.submit(sample.work, worker) for worker in workers]:
                 running.result()
