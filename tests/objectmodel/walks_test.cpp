@@ -205,7 +205,7 @@ TEST(Walks, DocumentPropertiesBringTheirErrorObject) {
     const std::string before = world.Live();
     world.server.busy = true;
     EXPECT_EQ(Given(world, [&] { title->PutValue(Variant(kept).Detach()); }), "com 80010001");
-    const auto none = detail::WrapDocumentProperty([] { return ComPtr<IDocumentProperty>(); });
+    const auto none = kestrolumen::detail::WrapDocumentProperty([] { return ComPtr<IDocumentProperty>(); });
     EXPECT_EQ(Given(world, [&] { none->PutValue(Variant(kept).Detach()); }), "com 80004003");
     EXPECT_EQ(world.Live(), before) << "what was to be put is cleared";
 }
