@@ -73,7 +73,7 @@ Word Signature::Call(FARPROC function, std::span<Word> arguments) const {
     }
     if (plan_->result == Passing::Double) {
         using CallForDouble = double (*)(FARPROC, const std::uint32_t*, std::size_t);
-        const auto call = reinterpret_cast<CallForDouble>(&excelhost_call_words);
+        const auto call = reinterpret_cast<CallForDouble>(reinterpret_cast<void*>(&excelhost_call_words));
         return WordFrom(call(function, words.data(), words.size()));
     }
     return WordFrom(static_cast<std::int64_t>(excelhost_call_words(function, words.data(), words.size())));
