@@ -31,6 +31,8 @@ Option Explicit
     Private Declare Sub UninitializeXlaInformation Lib "kestrolumen.xll" (ByVal Number As Long)
 #End If
 
+Private Removed As Boolean
+
 ' Call this from Workbook_Open of the workbook's own module, ThisWorkbook.
 Public Sub KestrolumenOpen()
     Dim BookName As String, BookVersion As String, Notes As String
@@ -54,6 +56,24 @@ End Sub
 ' Call this from Workbook_BeforeClose.
 Public Sub KestrolumenClose()
     UninitializeXlaInformation 0
+    If ThisWorkbook.IsAddin Then KestrolumenReturnLater
+End Sub
+
+' Call this from Workbook_AddinUninstall: the user has unticked the workbook, and it isn't to come back.
+Public Sub KestrolumenRemove()
+    Removed = True
+End Sub
+
+' Call this before any other workbook closes, since all of Excel may be closing. Excel closes the add-in before it
+' asks whether to save, and doesn't open it again when the user cancels. What is scheduled here runs only if Excel
+' stays open; saying hello once more does no harm.
+Public Sub KestrolumenReturnLater()
+    If Not Removed Then Application.OnTime Now, "'" & ThisWorkbook.Name & "'!KestrolumenReturn"
+End Sub
+
+Public Sub KestrolumenReturn()
+    On Error Resume Next ' the add-in may have been removed meanwhile
+    KestrolumenOpen
 End Sub
 
 ' The category that is the likelier one.

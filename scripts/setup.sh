@@ -17,7 +17,8 @@ native=(cmake ninja-build ccache g++ gdb googletest libffi-dev python3)
 locales=(locales)
 sanitizers=(clang clang-tidy clang-format libclang-rt-14-dev)
 native32=(g++-multilib)
-mingw=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix)
+mingw=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix
+  g++-mingw-w64-i686-win32 g++-mingw-w64-x86-64-win32)
 wine=(wine wine32:i386 wine64)
 bench=(libbenchmark-dev libicu-dev libfmt-dev libeigen3-dev zlib1g-dev liblzma-dev)
 

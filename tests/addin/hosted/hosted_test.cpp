@@ -1,14 +1,5 @@
-// The real add-in, kestrolumen.xll beside this program, in a process whose executable exports no callback:
-// it finds Excel by the module XLCall32, or not at all.
-#include "support/home.h"
-
-#include "addin/addin.h"
-#include "excelhost/host.h"
-
-#include <gmock/gmock.h>
-
-#include <memory>
-#include <type_traits>
+// The real add-in between its attach and its unloading.
+#include "hosted.h"
 
 namespace {
 
@@ -16,55 +7,6 @@ using excelhost::Array;
 using excelhost::ErrorValue;
 using excelhost::Text;
 using excelhost::Value;
-
-int PASCAL CallBack(int function, int count, LPXLOPER12* operands, LPXLOPER12 result) {
-    return excelhost::Host::Current()->CallBack(function, count, operands, result);
-}
-
-struct Unload {
-    void operator()(HMODULE module) const { EXPECT_NE(FreeLibrary(module), FALSE); }
-};
-using Library = std::unique_ptr<std::remove_pointer_t<HMODULE>, Unload>;
-
-// An export by the type of its declaration.
-template <typename Function>
-Function* Export(const Library& library, const char* name) {
-    const FARPROC procedure = GetProcAddress(library.get(), name);
-    if (procedure == nullptr) throw std::runtime_error(name);
-    return reinterpret_cast<Function*>(reinterpret_cast<void*>(procedure));
-}
-
-class HostedAddIn : public testing::Test {
-  protected:
-    void Load(EXCEL12PROC entryPoint) {
-        xlCall.reset(LoadLibraryW(TEXT("XLCall32.dll")));
-        Export<void PASCAL(EXCEL12PROC)>(xlCall, "SetExcel12EntryPt")(entryPoint);
-        addIn.reset(LoadLibraryW(TEXT("kestrolumen.xll")));
-        host.AddModule(TEXT("kestrolumen.xll"),
-                       [this](const char* name) { return GetProcAddress(addIn.get(), name); });
-        Open();
-    }
-    ~HostedAddIn() override {
-        if (addIn) Close();
-        EXPECT_TRUE(host.GetAccount().Balanced()) << Describe(host.GetAccount());
-    }
-
-    void Open() const { EXPECT_EQ(Export<decltype(xlAutoOpen)>(addIn, "xlAutoOpen")(), 1); }
-    void Close() const { EXPECT_EQ(Export<decltype(xlAutoClose)>(addIn, "xlAutoClose")(), 1); }
-    void ShakeHands() const {
-        using Handshake = decltype(InitializeXlaInformationW);
-        Export<Handshake>(addIn, "InitializeXlaInformationW")(1, 2, 3, nullptr, 4, nullptr, 5);
-    }
-    static bool MarkerExists() {
-        const HANDLE marker =
-            OpenMutexW(SYNCHRONIZE, FALSE, TEXT("Local\\Kestrolumen is loaded mutex name 129342734_v8"));
-        return marker != nullptr && CloseHandle(marker) != FALSE;
-    }
-
-    support::RuntimeFolder folder;
-    excelhost::Host host;
-    Library xlCall, addIn;
-};
 
 TEST_F(HostedAddIn, GivesValueErrorsWithoutExcelAndLeavesQuietly) {
     Load(nullptr);
@@ -79,6 +21,12 @@ TEST_F(HostedAddIn, GivesValueErrorsWithoutExcelAndLeavesQuietly) {
         if (call == 1) Close();
     }
     EXPECT_TRUE(host.Trace().empty());
+}
+
+bool MarkerExists() {
+    const HANDLE marker =
+        OpenMutexW(SYNCHRONIZE, FALSE, TEXT("Local\\Kestrolumen is loaded mutex name 129342734_v8"));
+    return marker != nullptr && CloseHandle(marker) != FALSE;
 }
 
 TEST_F(HostedAddIn, CalculatesBetweenHandshakeAndClose) {
@@ -111,7 +59,7 @@ TEST_F(HostedAddIn, CalculatesBetweenHandshakeAndClose) {
             }
             EXPECT_EQ(host.Call(function, arguments), Value(ErrorValue{xlerrValue}));
         }
-        Export<decltype(UninitializeXlaInformation)>(addIn, "UninitializeXlaInformation")(0);
+        TakeLeave();
         Close();
         EXPECT_TRUE(host.Registrations().empty());
     }
