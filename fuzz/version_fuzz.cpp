@@ -2,6 +2,8 @@
 // or the block's end is read.
 #include "fuzz.h"
 
+#include "platform/fileversioninfo.h"
+
 #include <windows.h>
 
 #include <memory>
@@ -35,11 +37,23 @@ class MemoryFile {
     std::u16string path_;
 };
 
+void CheckTexts(const FileVersionInfo& info) {
+    for (std::uint32_t index = 0; index < 13; ++index) {
+        const CStringW text = info.GetString(index);
+        Check(text.IsEmpty() || info.HasString(index) != 0, "a text is an entry's");
+        Check(text.Find(u'\0') < 0, "a text ends before its first zero unit");
+    }
+    static_cast<void>(info.CodePageName());
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const MemoryFile file({data, size});
+    const FileVersionInfo info(file.Path());
+    CheckTexts(info);
     const DWORD bytes = GetFileVersionInfoSizeW(file.Path(), nullptr);
+    Check(bytes != 0 || info.data == nullptr, "nothing is loaded without a block");
     if (bytes == 0) return 0;
     Check(bytes <= size, "the block is a part of the file");
     const std::unique_ptr<BYTE[]> block(new BYTE[bytes]);
@@ -50,9 +64,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         void* value = nullptr;
         UINT length = 0;
         if (VerQueryValueW(block.get(), query, &value, &length) == FALSE) continue;
-        const std::size_t width =
-            std::u16string_view(query).starts_with(u"\\StringFileInfo") ? sizeof(WCHAR) : 1;
-        const std::basic_string_view<BYTE> found(static_cast<const BYTE*>(value), length * width);
+        // Units of a text, bytes of anything else.
+        const std::basic_string_view<BYTE> found(static_cast<const BYTE*>(value), length);
         Check(found.data() >= block.get() && found.data() + found.size() <= block.get() + bytes,
               "a part of the block");
     }

@@ -15,7 +15,9 @@
 #include <algorithm>
 #include <chrono>
 #include <limits>
+#include <optional>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -58,29 +60,55 @@ class Search {
     bool isOnMatch_;
 };
 
-// `path` has the directory and serves as scratch space for the paths below it.
-bool Walk(StdWString& path, const std::function<bool(const WCHAR*)>& callback) {
-    const std::size_t length = path.size();
-    path += TEXT("\\*.*");
-    bool isStopped = false;
-    for (Search search(path.c_str()); search.IsOnMatch() && !isStopped; search.Next()) {
-        path.resize(length + 1);
-        path += search.Name();
-        isStopped = search.IsSubdirectory() ? Walk(path, callback) : !callback(path.c_str());
+// What is left to do in a tree: entries of its directories, the next one last. A directory is read as a whole
+// and its search ended before anything below it is met, so that a tree of any depth takes heap memory alone.
+class ToDo {
+  public:
+    struct Entry {
+        StdWString name;
+        std::size_t parentLength;  // of the directory's path
+        bool isDirectory;
+        bool isVisited = false;  // a directory below which all is done
+    };
+
+    // Adds what the directory `path` has, the first entry as the next.
+    void Add(const StdWString& path, const WCHAR* pattern) {
+        const auto count = static_cast<std::ptrdiff_t>(entries_.size());
+        for (Search search((path + pattern).c_str()); search.IsOnMatch(); search.Next()) {
+            entries_.push_back({StdWString(search.Name()), path.size(), search.IsSubdirectory()});
+        }
+        std::reverse(entries_.begin() + count, entries_.end());
     }
-    path.resize(length);
-    return isStopped;
-}
+    // Adds what the directory `path`, which is `entry`, has, and behind that the entry again.
+    void AddThenVisit(Entry entry, const StdWString& path, const WCHAR* pattern) {
+        entry.isVisited = true;
+        entries_.push_back(std::move(entry));
+        Add(path, pattern);
+    }
+    // The next entry, and `path`, that of the entry before it, becomes its own; nothing when all is done.
+    std::optional<Entry> Next(StdWString& path) {
+        if (entries_.empty()) return {};
+        Entry entry = std::move(entries_.back());
+        entries_.pop_back();
+        path.resize(entry.parentLength);
+        path += TEXT('\\');
+        path += entry.name;
+        return entry;
+    }
+
+  private:
+    std::vector<Entry> entries_;
+};
 
 // What else a reparse point can be, such as a file that is kept elsewhere, is no way out of the tree. A
 // system that gives no tag means a link.
-bool IsLink(const CStringW& path) noexcept {
-    const DWORD attributes = GetFileAttributesW(path.GetString());
+bool IsLink(const WCHAR* path) noexcept {
+    const DWORD attributes = GetFileAttributesW(path);
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
         return false;
     }
     WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW(path.GetString(), &found);
+    const HANDLE search = FindFirstFileW(path, &found);
     if (search == INVALID_HANDLE_VALUE) return true;
     FindClose(search);
     return found.dwReserved0 == 0 || IsReparseTagNameSurrogate(found.dwReserved0);
@@ -153,11 +181,20 @@ std::vector<CStringW> ListDirectory(const WCHAR* pattern) {
 bool WalkDirectory(const WCHAR* directory, const std::function<bool(const WCHAR*)>& callback) {
     if (directory == nullptr) return false;
     StdWString path(directory);
-    return Walk(path, callback);
+    ToDo toDo;
+    toDo.Add(path, TEXT("\\*.*"));
+    while (const auto entry = toDo.Next(path)) {
+        if (entry->isDirectory) {
+            toDo.Add(path, TEXT("\\*.*"));
+        } else if (!callback(path.c_str())) {
+            return true;
+        }
+    }
+    return false;
 }
 
 bool CreateDirectoryTree(const WCHAR* path) {
-    if (path == nullptr) return false;
+    if (path == nullptr || *path == 0) return false;
     const CStringW directory = RemoveTrailingBackslash(path);
     const auto nextBackslash = [&](int from) { return directory.Find(TEXT('\\'), from); };
     int end = nextBackslash(0);
@@ -166,19 +203,25 @@ bool CreateDirectoryTree(const WCHAR* path) {
         if (!kestrolumen::detail::StatusOf(ahead.GetString())) static_cast<void>(_wmkdir(ahead.GetString()));
     }
     static_cast<void>(_wmkdir(directory.GetString()));
-    return IsDirectory(directory.GetString());
+    return DirectoryExists(directory, false, nullptr);
 }
 
 bool RemoveDirectoryTree(const WCHAR* path) {
     // With a backslash behind it an empty path would be the drive's root.
     if (path == nullptr || *path == 0) return false;
-    const CStringW directory = RemoveTrailingBackslash(path);
-    if (IsLink(directory)) return _wrmdir(directory.GetString()) == 0;
+    StdWString below(RemoveTrailingBackslash(path).GetString());
+    const StdWString directory = below;
+    if (IsLink(directory.c_str())) return _wrmdir(directory.c_str()) == 0;
     bool isComplete = true;
-    for (const CStringW& entry : ListDirectory((directory + TEXT("\\*")).GetString())) {
-        const bool isRemoved = DirectoryExists(entry, false, nullptr) ? RemoveDirectoryTree(entry.GetString())
-                                                                      : _wremove(entry.GetString()) == 0;
-        isComplete = isComplete && isRemoved;
+    ToDo toDo;
+    toDo.Add(directory, TEXT("\\*"));
+    while (auto entry = toDo.Next(below)) {
+        const bool isDirectory = entry->isVisited || IsDirectory(below.c_str());
+        if (isDirectory && !entry->isVisited && !IsLink(below.c_str())) {
+            toDo.AddThenVisit(*std::move(entry), below, TEXT("\\*"));
+            continue;
+        }
+        isComplete = (isDirectory ? _wrmdir(below.c_str()) : _wremove(below.c_str())) == 0 && isComplete;
     }
-    return _wrmdir(directory.GetString()) == 0 && isComplete;
+    return _wrmdir(directory.c_str()) == 0 && isComplete;
 }

@@ -33,18 +33,21 @@
 
 // Calls `callback` with the path of each file below `directory`, which has no trailing backslash, until it
 // gives false; tells whether that ended the walk. Subdirectories are walked when they are met, in the
-// system's order, and not told. What can't be listed counts as empty; what vanishes during the walk may or
-// may not be told. What `callback` raises ends the walk and passes on.
+// system's order, and not told. What can't be listed counts as empty; what comes and goes during the walk may
+// or may not be told. What `callback` raises ends the walk and passes on.
+//
+// The walk keeps the names that are still to come, and of no directory a search: neither stack nor handles
+// grow with the depth of the tree.
 //
 // Paths have no limit but the system's. Links to directories are walked as the directories they lead to; a
 // circle of them ends where the system takes a path no longer.
 bool WalkDirectory(const WCHAR* directory, const std::function<bool(const WCHAR*)>& callback);
 
 // Makes the directory and those ahead of it, as far as they are missing; the path's first component, such as
-// "C:", is taken to exist. Tells whether the path is a directory now.
+// "C:", is taken to exist. Tells whether the path is a directory now, as a drive's root is.
 bool CreateDirectoryTree(const WCHAR* path);
 
 // Removes a directory with all that is in it, or as much of that as can be removed; tells whether nothing is
 // left. A link to a directory, whether met on the way or named by `path`, is removed itself: what it leads to
-// stays as it is. Read-only files aren't removed.
+// stays as it is. Read-only files aren't removed. Like WalkDirectory it takes a tree of any depth.
 bool RemoveDirectoryTree(const WCHAR* path);

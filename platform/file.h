@@ -24,7 +24,9 @@ class File {
   public:
     using Bytes = std::vector<std::uint8_t>;
 
-    // Opens the file by _wfopen_s, whose modes these are; it may refuse a file that is open already.
+    // Opens the file by _wfopen_s, whose modes these are; it may refuse a file that is open already. Without a
+    // "b" the mode is that for text, and then Windows reads CR LF as LF and Ctrl+Z as the file's end, and
+    // writes LF as CR LF; Linux has one mode, and gives the bytes as they are. "b" is the same in both.
     // Raises VexErrorOpeningFile, VexCode::FileOpen, with the path.
     File(const WCHAR* path, const WCHAR* mode);
     File(const StdWString& path, const WCHAR* mode);

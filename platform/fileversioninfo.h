@@ -39,7 +39,8 @@ class FileVersionInfo {
     //   0 CompanyName     3 InternalName      6 ProductName      9 LegalTrademarks
     //   1 FileDescription 4 LegalCopyRight    7 ProductVersion  10 PrivateBuild
     //   2 FileVersion     5 OriginalFileName  8 Comments        11 SpecialBuild
-    // Any other index gives an empty text.
+    // Any other index gives an empty text. A text ends before its first zero unit or with its entry, whatever
+    // length a damaged resource names.
     [[nodiscard]] CStringW GetString(std::uint32_t index) const;
 
     // Non-zero when the resource has the entry, even an empty one.
@@ -51,4 +52,6 @@ class FileVersionInfo {
   private:
     // The text of an entry inside `data`; nothing when there is none.
     [[nodiscard]] std::optional<StdWStringView> FindString(std::uint32_t index) const;
+
+    std::size_t size_ = 0;  // of `data`, in bytes
 };

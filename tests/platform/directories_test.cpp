@@ -5,6 +5,7 @@
 #include "platform/modulepaths.h"
 #include "support/folder.h"
 #include "support/raised.h"
+#include "support/system.h"
 
 #include <fileapi.h>
 
@@ -149,6 +150,8 @@ TEST_F(Directories, AreMadeListedWalkedAndRemovedAsTrees) {
         EXPECT_EQ(names[0], TEXT("1.txt")) << "bare, as the pattern";
     }
 
+    EXPECT_TRUE(CreateDirectoryTree(TEXT("Z:\\"))) << "a root is there";
+    EXPECT_FALSE(CreateDirectoryTree(TEXT("Q:\\")));
     const auto all = Walked(5, false);
     EXPECT_THAT(all, UnorderedElementsAre("1.txt", "a\\2", "a\\b\\3.txt", "a\\b\\\xD0\x96\\4"));
     for (const std::size_t count : {1U, 2U, 3U, 4U}) EXPECT_EQ(Walked(count, true).size(), count);
@@ -166,6 +169,26 @@ TEST_F(Directories, AreMadeListedWalkedAndRemovedAsTrees) {
     EXPECT_FALSE(RemoveDirectoryTree(Full(TEXT("a")).c_str()));
     EXPECT_FALSE(RemoveDirectoryTree(TEXT("")));
     EXPECT_THAT(Walked(2, false), ElementsAre("1.txt"));
+}
+
+TEST_F(Directories, OfAnyDepthTakeLittleStackAndFewHandles) {
+    const StdWString prefix = TEXT("\\\\?\\"), top = Full(TEXT("tree"));
+    StdWString path = prefix + top;
+    while (path.size() < 800) path += TEXT("\\d");
+    ASSERT_TRUE(CreateDirectoryTree(path.c_str()));
+    ASSERT_TRUE(CreateEmptyFile((path + TEXT("\\f")).c_str()));
+    StdWString told;
+    bool isRemoved = false;
+    support::RunWithLittle([&] {
+        WalkDirectory((prefix + top).c_str(), [&](const WCHAR* file) {
+            told += file;
+            return true;
+        });
+        isRemoved = RemoveDirectoryTree((prefix + top).c_str());
+    });
+    EXPECT_TRUE(told == path + TEXT("\\f"));
+    EXPECT_TRUE(isRemoved);
+    EXPECT_FALSE(DirectoryExists(top.c_str(), false, nullptr));
 }
 
 TEST_F(Directories, ThatVanishDuringAWalkEndNothing) {

@@ -64,6 +64,20 @@ TEST(FileVersionInfo, ReadsAModule) {
     EXPECT_EQ(info.Load(GetModulePath(nullptr)), 0) << "a module without a resource";
 }
 
+TEST(FileVersionInfo, EndsATextWithItsEntry) {
+    const std::string name = Utf16("CompanyName");
+    // Bytes of the entry, the length of its text, and whether it is a text.
+    const std::string whole("\x32\0\x09\0\1\0", 6), binary("\x28\0\x08\0\0\0", 6),
+        damaged("\x28\0\xFF\xFF\1\0", 6), nowhere("\xFF\xFF\xFF\xFF\1\0", 6);
+    FileVersionInfo info;
+    for (const std::string& header : {binary, damaged}) {
+        LoadSpoilt(info, whole + name, header + name);
+        EXPECT_EQ(info.GetString(0), "Quil");
+    }
+    LoadSpoilt(info, whole + name, nowhere + name);
+    EXPECT_TRUE(info.GetString(0).IsEmpty() || info.GetString(0) == "Quillmar") << "as the system finds it";
+}
+
 TEST(FileVersionInfo, ReadsWhatIsOddlyFilled) {
     FileVersionInfo info;
     LoadSpoilt(info, Utf16("Quillmar"), Utf16(""));

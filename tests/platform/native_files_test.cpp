@@ -1,6 +1,9 @@
-// What only the stand-in, or the system below it, brings about: links, errors of streams, a full disk.
+// What only the stand-in, or the system below it, brings about: links, pipes, errors of streams, a full disk.
+#include "platform/checksums.h"
 #include "platform/directories.h"
 #include "platform/file.h"
+#include "platform/fileinfo.h"
+#include "platform/fileversioninfo.h"
 #include "platform/winfile.h"
 #include "support/folder.h"
 #include "support/raised.h"
@@ -9,6 +12,9 @@
 #include <fstream>
 
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace {
 
@@ -35,6 +41,29 @@ TEST_F(NativeFiles, OutsideATreeStayWhenItIsRemoved) {
     EXPECT_FALSE(exists(symlink_status(root / "link")));
     EXPECT_EQ(folder.Read("kept/file"), "kept");
     EXPECT_EQ(folder.Read("victim"), "kept");
+}
+
+TEST_F(NativeFiles, OfOtherKindsAreNoFoldersAndNobodyWaitsForThem) {
+    const auto& root = folder.Path();
+    std::filesystem::create_directory(root / "tree");
+    ASSERT_EQ(mkfifo((root / "tree" / "pipe").c_str(), 0600), 0);
+    const int socketFile = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    (root / "tree" / "socket").string().copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(bind(socketFile, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    close(socketFile);
+
+    const StdWString pipe = folder / TEXT("tree\\pipe");
+    EXPECT_GT(FileLastWriteTime(pipe), 0);
+    EXPECT_EQ(FileCrc32(pipe.c_str()), 0xFFFFFFFF);
+    EXPECT_EQ(FileVersionInfo(pipe.c_str()).data, nullptr);
+    EXPECT_FALSE(CreateEmptyFile(pipe.c_str()));
+    for (const StdWString& path : {pipe, folder / TEXT("tree\\socket"), StdWString(TEXT("Z:\\dev\\null"))}) {
+        EXPECT_FALSE(FileExists(path.c_str()));
+        EXPECT_FALSE(DirectoryExists(path.c_str(), false, nullptr));
+    }
+    EXPECT_TRUE(RemoveDirectoryTree((folder / TEXT("tree")).c_str()));
 }
 
 TEST_F(NativeFiles, OpenForWritingAloneGiveNoLines) {

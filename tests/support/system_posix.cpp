@@ -8,7 +8,9 @@
 #include <stdexcept>
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -44,6 +46,26 @@ int WaitFor(std::intptr_t id) {
 
 void KillProcess(std::intptr_t id) {
     kill(static_cast<pid_t>(id), SIGKILL);
+}
+
+void RunWithLittle(const std::function<void()>& body) {
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit few{64, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, 160 * 1024);
+    const auto start = [](void* run) -> void* {
+        (*static_cast<const std::function<void()>*>(run))();
+        return nullptr;
+    };
+    pthread_t thread{};
+    const int error = pthread_create(&thread, &attributes, start, const_cast<std::function<void()>*>(&body));
+    pthread_attr_destroy(&attributes);
+    if (error == 0) pthread_join(thread, nullptr);
+    setrlimit(RLIMIT_NOFILE, &before);
+    if (error != 0) throw std::runtime_error("pthread_create");
 }
 
 void SetVariable(const std::string& name, const char* value) {

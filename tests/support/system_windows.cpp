@@ -38,6 +38,11 @@ std::wstring ProgramPath() {
     return program;
 }
 
+DWORD WINAPI RunBody(void* body) {
+    (*static_cast<const std::function<void()>*>(body))();
+    return 0;
+}
+
 }  // namespace
 
 Process StartSelf(const Arguments& arguments) {
@@ -69,6 +74,15 @@ int WaitFor(std::intptr_t id) {
 
 void KillProcess(std::intptr_t id) {
     TerminateProcess(reinterpret_cast<HANDLE>(id), static_cast<UINT>(-1));
+}
+
+void RunWithLittle(const std::function<void()>& body) {
+    const HANDLE thread =
+        CreateThread(nullptr, 160 * 1024, RunBody, const_cast<std::function<void()>*>(&body),
+                     STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+    if (thread == nullptr) throw std::runtime_error("CreateThread");
+    WaitForSingleObject(thread, INFINITE);
+    CloseHandle(thread);
 }
 
 void SetVariable(const std::string& name, const char* value) {

@@ -89,6 +89,24 @@ TEST(RegistryFile, IsMadeByAWriteAndSeenThroughEveryChange) {
     EXPECT_EQ(key.Get(u"a"), "result 1018");
 }
 
+TEST(RegistryFile, IsWrittenThroughLinks) {
+    const support::FreshRegistry registry;
+    const auto link = registry.File(), folder = link.parent_path();
+    std::filesystem::create_directories(folder / "there");
+    std::filesystem::create_symlink("second", link);
+    std::filesystem::create_symlink("there/file", folder / "second");
+    for (const char* value : {"made", "changed"}) {
+        EXPECT_EQ(TestKey().Set(u"a", value), 0);
+        EXPECT_EQ(TestKey().Get(u"a"), value);
+        EXPECT_TRUE(is_symlink(link) && is_symlink(folder / "second"));
+        EXPECT_TRUE(is_regular_file(symlink_status(folder / "there" / "file")));
+    }
+    std::filesystem::remove(folder / "second");
+    std::filesystem::create_symlink(link, folder / "second");
+    EXPECT_NE(TestKey().Set(u"a", "in a circle"), 0);
+    EXPECT_TRUE(is_symlink(link));
+}
+
 TEST(RegistryFile, HoldsTheOldOrTheNewValueWheneverItsWriterIsKilled) {
     const support::FreshRegistry registry;
     const TestKey key;

@@ -2,7 +2,7 @@
 //
 // The file is the one that the environment variable KESTROLUMEN_REGISTRY names, else kestrolumen/registry in
 // the user's folder for state (XDG_STATE_HOME, else ~/.local/state). The first write makes it; without it the
-// registry is empty. It lies on a local file system.
+// registry is empty. It lies on a local file system, and may be a link.
 //
 // Each write is whole or not there at all, whoever is killed or loses power when; writers, in any number of
 // processes of 32 and 64 bits, come one after the other, and none loses what another has written. Readers

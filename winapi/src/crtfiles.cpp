@@ -27,6 +27,14 @@ int OnPath(const WCHAR* path, Call call) noexcept {
     });
 }
 
+// Windows' kinds of files are those of POSIX but for two: a socket counts as a pipe, a block device as a
+// device. Taken as they are, their bits would make folders of them.
+unsigned short WindowsMode(mode_t mode) noexcept {
+    if (S_ISSOCK(mode)) mode = (mode & ~mode_t{S_IFMT}) | S_IFIFO;
+    if (S_ISBLK(mode)) mode = (mode & ~mode_t{S_IFMT}) | S_IFCHR;
+    return static_cast<unsigned short>(mode);
+}
+
 bool LeadsToFolder(const char* path) noexcept {
     struct stat facts {};
     return stat(path, &facts) == 0 && S_ISDIR(facts.st_mode);
@@ -43,7 +51,7 @@ int _wstat64(const WCHAR* path, struct _stat64* facts) noexcept {
     return OnPath(path, [&](const char* file) {
         struct stat found {};
         if (stat(file, &found) != 0) return -1;
-        *facts = {.st_mode = static_cast<unsigned short>(found.st_mode),
+        *facts = {.st_mode = WindowsMode(found.st_mode),
                   .st_size = found.st_size,
                   .st_atim = {found.st_atim.tv_sec},
                   .st_mtim = {found.st_mtim.tv_sec},

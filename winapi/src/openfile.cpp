@@ -16,7 +16,14 @@ int OpenOnce(const std::string& path, unsigned rights, int flags) noexcept {
     constexpr mode_t mode = 0666;
     const bool reads = (rights & mayRead) != 0, writes = (rights & mayWrite) != 0;
     const int access = !writes ? O_RDONLY : reads ? O_RDWR : O_WRONLY;
-    return Retry([&] { return open(path.c_str(), access | flags, mode); });
+    return Retry([&] { return open(path.c_str(), access | flags | O_NONBLOCK, mode); });
+}
+
+void WaitAgain(int descriptor) {
+    const int flags = fcntl(descriptor, F_GETFL);
+    if (flags < 0 || fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) != 0) {
+        throw Failure{ErrorFromErrno(errno)};
+    }
 }
 
 OpenedFile OpenOrMake(const std::string& path, const FileOpening& opening) {
@@ -41,7 +48,11 @@ OpenedFile OpenFile(const std::string& path, const FileOpening& opening) {
     struct stat facts {};
     if (fstat(descriptor, &facts) != 0) throw Failure{ErrorFromErrno(errno)};
     if (S_ISDIR(facts.st_mode)) throw Failure{ERROR_ACCESS_DENIED};
-    if (!S_ISREG(facts.st_mode)) return file;
+    if (!S_ISREG(facts.st_mode)) {
+        // A named pipe goes on without waiting, as the opening did: nobody may ever come to its other end.
+        if (!S_ISFIFO(facts.st_mode)) WaitAgain(descriptor);
+        return file;
+    }
 
     if (file.existed && (opening.rights & mayWrite) != 0 && IsReadOnly(facts)) {
         throw Failure{ERROR_ACCESS_DENIED};

@@ -24,10 +24,23 @@ constexpr mode_t fileMode = 0600;
     throw Failure{ErrorFromErrno(errno)};
 }
 
+// Where links lead, whether a file is there or not: a rename would replace a link itself. Of a circle some
+// link is left, which can't be opened.
+std::string BehindLinks(std::filesystem::path path) {
+    constexpr int mostLinks = 40;  // as path_resolution(7) has it
+    std::error_code error;
+    for (int count = 0; count < mostLinks; ++count) {
+        const std::filesystem::path target = std::filesystem::read_symlink(path, error);
+        if (error) break;
+        path = path.parent_path() / target;
+    }
+    return path.string();
+}
+
 std::string FilePath() {
     const char* const own = std::getenv("KESTROLUMEN_REGISTRY");
-    if (own != nullptr && *own != '\0') return own;
-    return UserFolder("XDG_STATE_HOME", ".local/state") + "/kestrolumen/registry";
+    if (own != nullptr && *own != '\0') return BehindLinks(own);
+    return BehindLinks(UserFolder("XDG_STATE_HOME", ".local/state") + "/kestrolumen/registry");
 }
 
 std::string FolderOf(const std::string& path) {

@@ -28,7 +28,8 @@ constexpr std::size_t longestBlock = 0xFFFF;
 // A file of which single pieces are read. An offset that leads out of it means a file without resource.
 class ImageFile {
   public:
-    explicit ImageFile(const std::string& path) : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+    explicit ImageFile(const std::string& path)
+        : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
         if (descriptor_ < 0) throw Failure{ErrorForFile(errno, path)};
         struct stat facts {};
         if (fstat(descriptor_, &facts) != 0 || !S_ISREG(facts.st_mode)) {

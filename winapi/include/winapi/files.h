@@ -3,7 +3,8 @@
 // Handles share a file as Windows has it: an opening fails with ERROR_SHARING_VIOLATION if it asks for what
 // another handle doesn't share, or doesn't share what another handle has. This holds between all processes
 // of this layer, on local file systems; other programs see nothing of it. A file without write permission is
-// a read-only one, for every user.
+// a read-only one, for every user. A named pipe is read as far as something stands in it, and can't be opened
+// for writing while nobody reads it: no call waits for another process.
 #pragma once
 
 #include "winapi/errorcodes.h"
