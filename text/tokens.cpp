@@ -4,6 +4,8 @@
 #include "text/detail/unitset.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 
 namespace {
 
@@ -37,6 +39,45 @@ Token<Unit> NextQuoted(const Unit* text, int length, const UnitSet<Unit>& delimi
     }
     position = at;
     return {text + begin, at - begin};
+}
+
+// Steps through zero-terminated text of a double-byte code page, each character of which gives one wide unit.
+class DoubleByteText {
+  public:
+    explicit DoubleByteText(const char* text) noexcept : at_(text) {}
+
+    [[nodiscard]] const char* Place() const noexcept { return at_; }
+    [[nodiscard]] bool IsAtEnd() const noexcept { return *at_ == 0; }
+    void PassOver(int characters) noexcept {
+        for (; characters > 0 && !IsAtEnd(); --characters) Next();
+    }
+    void PassOverBytes(std::ptrdiff_t count) noexcept {
+        const char* const from = at_;
+        while (at_ - from < count && !IsAtEnd()) Next();
+    }
+
+  private:
+    // A first byte at the text's end is a character of its own.
+    void Next() noexcept { at_ += isLead_[static_cast<unsigned char>(*at_)] && at_[1] != 0 ? 2 : 1; }
+
+    std::array<bool, 256> isLead_ = kestrolumen::detail::AnsiLeadBytes();
+    const char* at_;
+};
+
+// Converts no more than the token takes, in pieces that grow until one goes beyond it.
+CStringA NextQuotedOfDoubleByte(const CStringA& text, const UnitSet<WCHAR>& delimiters, int& position) {
+    DoubleByteText end(text.GetString());
+    end.PassOver(position);
+    const char* const begin = end.Place();
+    for (std::ptrdiff_t size = 64;; size *= 2) {
+        end.PassOverBytes(size);
+        const CStringW piece(begin, static_cast<int>(end.Place() - begin));
+        int next = 0;
+        const auto token = NextQuoted(piece.GetString(), piece.GetLength(), delimiters, next);
+        if (!end.IsAtEnd() && (next < 0 || next == piece.GetLength())) continue;
+        position = next < 0 ? -1 : position + next;
+        return CStringW(token.begin, token.length);
+    }
 }
 
 template <typename Unit>
@@ -77,7 +118,12 @@ CStringW TokenizeQuotedW(const CStringW& text, const CStringW& delimiters, int& 
 }
 
 CStringA TokenizeQuotedA(const CStringA& text, const CStringA& delimiters, int& position) {
-    if (kestrolumen::detail::LongestAnsiCharacter() != 1) return TokenizeQuotedW(text, delimiters, position);
+    const unsigned longest = kestrolumen::detail::LongestAnsiCharacter();
+    if (longest == 2 && position >= 0) {
+        const CStringW wide = delimiters;
+        return NextQuotedOfDoubleByte(text, UnitSet<WCHAR>(wide.GetString()), position);
+    }
+    if (longest != 1) return TokenizeQuotedW(text, delimiters, position);
     const UnitSet<char> set(delimiters.GetString());
     const char* const bytes = text.GetString();
     int next = position;

@@ -19,8 +19,8 @@
 [[nodiscard]] CStringW TokenizeQuotedW(const CStringW& text, const CStringW& delimiters, int& position);
 
 // The same by way of wide text: `position` counts units of that, and the text ends at its first zero byte.
-// With a single-byte code page only the token is converted, so that the calls for all tokens read the text
-// once.
+// Only the token is converted. With a single-byte code page the calls for all tokens read the text once; with a
+// double-byte one each steps over what lies before its place, and with UTF-8 it converts the whole text.
 [[nodiscard]] CStringA TokenizeQuotedA(const CStringA& text, const CStringA& delimiters, int& position);
 
 // The first `head` units, "..." and the last `tail` units, if the text is longer than that; else the text. A

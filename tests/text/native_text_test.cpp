@@ -4,6 +4,7 @@
 #include "winapi/control.h"
 
 #include <clocale>
+#include <random>
 
 #include <gtest/gtest.h>
 
@@ -50,6 +51,30 @@ TEST_F(Japanese, TokensCountWideUnits) {
     EXPECT_EQ(position, 11);
     EXPECT_TRUE(TokenizeQuotedA(text, "\\", position).IsEmpty());
     EXPECT_EQ(position, -1);
+}
+
+// Each of the texts is one run of bytes that could be the first or the second half of a character.
+TEST_F(Japanese, LongRunsTakeOneReading) {
+    CStringA text;
+    std::mt19937 random(7);
+    for (int i = 0; i < 100'000; ++i) {
+        const char character[] = {'\x93', static_cast<char>(0x93 + random() % 8)};  // NOLINT
+        text.Append(character, 2);
+        if (i % 5 == 0) text += ",";
+    }
+    const CStringW wide = text;
+    EXPECT_EQ(CStringW(ReplacedA(text, "\x93\x93", "\x81\x97")),
+              ReplacedW(wide, TEXT("\u6d9b"), TEXT("\uff20")));
+    text.Replace(",", "");
+    CStringW unbroken = text;
+    EXPECT_EQ(text.Replace("\x93\x93", "ab"), unbroken.Replace(TEXT("\u6d9b"), TEXT("ab")));
+    EXPECT_EQ(CStringW(text), unbroken);
+    text = wide;
+    int narrow = 0, unit = 0;
+    for (int count = 0; count < 2'000; ++count) {
+        EXPECT_EQ(CStringW(TokenizeQuotedA(text, ",", narrow)), TokenizeQuotedW(wide, TEXT(","), unit));
+        ASSERT_EQ(narrow, unit);
+    }
 }
 
 }  // namespace

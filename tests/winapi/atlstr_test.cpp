@@ -75,6 +75,8 @@ TYPED_TEST(AtlString, Format) {
     EXPECT_EQ(Ascii(text), "n=5 n=5 7");
     EXPECT_THROW(text.Format(Units<Unit>("%2147483647d%d").c_str(), 1, 2), std::length_error);
     EXPECT_THROW(text.Append(text, INT_MAX - 3), std::length_error);
+    EXPECT_THROW(static_cast<void>(text.GetBuffer(INT_MAX)), std::length_error);
+    EXPECT_THROW(TypeParam(Unit{'x'}, INT_MAX), std::length_error);
     EXPECT_EQ(Ascii(text), "n=5 n=5 7");
 }
 

@@ -39,11 +39,18 @@ std::size_t CharacterLength(const WCHAR* text) noexcept {
 }
 
 bool StartsCharacter(const char* text, std::size_t index) noexcept {
+    return CharacterStarts<char>(text).At(index);
+}
+
+bool CharacterStarts<char>::At(std::size_t index) noexcept {
     // A byte that is no lead byte ends a character, whatever stands before it. So an odd run of lead bytes
     // directly before the place means that its last one takes the byte there.
     std::size_t run = index;
-    while (run > 0 && IsLead(text[run - 1])) --run;
-    return (index - run) % 2 == 0;
+    while (run > known_ && IsLead(text_[run - 1])) --run;
+    const bool startsAtRun = run > known_ || startsThere_;
+    startsThere_ = ((index - run) % 2 == 0) == startsAtRun;
+    known_ = index;
+    return startsThere_;
 }
 
 std::size_t ConvertedLength(const char* text, std::size_t length) noexcept {

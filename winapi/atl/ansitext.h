@@ -26,6 +26,31 @@ template <typename Unit>
     return true;
 }
 
+// Answers the same for one place behind the other, and reads the text once for all of them.
+template <typename Unit>
+class CharacterStarts;
+
+template <>
+class CharacterStarts<char> {
+  public:
+    explicit CharacterStarts(const char* text) noexcept : text_(text) {}
+    // `index` is at least that of the call before.
+    [[nodiscard]] bool At(std::size_t index) noexcept;
+
+  private:
+    const char* text_;
+    // The last place that was asked for, and its answer.
+    std::size_t known_ = 0;
+    bool startsThere_ = true;
+};
+
+template <>
+class CharacterStarts<WCHAR> {
+  public:
+    explicit constexpr CharacterStarts(const WCHAR*) noexcept {}
+    [[nodiscard]] static constexpr bool At(std::size_t) noexcept { return true; }
+};
+
 // The units that text of the other width converts to. A source that is too long for the system's conversions
 // is counted with its own length.
 [[nodiscard]] std::size_t ConvertedLength(const char* text, std::size_t length) noexcept;

@@ -126,7 +126,7 @@ CStringT<Unit>::CStringT(PCYSTR text, int length) : CStringT() {
 template <typename Unit>
 CStringT<Unit>::CStringT(XCHAR unit, int count) : CStringT() {
     if (count <= 0) return;
-    std::fill_n(PrepareWrite(count), count, unit);
+    std::fill_n(PrepareWrite(CheckedLength(count)), count, unit);
     SetLength(count);
 }
 
@@ -325,38 +325,44 @@ CStringT<Unit> CStringT<Unit>::Mid(int first, int count) const {
 }
 
 template <typename Unit>
-int CStringT<Unit>::FindFrom(View text, int start) const noexcept {
+int CStringT<Unit>::FindFrom(View text, int start, ansitext::CharacterStarts<XCHAR>& starts) const noexcept {
     if (start < 0) return -1;
     auto found = Text().find(text, static_cast<std::size_t>(start));
-    while (found != View::npos && !ansitext::StartsCharacter(text_, found))
-        found = Text().find(text, found + 1);
+    while (found != View::npos && !starts.At(found)) found = Text().find(text, found + 1);
     return found == View::npos ? -1 : static_cast<int>(found);
 }
 
 template <typename Unit>
 int CStringT<Unit>::Find(PCXSTR text, int start) const noexcept {
-    return text == nullptr ? -1 : FindFrom(View(text), start);
+    ansitext::CharacterStarts<XCHAR> starts(text_);
+    return text == nullptr ? -1 : FindFrom(View(text), start, starts);
 }
 
 template <typename Unit>
 int CStringT<Unit>::Find(XCHAR unit, int start) const noexcept {
-    return FindFrom(View(&unit, 1), start);
+    ansitext::CharacterStarts<XCHAR> starts(text_);
+    return FindFrom(View(&unit, 1), start, starts);
 }
 
 template <typename Unit>
 int CStringT<Unit>::ReverseFind(XCHAR unit) const noexcept {
-    auto found = Text().rfind(unit);
-    while (found != View::npos && !ansitext::StartsCharacter(text_, found))
-        found = Text().substr(0, found).rfind(unit);
-    return found == View::npos ? -1 : static_cast<int>(found);
+    const auto last = Text().rfind(unit);
+    if (last == View::npos) return -1;
+    if (ansitext::StartsCharacter(text_, last)) return static_cast<int>(last);
+    // From the front: what tells the halves of characters is read once that way.
+    ansitext::CharacterStarts<XCHAR> starts(text_);
+    int found = -1;
+    for (int at = FindFrom(View(&unit, 1), 0, starts); at >= 0; at = FindFrom(View(&unit, 1), at + 1, starts))
+        found = at;
+    return found;
 }
 
 template <typename Unit>
 CStringT<Unit> CStringT<Unit>::Tokenize(PCXSTR delimiters, int& position) const {
     const int length = GetLength();
+    ansitext::CharacterStarts<XCHAR> starts(text_);
     const auto delimits = [&](int index) {
-        return IsOneOf(text_[index], delimiters) &&
-               ansitext::StartsCharacter(text_, static_cast<std::size_t>(index));
+        return IsOneOf(text_[index], delimiters) && starts.At(static_cast<std::size_t>(index));
     };
     int first = position < 0 ? length : position;
     while (first < length && delimits(first)) ++first;
@@ -383,9 +389,11 @@ template <typename Unit>
 template <typename Predicate>
 CStringT<Unit>& CStringT<Unit>::TrimRightIf(Predicate isTrimmed) {
     int length = GetLength();
-    while (length > 0 && isTrimmed(text_[length - 1]) &&
-           ansitext::StartsCharacter(text_, static_cast<std::size_t>(length) - 1)) {
-        --length;
+    while (length > 0 && isTrimmed(text_[length - 1])) --length;
+    // The last half of a character that looks like such a unit is none, and stays with all ahead of it.
+    ansitext::CharacterStarts<XCHAR> starts(text_);
+    for (int index = length; index < GetLength(); ++index) {
+        if (!starts.At(static_cast<std::size_t>(index))) length = index + 1;
     }
     Truncate(length);
     return *this;
@@ -439,7 +447,8 @@ int CStringT<Unit>::ReplaceAll(View from, View to) {
     if (from.empty()) return 0;
     const auto step = static_cast<int>(from.size());
     std::int64_t count = 0;
-    for (int at = FindFrom(from, 0); at >= 0; at = FindFrom(from, at + step)) ++count;
+    ansitext::CharacterStarts<XCHAR> counted(text_), copied(text_);
+    for (int at = FindFrom(from, 0, counted); at >= 0; at = FindFrom(from, at + step, counted)) ++count;
     if (count == 0) return 0;
 
     const auto growth = static_cast<std::int64_t>(to.size()) - static_cast<std::int64_t>(from.size());
@@ -447,7 +456,7 @@ int CStringT<Unit>::ReplaceAll(View from, View to) {
     CStringT changed = WithCapacity(length);
     PXSTR end = changed.text_;
     int begin = 0;
-    for (int at = FindFrom(from, 0); at >= 0; at = FindFrom(from, begin)) {
+    for (int at = FindFrom(from, 0, copied); at >= 0; at = FindFrom(from, begin, copied)) {
         end = std::copy(text_ + begin, text_ + at, end);
         end = std::copy(to.begin(), to.end(), end);
         begin = at + step;
@@ -550,7 +559,7 @@ void CStringT<Unit>::AppendFormatV(PCXSTR format, va_list arguments) {
 
 template <typename Unit>
 typename CStringT<Unit>::PXSTR CStringT<Unit>::GetBuffer(int length) {
-    return PrepareWrite(std::max(length, GetLength()));
+    return PrepareWrite(CheckedLength(std::max(length, GetLength())));
 }
 
 template <typename Unit>

@@ -24,6 +24,11 @@
 #include <type_traits>
 #include <utility>
 
+namespace ansitext {
+template <typename Unit>
+class CharacterStarts;
+}
+
 namespace atlstr {
 
 // What stands in front of the units of a buffer.
@@ -252,7 +257,7 @@ class CStringT {
     PXSTR PrepareAppend(std::size_t count);
     void Splice(int index, int removed, PCXSTR inserted, int count);
     void AppendConverted(PCYSTR text, int length);
-    [[nodiscard]] int FindFrom(View text, int start) const noexcept;
+    [[nodiscard]] int FindFrom(View text, int start, ansitext::CharacterStarts<XCHAR>& starts) const noexcept;
     int ReplaceAll(View from, View to);
     template <typename Predicate>
     CStringT& TrimLeftIf(Predicate isTrimmed);
