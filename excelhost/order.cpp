@@ -64,9 +64,11 @@ class Waiting {
 
 class Orderer {
   public:
-    Orderer(std::span<const LocatedFormula> formulas, std::span<const Grid* const> sheets)
+    Orderer(std::span<const LocatedFormula> formulas, std::span<const Grid* const> sheets,
+            std::span<const Text> names)
         : formulas_(formulas),
           sheets_(sheets),
+          names_(names),
           rows_(formulas, Waiting::Lines::Rows),
           columns_(formulas, Waiting::Lines::Columns),
           states_(formulas.size(), State::New) {
@@ -149,7 +151,7 @@ class Orderer {
     [[nodiscard]] std::string Name(Number number) const {
         const LocatedFormula& formula = formulas_[number];
         const std::string cell = CellName(formula.cell->place.row, formula.cell->place.column);
-        return sheets_.size() > 1 ? "sheet " + std::to_string(formula.sheet) + " " + cell : cell;
+        return sheets_.size() > 1 ? Excerpt(names_[formula.sheet - 1]) + "!" + cell : cell;
     }
 
     [[noreturn]] void ThrowCircle(Number closing) const {
@@ -172,6 +174,7 @@ class Orderer {
 
     std::span<const LocatedFormula> formulas_;
     std::span<const Grid* const> sheets_;
+    std::span<const Text> names_;
     Waiting rows_;
     Waiting columns_;
     std::vector<State> states_;
@@ -182,8 +185,9 @@ class Orderer {
 }  // namespace
 
 std::vector<std::uint32_t> CalculationOrder(std::span<const LocatedFormula> formulas,
-                                            std::span<const Grid* const> sheets) {
-    return Orderer(formulas, sheets).Order();
+                                            std::span<const Grid* const> sheets,
+                                            std::span<const Text> names) {
+    return Orderer(formulas, sheets, names).Order();
 }
 
 }  // namespace excelhost

@@ -37,10 +37,12 @@ class CircularReference : public std::runtime_error {
 };
 
 // The numbers of the formulas in the order of their calculation. A reference counts wherever it stands, in a
-// branch of IF that isn't taken, too; those to sheets other than `sheets` (by their ids from 1 on) don't.
+// branch of IF that isn't taken, too; those to sheets other than `sheets` (by their ids from 1 on) don't. `names` of
+// the sheets are for the message about a circle.
 // Needs memory in proportion to the formulas, whatever the size of the ranges that they refer to, and time
 // that grows little faster than their number. CircularReference.
 [[nodiscard]] std::vector<std::uint32_t> CalculationOrder(std::span<const LocatedFormula> formulas,
-                                                          std::span<const Grid* const> sheets);
+                                                          std::span<const Grid* const> sheets,
+                                                          std::span<const Text> names);
 
 }  // namespace excelhost

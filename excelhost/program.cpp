@@ -3,28 +3,41 @@
 #include "excelhost/commandline.h"
 #include "excelhost/companion.h"
 #include "excelhost/session.h"
-#include "excelhost/sheet.h"
+#include "excelhost/functions/functions.h"
+#include "excelhost/sheetfiles.h"
 
+#include <algorithm>
 #include <array>
 #include <deque>
-#include <fstream>
-#include <iterator>
-#include <optional>
-#include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace excelhost {
 namespace {
 
-constexpr std::string_view kHelp = R"(excelhost - a simulated Excel for add-ins (XLL)
+constexpr std::string_view kHelpOfCommands =
+    R"(excelhost - a simulated Excel that loads, calls and checks add-ins (XLL)
 
 Usage: excelhost run SHEET.csv [options]
+       excelhost run NAME=SHEET.csv NAME=SHEET.csv ... [options]
        excelhost describe [--addin FILE]
        excelhost --help
 
 run calculates a sheet: loads the add-ins, calculates every formula of the sheet and prints the values as CSV. Cells
-are numbers, texts, TRUE, FALSE, error values and formulas (=...); formulas know Excel's operators, references, IF,
-ABS, AVERAGE, COUNT, EXACT, IFERROR, MAX, MIN, NA, ROUND, SUM and the functions that the add-ins have registered.
+are numbers, texts, TRUE, FALSE, error values and formulas (=...). Of several sheets, which formulas refer to as
+NAME!A1, each is printed under a line "# NAME". The files are UTF-8.
+
+Formulas know Excel's operators, references (A1, $A$1, A1:C3, A:C, 1:3, NAME!A1), the functions that the add-ins
+have registered, and:
+)";
+
+constexpr std::string_view kHelpOfOptions = R"(
+Values follow Excel's rules: 15 digits of a number count, in what is typed, in comparisons and where a sum that ends
+a formula comes out near zero; 1,234.5 and 12% and $5 and (5) are read as numbers. Where it differs: what is typed
+as a date, time or fraction stays a text (dates are serial numbers), texts are ordered by the units of their upper
+case instead of a language, and a formula that gives an array shows its first element. A text that begins with "="
+is printed as the formula ="=..." that gives it.
+
 The add-in kestrolumen.xll meets its companion workbook first and then has:
 
   NetOutputPrediction(inputs, network, fallback, low, high)                the likeliest category
@@ -47,23 +60,25 @@ Exit code: 0 done; 1 something is wrong with the sheet or the add-in; 2 somethin
 3 the add-in leaked a value, freed one twice, or freed or changed one that it was only lent.
 )";
 
-// Something wrong with what the command line names.
-class InputError : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
+// The names of the functions that are built in, in lines.
+std::string FunctionLines() {
+    constexpr std::size_t width = 116;
+    std::string lines;
+    std::string line = " ";
+    for (const std::string_view name : BuiltinNames()) {
+        if (line.size() + 1 + name.size() > width) lines += std::exchange(line, " ") + "\n";
+        line += " " + std::string(name);
+    }
+    return lines + line + "\n";
+}
 
 struct RunOptions {
-    std::string sheet;
+    std::vector<std::string> sheets;
     std::vector<std::string> addIns;  // ours, beside the program, when empty
     std::string companion = "iris";
     std::string workbookName = "XLA";
     bool trace = false;
 };
-
-std::filesystem::path PathFrom(const std::string& utf8) {
-    return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
-}
 
 RunOptions ParseRunOptions(std::span<const std::string> arguments) {
     static constexpr std::array<std::string_view, 2> companions = {"iris", "none"};
@@ -75,41 +90,11 @@ RunOptions ParseRunOptions(std::span<const std::string> arguments) {
         ChoiceOption("--companion", companions, run.companion),
         ChoiceOption("--workbook-name", workbookNames, run.workbookName),
     };
-    const std::vector<std::string> operands = ParseOptions(arguments, options);
-    if (operands.empty()) throw UsageError("the name of a sheet is missing");
-    if (operands.size() > 1) throw UsageError("one sheet is expected; what is '" + operands[1] + "'?");
-    run.sheet = operands.front();
+    run.sheets = ParseOptions(arguments, options);
+    const bool complete = std::none_of(run.sheets.begin(), run.sheets.end(),
+                                       [](const std::string& sheet) { return sheet.empty(); });
+    if (run.sheets.empty() || !complete) throw UsageError("the name of a sheet is missing");
     return run;
-}
-
-std::string ReadFile(const std::string& name) {
-    const std::filesystem::path path = PathFrom(name);
-    std::error_code error;
-    if (std::filesystem::is_directory(path, error)) throw InputError(name + ": is a folder");
-    std::ifstream file(path, std::ios::binary);
-    if (!file && !std::filesystem::exists(path, error) && !error) {
-        throw InputError(name + ": there is no such file");
-    }
-    if (!file) throw InputError(name + ": can't be opened, though it is there");
-    std::string text{std::istreambuf_iterator<char>(file), {}};
-    if (file.bad()) throw InputError(name + ": can't be read");
-    return text;
-}
-
-void PrintFaults(const std::string& sheet, const std::vector<CellFault>& faults, std::ostream& err) {
-    for (const CellFault& fault : faults) {
-        err << sheet << ": row " << fault.Row() << ", column " << fault.Column() << " ("
-            << CellName(static_cast<RW>(fault.Row() - 1), static_cast<COL>(fault.Column() - 1))
-            << "): " << fault.what() << '\n';
-    }
-}
-
-// The name that xlSheetNm gives: "[iris.csv]iris".
-Text SheetName(const std::string& file) {
-    const std::filesystem::path path = PathFrom(file);
-    const auto book = path.filename().u8string();
-    const auto sheet = path.stem().u8string();
-    return Wide("[" + std::string(book.begin(), book.end()) + "]" + std::string(sheet.begin(), sheet.end()));
 }
 
 // Writes each entry as it is completed, and the milestones between them.
@@ -127,9 +112,9 @@ class TraceWriter {
     std::ostream* err_;
 };
 
-// The whole session; the faults found in calculated cells.
-std::vector<CellFault> Play(const RunOptions& options, std::span<const std::filesystem::path> addIns,
-                            Host& host, TraceWriter& trace, Sheet& sheet) {
+// The whole session.
+void Play(const RunOptions& options, std::span<const std::filesystem::path> addIns, Host& host,
+          TraceWriter& trace, SheetFiles& sheets) {
     const bool hasWorkbook = options.companion != "none";
     static constexpr std::array<const Network*, 1> networks = {&kIrisNetwork};
     if (hasWorkbook && options.workbookName != "none") {
@@ -147,7 +132,7 @@ std::vector<CellFault> Play(const RunOptions& options, std::span<const std::file
         session.Handshake();
     }
     trace.Milestone("the sheet is calculated");
-    std::vector<CellFault> faults = sheet.Calculate(host, 1, SheetName(options.sheet));
+    sheets.Calculate(host);
     for (std::size_t i = sessions.size(); i-- > 0;) {
         if (hasWorkbook && sessions[i].KnowsWorkbook()) {
             tell("the companion workbook leaves: UninitializeXlaInformation", addIns[i]);
@@ -156,31 +141,28 @@ std::vector<CellFault> Play(const RunOptions& options, std::span<const std::file
         tell("Excel closes the add-in: xlAutoClose", addIns[i]);
         sessions[i].Close();
     }
-    return faults;
 }
 
 int Run(const RunOptions& options, const std::filesystem::path& folder, std::ostream& out,
         std::ostream& err) try {
-    Sheet sheet(ReadFile(options.sheet));
+    SheetFiles sheets(options.sheets, err);
+    if (!sheets.Good()) return kBadInput;
     std::vector<std::filesystem::path> addIns;
     for (const std::string& addIn : options.addIns) addIns.push_back(PathFrom(addIn));
     if (addIns.empty()) addIns.push_back(folder / "kestrolumen.xll");
     Host host;
     TraceWriter trace(host, options.trace ? &err : nullptr);
-    const std::vector<CellFault> faults = Play(options, addIns, host, trace, sheet);
-    out << sheet.Csv();
+    Play(options, addIns, host, trace, sheets);
+    if (sheets.Good()) sheets.Print(out);
     out.flush();
-    PrintFaults(options.sheet, faults, err);
+    const bool isFaultless = sheets.PrintFaults(err);
     const Account account = host.GetAccount();
     if (options.trace || !account.Balanced()) err << "account: " << Describe(account) << '\n';
     if (!account.Balanced()) {
         err << "excelhost: the add-in's account isn't balanced\n";
         return kBadAccount;
     }
-    return faults.empty() ? kDone : kBadInput;
-} catch (const SheetFaults& faults) {
-    PrintFaults(options.sheet, faults.All(), err);
-    return kBadInput;
+    return isFaultless ? kDone : kBadInput;
 } catch (const std::runtime_error& error) {
     err << "excelhost: " << error.what() << '\n';
     return kBadInput;
@@ -199,7 +181,7 @@ int RunProgram(std::span<const std::string> arguments, const std::filesystem::pa
                std::ostream& err) try {
     if (arguments.empty()) throw UsageError("a command is missing");
     if (AsksForHelp(arguments)) {
-        out << kHelp;
+        out << kHelpOfCommands << FunctionLines() << kHelpOfOptions;
         return Finish(kDone, out, err);
     }
     if (arguments.front() != "run") throw UsageError("unknown command '" + arguments.front() + "'");

@@ -1,6 +1,7 @@
 #include "excelhost/session.h"
 
 #include "excelhost/callscope.h"
+#include "excelhost/failure.h"
 
 #include <oleauto.h>
 
@@ -106,7 +107,8 @@ void Session::Handshake(Form form) {
     } catch (const AddInError&) {
         throw;
     } catch (...) {
-        throw AddInError("the add-in failed in the workbook's handshake");
+        throw AddInError("the add-in '" + Utf8(fileName_) +
+                         "' failed in the workbook's handshake: " + CurrentExceptionText());
     }
 }
 

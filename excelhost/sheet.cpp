@@ -108,8 +108,8 @@ class KnownFunctions {
 };
 
 std::vector<std::uint32_t> OrderOf(std::span<const LocatedFormula> formulas,
-                                   std::span<const Grid* const> grids) try {
-    return CalculationOrder(formulas, grids);
+                                   std::span<const Grid* const> grids, std::span<const Text> names) try {
+    return CalculationOrder(formulas, grids, names);
 } catch (const CircularReference& circle) {
     throw SheetFaults({FaultAt(circle.Cell().cell->place, circle.what())}, circle.Cell().sheet);
 }
@@ -163,8 +163,9 @@ void Sheet::Read(Place place, const std::string& field, std::span<const Text> na
         }
         return;
     }
-    if (text.size() > kTextLimit) throw FaultAt(place, "a text has at most 32,767 characters");
-    values_.Set(place, given ? std::move(*given) : FromField(field, std::move(text)));
+    const std::size_t length = given ? given->size() : text.size();
+    if (length > kTextLimit) throw FaultAt(place, "a text has at most 32,767 characters");
+    values_.Set(place, given ? Value(std::move(*given)) : FromField(field, std::move(text)));
 }
 
 std::vector<CellFault> Sheet::Calculate(Host& host, IDSHEET id, TextView name) {
@@ -175,12 +176,14 @@ std::vector<CellFault> Sheet::Calculate(Host& host, IDSHEET id, TextView name) {
 std::vector<std::vector<CellFault>> CalculateSheets(std::span<const NamedSheet> sheets, Host& host,
                                                     IDSHEET firstId) {
     std::vector<const Grid*> grids;
+    std::vector<Text> names;
     std::vector<LocatedFormula> formulas;
     for (const NamedSheet& named : sheets) {
         grids.push_back(&named.sheet->Values());
+        names.push_back(named.name);
         for (const FormulaCell& cell : named.sheet->Formulas()) formulas.push_back({grids.size(), &cell});
     }
-    const std::vector<std::uint32_t> order = OrderOf(formulas, grids);
+    const std::vector<std::uint32_t> order = OrderOf(formulas, grids, names);
     for (std::size_t i = 0; i < sheets.size(); ++i) {
         host.AddSheet(firstId + i, sheets[i].name,
                       [grid = grids[i]](const Area& area) { return grid->Read(area); });

@@ -68,12 +68,19 @@ Array Given::Table(std::size_t i) const {
     }
     Cells::Range range = Range(i);
     XLREF12& r = range.area.rectangle;
-    r.rwLast = std::min(r.rwLast, std::max(r.rwFirst, range.grid->Rows() - 1));
-    r.colLast = std::min(r.colLast, std::max(r.colFirst, range.grid->Columns() - 1));
+    if (range.area.Rows() == kRowLimit) r.rwLast = std::max(range.grid->Rows(), 1) - 1;
+    if (range.area.Columns() == kColumnLimit) r.colLast = std::max(range.grid->Columns(), 1) - 1;
     Value value = range.grid->Read(range.area);
     if (Array* array = std::get_if<Array>(&value)) return std::move(*array);
     if (range.area.Rows() * range.area.Columns() != 1) Fail(xlerrValue);
     return {1, 1, {std::move(value)}};
+}
+
+Given::Size Given::SizeOf(std::size_t i) const {
+    if (const Array* array = arguments_[i].If<Array>()) return {array->rows, array->columns};
+    if (!IsReference(arguments_[i])) return {};
+    const Area area = Range(i).area;
+    return {area.Rows(), area.Columns()};
 }
 
 const Builtin* FindBuiltin(TextView name) {

@@ -47,9 +47,16 @@ class Given {
     }
     // A rectangle of cells; #VALUE! for anything else.
     [[nodiscard]] Cells::Range Range(std::size_t i) const;
-    // A rectangle of values: the cells of a reference up to the sheet's last, the elements of an array, one
-    // value alone. Its row and column counts are those of the argument.
+    // A rectangle of values: the cells of a reference, the elements of an array, one value alone. Of whole
+    // columns and rows it has what the sheet has.
     [[nodiscard]] Array Table(std::size_t i) const;
+    // The rows and columns of the argument itself.
+    struct Size {
+        std::size_t rows = 1;
+        std::size_t columns = 1;
+        friend bool operator==(const Size&, const Size&) = default;
+    };
+    [[nodiscard]] Size SizeOf(std::size_t i) const;
 
     // Calls `use` with each number, by the rule that the aggregates share: cells and elements of arrays count
     // when they hold numbers, an argument given as itself counts when it can be read as one. Errors end the call.

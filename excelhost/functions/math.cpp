@@ -87,22 +87,26 @@ Value Product(const Given& given) {
     return any ? FiniteNumber(product) : Value(0.0);
 }
 
-// What is no number counts as 0.
+// What is no number counts as 0, and so does what a sheet doesn't reach.
 Value SumProduct(const Given& given) {
-    const Array first = given.Table(0);
-    std::vector<double> products(first.cells.size(), 1);
+    static const Value nothing = Empty{};
+    Array products = given.Table(0);
     for (std::size_t i = 0; i < given.Count(); ++i) {
-        const Array table = i == 0 ? first : given.Table(i);
-        if (table.rows != first.rows || table.columns != first.columns) return ErrorValue{xlerrValue};
-        for (std::size_t cell = 0; cell < products.size(); ++cell) {
-            const Value& value = table.cells[cell];
-            if (const auto* error = value.If<ErrorValue>()) return *error;
-            const double* number = value.If<double>();
-            products[cell] *= number != nullptr ? *number : 0;
+        if (given.SizeOf(i) != given.SizeOf(0)) return ErrorValue{xlerrValue};
+        const Array table = i == 0 ? Array{} : given.Table(i);
+        for (std::size_t cell = 0; cell < products.cells.size(); ++cell) {
+            const std::size_t row = cell / products.columns;
+            const std::size_t column = cell % products.columns;
+            Value& product = products.cells[cell];
+            const bool reached = i == 0 || (row < table.rows && column < table.columns);
+            const Value& factor = i == 0 ? product : reached ? table.At(row, column) : nothing;
+            if (const auto* error = factor.If<ErrorValue>()) return *error;
+            const double* number = factor.If<double>();
+            product = (number != nullptr ? *number : 0) * (i == 0 ? 1 : *product.If<double>());
         }
     }
     double sum = 0;
-    for (const double product : products) sum += product;
+    for (const Value& product : products.cells) sum += *product.If<double>();
     return FiniteNumber(sum);
 }
 

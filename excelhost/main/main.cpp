@@ -1,6 +1,8 @@
 // The program excelhost: a simulated Excel on the command line.
 #include "excelhost/commandline.h"
 #include "excelhost/describe/describe.h"
+#include "excelhost/describe/exceptions.h"
+#include "excelhost/failure.h"
 #include "excelhost/program.h"
 
 #include "home.h"
@@ -13,6 +15,7 @@
 
 int main(int count, char** arguments) try {
     excelhost::PrepareStreams();
+    excelhost::SetExceptionTeller(excelhost::TellOwnException);
     const std::vector<std::string> words = excelhost::ArgumentsFrom(count, arguments);
     const bool describes = !words.empty() && words.front() == "describe" && !excelhost::AsksForHelp(words);
     const std::span<const std::string> rest = std::span(words).subspan(describes ? 1 : 0);

@@ -101,11 +101,10 @@ TEST_F(ProgramTest, RefusesABadCommandLine) {
     const std::pair<std::vector<std::string>, const char*> lines[] = {
         {{}, "a command is missing"},
         {{"run"}, "the name of a sheet is missing"},
-        {{"run", "a", "b"}, "what is 'b'?"},
         {{"run", "a", "--tracer"}, "unknown option '--tracer'"},
         {{"run", "a", "--trace=yes"}, "--trace takes no value"},
         {{"run", "a", "--addin"}, "--addin needs a value"},
-        {{"run", "--", "--trace", "b"}, "what is 'b'?"},
+        {{"run", "--", ""}, "the name of a sheet is missing"},
         {{"run", "a", "--companion=rosa"}, "--companion takes one of iris, none, not 'rosa'"},
     };
     for (const auto& [arguments, message] : lines) {
@@ -131,6 +130,54 @@ TEST_F(ProgramTest, TellsWhichFileIsNotThere) {
     EXPECT_THAT(err, HasSubstr("sheet.csv' can't be loaded"));
 }
 
+TEST_F(ProgramTest, CalculatesSheetsThatReferToOneAnother) {
+    const std::string data = "Data=" + File("10,=Model!A1+1\n", u8"a.csv");
+    const std::string model = "Model=" + File("\"=SUM(data!A:A)*2\",=data!B1,='Data'!$A$1:B1\n", u8"b.csv");
+    EXPECT_EQ(Run({"run", data, model}), kDone) << err;
+    EXPECT_EQ(out, "# Data\n10,21\n\n# Model\n20,21,#VALUE!\n") << "a range has no cell in column C";
+    EXPECT_EQ(Run({"run", data, "Data=" + File("1\n")}), kBadInput);
+    EXPECT_THAT(err, HasSubstr("two sheets have the name 'Data'"));
+    EXPECT_EQ(Run({"run", data, "Model=" + File("=Data!B1\n", u8"b.csv")}), kBadInput);
+    EXPECT_THAT(
+        err,
+        HasSubstr("b.csv: row 1, column 1 (A1): circular reference: [a.csv]Data!B1 -> [b.csv]Model!A1 -> "
+                  "[a.csv]Data!B1\n"));
+    EXPECT_EQ(Run({"run", File("=Other!A1\n", u8"x=y.csv")}), kBadInput) << "the file has this name";
+    EXPECT_THAT(err,
+                HasSubstr("x=y.csv: row 1, column 1 (A1): bad formula =Other!A1: at character 2, there is no "
+                          "sheet 'Other'"));
+}
+
+TEST_F(ProgramTest, ShowsWhatASheetHoldsWithoutHarm) {
+    using namespace std::string_literals;
+    const std::pair<std::string, std::string> sheets[] = {
+        {"=1+\0\x1B[2J\xC2\x9B\xE2\x80\xAE\n"s,
+         "bad formula =1+\\u0000\\u001B[2J\\u009B\\u202E: at character 4, an operand is "
+         "expected, not '\\u0000'\n"},
+        {"=1+" + std::string(196, '0') + "\xF0\x9F\x98\x80)\n", "0…: at character"},
+        {"=\xC3\xA4(\x1B\n", "an operand is expected, not '\\u001B'"},
+        {"=\xC3\xA4(1\n", "the parenthesis of '\xC3\xA4' isn't closed"},
+        {"a,Stra\xDF"
+         "e\n",
+         "column 2 (B1): the text isn't UTF-8: byte DF behind 'Stra' is '\xC3\x9F' in Latin-1"},
+        {"\xFF\xFE"
+         "1\0,\0"s,
+         "the text is UTF-16"},
+        {"1\0,\0"
+         "2\0"s,
+         "the text is UTF-16"},
+    };
+    for (const auto& [sheet, message] : sheets) {
+        EXPECT_EQ(RunSheet(sheet), kBadInput);
+        EXPECT_THAT(err, HasSubstr(message));
+        EXPECT_THAT(err, AllOf(HasSubstr("sheet.csv: row 1"), testing::Not(HasSubstr("\x1B"))));
+    }
+    std::string many;
+    for (int i = 0; i < 150; ++i) many += "=1+\n";
+    EXPECT_EQ(RunSheet(many), kBadInput);
+    EXPECT_THAT(err, HasSubstr("sheet.csv: 50 more cells have faults\n"));
+}
+
 TEST_F(ProgramTest, FindsOutFaultyAddIns) {
     const struct {
         const char* addIn;
@@ -141,7 +188,7 @@ TEST_F(ProgramTest, FindsOutFaultyAddIns) {
         {BAD_ADDIN_2, kBadAccount, "leaked 0, freed twice 1"},
         {BAD_ADDIN_3, kBadInput, "refuses to open"},
 #ifdef BAD_ADDIN_4  // throws, where an exception can leave a module
-        {BAD_ADDIN_4, kBadInput, "failed in the workbook's handshake"},
+        {BAD_ADDIN_4, kBadInput, "failed in the workbook's handshake: handshake"},
 #endif
     };
     const std::string ask = "5.1,3.5,1.4,0.2,\"=NetOutputPrediction(A1:D1,\"\"iris\"\")\"\n";

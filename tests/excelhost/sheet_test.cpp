@@ -2,10 +2,14 @@
 #include "excelhost/calculate.h"
 #include "excelhost/csv.h"
 #include "excelhost/host.h"
+#include "excelhost/numbers.h"
 #include "excelhost/sheet.h"
 
 #include <gmock/gmock.h>
 
+#include <cmath>
+#include <fstream>
+#include <iterator>
 #include <memory>
 
 namespace excelhost {
@@ -94,6 +98,15 @@ TEST(FormulaTest, GivesWhatExcelGives) {
         {"=SUM(C1:XFD1048576)", "6"},
         {"=COUNT(A1:C3,1,\"2\",\"x\",TRUE,#N/A)", "7"},
         {"=SUMPRODUCT((C1:C3>1)*C1:C3,C1:C3)", "13"},
+        {"=SUMPRODUCT(C1:C2,C2:C3)&SUMPRODUCT(C3:C4,C1:C2)&SUMPRODUCT(C:C,A:A)", "\"835\""},
+        {"=SUMPRODUCT(C1:C2,C1:C3)", "#VALUE!"},
+        // Where both spreadsheets of functions/README.md depart from Excel's help.
+        {"=CEILING(-2.5,2)&FLOOR(-2.5,2)&SUM(\"3\",TRUE,2)&DAY(60)", "\"-2-4629\""},
+        {"=RANK(8,C1:C3)", "#N/A"},
+        {"=UPPER(\"stra\xC3\x9F"
+         "e\")",
+         "\"STRA\xC3\x9F"
+         "E\""},
         // Numbers of 15 digits: comparisons, the sum that ends a formula, digits that are typed, rounding.
         {"=0.1+0.2=0.3", "TRUE"},
         {"=123456789012345=123456789012346", "FALSE"},
@@ -216,6 +229,44 @@ TEST_F(SheetTest, ReadsFieldsAsExcelDoes) {
         "1.5 -300 7 TRUE #N/A (empty) \"text\" \"=\" \"1 000\" \"0x10\" \"inf\" \"1e999\" \"'x\" \"#n/a\" "
         "\"\xC3\xA4\" ");
     EXPECT_EQ(sheet.Csv(), "1.5,-300,7,TRUE,#N/A,,text,=,1 000,0x10,inf,1e999,'x,#n/a,\xC3\xA4\n");
+}
+
+TEST_F(SheetTest, WritesTextsThatItReadsBack) {
+    const std::string csv = Calculated("\"=\"\"=\"\"&\"\"1+1\"\"\",\"=\"\"=a\"\"\"\"b\"\"\",=\n");
+    EXPECT_EQ(csv, "\"=\"\"=1+1\"\"\",\"=\"\"=a\"\"\"\"b\"\"\",=\n");
+    EXPECT_EQ(Calculated(csv), csv);
+    EXPECT_EQ(Describe(sheets.back()->Values().At({0, 1})), "\"=a\"b\"");
+    const std::string text = "\"=\"\"" + Repeated("=", 32767) + "\"\"\"\n";
+    EXPECT_EQ(Calculated(text), text) << "longer than any formula";
+}
+
+std::string FileText(const char* path) {
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file) << path;
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// What two other spreadsheets give, see functions/README.md; one of the two at least is right.
+TEST_F(SheetTest, FunctionsGiveWhatOtherSpreadsheetsGive) {
+    const CsvTable data = ParseCsv(FileText(FUNCTIONS_FOLDER "/data.csv"));
+    const CsvTable expected = ParseCsv(FileText(FUNCTIONS_FOLDER "/expected.csv"));
+    std::string csv;
+    for (std::size_t row = 0; row < expected.size(); ++row) {
+        std::vector<std::string> fields = row < data.size() ? data[row] : std::vector<std::string>(4);
+        fields.push_back(expected[row][0]);
+        csv += CsvLine(fields);
+    }
+    const CsvTable calculated = ParseCsv(Calculated(csv));
+    const auto isSame = [](const std::string& a, const std::string& b) {
+        double x = 0;
+        double y = 0;
+        return a == b || (ReadNumber(a, x) && ReadNumber(b, y) && std::fabs(x - y) <= 1e-12 * std::fabs(x));
+    };
+    for (std::size_t row = 0; row < expected.size(); ++row) {
+        const std::string& value = calculated[row][4];
+        EXPECT_TRUE(isSame(value, expected[row][1]) || isSame(value, expected[row][2]))
+            << expected[row][0] << " gives " << value;
+    }
 }
 
 TEST_F(SheetTest, CalculatesByNeedWhateverTheOrderOfCells) {
