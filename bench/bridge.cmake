@@ -1,1 +1,1 @@
-kestrolumen_bench(bridge USES addin)
+kestrolumen_bench(bridge USES addin COUNTS_HEAP)

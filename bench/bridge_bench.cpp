@@ -1,13 +1,14 @@
 // One worksheet call through the add-in, beside the same call written in plain C style and beside the host's
 // own share of it. The host does next to nothing, so what is seen is the road itself.
+#include "support/operation.h"
+
 #include "addin/addin.h"
 #include "addin/detail/resultstore.h"
 #include "excelvalues/xxloper.h"
 
-#include <benchmark/benchmark.h>
-
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -39,14 +40,12 @@ struct Arguments {
     }
 };
 
-// The plain version makes the same entries and the same allocations: a block for each handle, a record for
-// each result, the target's text widened into a buffer and copied into a value.
+// The plain version makes the same entries, and one block of memory, the record that Excel's answer goes into.
 struct Plain {
     static int Enter(int function, int count, LPXLOPER12* operands, LPXLOPER12 result) {
         return host(function, count, operands, result);
     }
-    static LPXLOPER12 Call(int function, int count, LPXLOPER12* operands) {
-        auto* const result = static_cast<LPXLOPER12>(std::malloc(sizeof(XLOPER12)));
+    static void CallInto(LPXLOPER12 result, int function, int count, LPXLOPER12* operands) {
         std::memset(result, 0, sizeof *result);
         Enter(xlEnableXLMsgs, 0, nullptr, nullptr);
         const int code = Enter(function, count, operands, result);
@@ -56,68 +55,48 @@ struct Plain {
             result->val.err = xlerrValue;
             result->val.returnCode = code;
         }
+    }
+    static LPXLOPER12 Call(int function, int count, LPXLOPER12* operands) {
+        auto* const result = static_cast<LPXLOPER12>(std::malloc(sizeof(XLOPER12)));
+        CallInto(result, function, count, operands);
         return result;
     }
-    static void Release(LPXLOPER12 result) {
+    static void GiveBack(LPXLOPER12 result) {
         Enter(xlEnableXLMsgs, 0, nullptr, nullptr);
         Enter(xlFree, 1, &result, nullptr);
         Enter(xlDisableXLMsgs, 0, nullptr, nullptr);
+    }
+    static void Release(LPXLOPER12 result) {
+        GiveBack(result);
         std::free(result);
     }
     static void Switch(int on) {
-        auto* operand = static_cast<LPXLOPER12>(std::malloc(sizeof(XLOPER12)));
-        operand->xltype = xltypeInt;
-        operand->val.w = on;
-        LPXLOPER12 const result = Call(xlfError, 1, &operand);
-        void* const handle = std::malloc(24);
-        benchmark::DoNotOptimize(handle);
-        Release(result);
-        std::free(handle);
-        std::free(operand);
-    }
-    static LPXLOPER12 Text(const char* text) {
-        const std::size_t length = std::strlen(text);
-        auto* const wide = static_cast<XCHAR*>(std::malloc((length + 1) * sizeof(XCHAR)));
-        for (std::size_t i = 0; i <= length; ++i) wide[i] = static_cast<unsigned char>(text[i]);
-        std::size_t units = 0;
-        while (units < 32767 && wide[units] != 0) ++units;
-        auto* const record = static_cast<LPXLOPER12>(std::malloc(sizeof(XLOPER12)));
-        record->xltype = xltypeStr;
-        record->val.str = static_cast<XCHAR*>(std::malloc((units + 1) * sizeof(XCHAR)));
-        record->val.str[0] = static_cast<XCHAR>(units);
-        std::memcpy(record->val.str + 1, wide, units * sizeof(XCHAR));
-        std::free(wide);
-        return record;
+        XLOPER12 operand{}, result;
+        operand.xltype = xltypeInt;
+        operand.val.w = on;
+        LPXLOPER12 operands[] = {&operand};
+        CallInto(&result, xlfError, 1, operands);
+        GiveBack(&result);
     }
 
     LPXLOPER12 last = nullptr;
-    void* lastHandle = nullptr;
 
     LPXLOPER12 NetOutputPrediction(LPXLOPER12 a1, LPXLOPER12 a2, LPXLOPER12 a3, LPXLOPER12 a4,
                                    LPXLOPER12 a5) {
-        void* handles[5];
-        for (void*& handle : handles) handle = std::malloc(24);
-        benchmark::DoNotOptimize(handles);
+        static XCHAR text[] = TEXT("\x27=Kestrolumen.XLA!NetOutputPredictionVBA");
         Switch(0);
-        LPXLOPER12 target = Text("=Kestrolumen.XLA!NetOutputPredictionVBA");
-        LPXLOPER12 operands[] = {target, a1, a2, a3, a4, a5};
+        XLOPER12 target{};
+        target.xltype = xltypeStr;
+        target.val.str = text;
+        LPXLOPER12 operands[] = {&target, a1, a2, a3, a4, a5};
         LPXLOPER12 const result = Call(xlUDF, 6, operands);
-        void* const handle = std::malloc(24);
-        std::free(target->val.str);
-        std::free(target);
         Switch(1);
         LPXLOPER12 const previous = std::exchange(last, result);
-        void* const previousHandle = std::exchange(lastHandle, handle);
         if (previous != nullptr) Release(previous);
-        std::free(previousHandle);
-        for (void* each : handles) std::free(each);
         return result;
     }
 
-    ~Plain() {
-        std::free(last);
-        std::free(lastHandle);
-    }
+    ~Plain() { std::free(last); }
 };
 
 // A one-cell call is 18 entries into the host: six calls, each between its two brackets.
@@ -140,9 +119,9 @@ void CallPlain(benchmark::State& state) {
     Arguments arguments(Rows);
     auto* const a = arguments.records;
     Plain plain;
-    for (auto _ : state) {
+    bench::Measure(state, [&] {
         benchmark::DoNotOptimize(plain.NetOutputPrediction(&a[0], &a[1], &a[2], &a[3], &a[4]));
-    }
+    });
 }
 
 template <RW Rows>
@@ -151,7 +130,9 @@ void CallOurs(benchmark::State& state) {
     auto* const a = arguments.records;
     Excel12EntryPoint = host;
     xlAutoOpen();
-    for (auto _ : state) benchmark::DoNotOptimize(NetOutputPrediction(&a[0], &a[1], &a[2], &a[3], &a[4]));
+    const bench::Least least{2, 0, "the result's record and its handle, which outlives the record"};
+    bench::Measure(state, least,
+                   [&] { benchmark::DoNotOptimize(NetOutputPrediction(&a[0], &a[1], &a[2], &a[3], &a[4])); });
     xlAutoClose();
 }
 
@@ -162,12 +143,42 @@ BENCHMARK(HostAlone)->Name("worksheet call/host's own share");
 BENCHMARK(CallOurs<1000000>)->Name("worksheet call with 1,000,000 cells/ours");
 BENCHMARK(CallOurs<1>)->Name("worksheet call with 1,000,000 cells/with one cell");
 
+// One call of Excel's, and its result back to it.
+void CallExcelOurs(benchmark::State& state) {
+    Excel12EntryPoint = host;
+    const XXloperPtr operand = XXloperFromInt(1);
+    const bench::Least least{2, 0, "the result's record and its handle, which outlives the record"};
+    bench::Measure(state, least, [&] { benchmark::DoNotOptimize(CallExcel(xlUDF, operand)); });
+}
+void CallExcelPlain(benchmark::State& state) {
+    XLOPER12 operand{};
+    bench::Measure(state, [&] {
+        LPXLOPER12 operands[] = {&operand};
+        LPXLOPER12 const result = Plain::Call(xlUDF, 1, operands);
+        benchmark::DoNotOptimize(result);
+        Plain::Release(result);
+    });
+}
+// The same in a counted handle of the standard library, as one would write it in C++.
+void CallExcelShared(benchmark::State& state) {
+    XLOPER12 operand{};
+    bench::Measure(state, [&] {
+        LPXLOPER12 operands[] = {&operand};
+        const std::shared_ptr<XLOPER12> result(Plain::Call(xlUDF, 1, operands), &Plain::Release);
+        benchmark::DoNotOptimize(result);
+    });
+}
+BENCHMARK(CallExcelOurs)->Name("CallExcel and release/ours");
+BENCHMARK(CallExcelPlain)->Name("CallExcel and release/plain C");
+BENCHMARK(CallExcelShared)->Name("CallExcel and release/std::shared_ptr");
+
 void StoreOurs(benchmark::State& state) {
     Excel12EntryPoint = host;
     xlAutoOpen();
     const XXloperPtr values[] = {XXloperFromInt(1), XXloperFromInt(2)};
     std::size_t i = 0;
-    for (auto _ : state) benchmark::DoNotOptimize(StoreThreadResult(values[++i % 2]));
+    bench::Measure(state, bench::Least{},
+                   [&] { benchmark::DoNotOptimize(StoreThreadResult(values[++i % 2])); });
     xlAutoClose();
 }
 // The floor: a shared pointer exchanged in a thread's variable.

@@ -1,1 +1,1 @@
-kestrolumen_bench(objectmodel USES objectmodel excelhost_automation)
+kestrolumen_bench(objectmodel USES objectmodel excelhost_automation COUNTS_HEAP)

@@ -1,1 +1,1 @@
-kestrolumen_bench(values USES excelvalues)
+kestrolumen_bench(values USES excelvalues COUNTS_HEAP)

@@ -1,12 +1,12 @@
 // Values: copies of arrays beside a copy of their bytes, arrays of doubles and strings beside blocks filled
 // by hand.
+#include "support/operation.h"
+
 #include "excelvalues/xxloper.h"
 
-#include <benchmark/benchmark.h>
-
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <memory>
 #include <string>
 #include <vector>
@@ -101,16 +101,12 @@ BENCHMARK(CopyMixedByHand)
 // Makers of arrays, the making alone: what is made goes untimed.
 template <typename Make>
 void Making(benchmark::State& state, Make make) {
-    const auto now = [] {
-        timespec time{};
-        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-    };
     for (auto _ : state) {
-        const double start = now();
         auto made = make();
         benchmark::DoNotOptimize(made.get());
-        state.SetIterationTime(now() - start);
+        state.PauseTiming();
+        made.reset();
+        state.ResumeTiming();
     }
 }
 
@@ -138,9 +134,9 @@ void RegisterMakers() {
     static const std::vector<std::vector<double>> flat(1, std::vector<double>(std::size_t{Side} * Side, 1.5));
     static const std::vector<std::vector<double>> matrix(Side, std::vector<double>(Side, 1.5));
     const auto add = [](const char* name, auto make) {
-        benchmark::RegisterBenchmark(name, [make](benchmark::State& state) { Making(state, make); })
-            ->UseManualTime()
-            ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark(name, [make](benchmark::State& state) {
+            Making(state, make);
+        })->Unit(benchmark::kMillisecond);
     };
     add("XXloperFromDoubles 1000x1000/ours", [] { return XXloperFromDoubles(Side, Side, flat[0]); });
     add("XXloperFromDoubles 1000x1000/loop", [] { return FilledByHand(flat); });
@@ -149,52 +145,94 @@ void RegisterMakers() {
     add("XXloperFromRectangularMatrix 1000x1000/loop", [] { return FilledByHand(matrix); });
 }
 
-// A record and its text in two blocks, the length counted and the units copied, widened if need be.
-template <typename Unit, std::size_t Length>
-void StringByHand(benchmark::State& state) {
-    const std::basic_string<Unit> text(Length, Unit('x'));
-    for (auto _ : state) {
-        auto* const record = static_cast<XLOPER12*>(std::malloc(sizeof(XLOPER12)));
-        const Unit* const source = text.c_str();
-        std::size_t length = 0;
-        while (source[length] != 0) ++length;
-        auto* const block = static_cast<XCHAR*>(std::malloc((length + 1) * sizeof(XCHAR)));
-        block[0] = static_cast<XCHAR>(length);
-        for (std::size_t i = 0; i < length; ++i) block[i + 1] = static_cast<XCHAR>(source[i]);
-        record->xltype = xltypeStr;
-        record->val.str = block;
-        benchmark::DoNotOptimize(record);
-        std::free(block);
-        std::free(record);
-    }
-}
-template <typename Unit, std::size_t Length>
-void StringOurs(benchmark::State& state) {
-    const std::basic_string<Unit> text(Length, Unit('x'));
-    for (auto _ : state) benchmark::DoNotOptimize(XXloperFromString(text.c_str()));
-}
-BENCHMARK(StringOurs<WCHAR, 39>)->Name("string of 39 units/ours");
-BENCHMARK(StringByHand<WCHAR, 39>)->Name("string of 39 units/by hand");
-BENCHMARK(StringOurs<WCHAR, 32767>)->Name("string of 32767 units/ours");
-BENCHMARK(StringByHand<WCHAR, 32767>)->Name("string of 32767 units/by hand");
-BENCHMARK(StringOurs<char, 39>)->Name("string of 39 narrow units/ours");
-BENCHMARK(StringByHand<char, 39>)->Name("string of 39 narrow units/by hand");
+// ---- Values one at a time, beside a counted record of the standard library's -------------------------------
 
-void NumberOurs(benchmark::State& state) {
-    for (auto _ : state) benchmark::DoNotOptimize(XXloperFromDouble(1.5));
-}
-void NumberByHand(benchmark::State& state) {
-    for (auto _ : state) {
-        auto* const record = static_cast<XLOPER12*>(std::malloc(sizeof(XLOPER12)));
-        record->xltype = xltypeNum;
-        record->val.num = 1.5;
-        benchmark::DoNotOptimize(record);
-        std::free(record);
+struct Record : XLOPER12 {
+    explicit Record(DWORD type) : XLOPER12{} { xltype = type; }
+    ~Record() {
+        if (xltype == xltypeStr) std::free(val.str);
     }
-}
-BENCHMARK(NumberOurs)->Name("number/ours");
-BENCHMARK(NumberByHand)->Name("number/by hand");
+    Record(const Record&) = delete;
+    Record& operator=(const Record&) = delete;
 
-const bool registered = (RegisterMakers(), true);
+    XCHAR* TakeString(std::size_t length) {
+        val.str = static_cast<XCHAR*>(std::malloc((length + 1) * sizeof(XCHAR)));
+        val.str[0] = static_cast<XCHAR>(length);
+        return val.str + 1;
+    }
+};
+
+void StringByHand(const WCHAR* text) {
+    const auto record = std::make_shared<Record>(xltypeStr);
+    const std::size_t length = std::min(std::char_traits<WCHAR>::length(text), std::size_t{32767});
+    std::memcpy(record->TakeString(length), text, length * sizeof(XCHAR));
+    benchmark::DoNotOptimize(record);
+}
+
+void NarrowStringByHand(const char* text) {
+    const auto record = std::make_shared<Record>(xltypeStr);
+    const int length = static_cast<int>(std::strlen(text));
+    const int units = MultiByteToWideChar(CP_ACP, 0, text, length, nullptr, 0);
+    MultiByteToWideChar(CP_ACP, 0, text, length, record->TakeString(static_cast<std::size_t>(units)), units);
+    benchmark::DoNotOptimize(record);
+}
+
+void NumberByHand() {
+    const auto record = std::make_shared<Record>(xltypeNum);
+    record->val.num = 1.5;
+    benchmark::DoNotOptimize(record);
+}
+
+void RegisterPlainMakers() {
+    using bench::Compare;
+    using benchmark::DoNotOptimize;
+    static const StdWString shortText(39, 'x'), longText(32767, 'x');
+    static const std::string narrowText(39, 'x');
+    static double number = 1.5;
+    static VARIANT variant = [] {
+        VARIANT v{};
+        v.vt = VT_R8;
+        v.dblVal = 1.5;
+        return v;
+    }();
+    static const XXloperPtr string = XXloperFromString(shortText);
+    Compare(
+        "XXloperFromDouble", {1}, [] { DoNotOptimize(XXloperFromDouble(number)); }, "std::make_shared",
+        NumberByHand);
+    Compare(
+        "XXloperFromInt", {1}, [] { DoNotOptimize(XXloperFromInt(static_cast<int>(number))); },
+        "std::make_shared",
+        [] {
+            const auto record = std::make_shared<Record>(xltypeInt);
+            record->val.w = static_cast<int>(number);
+            DoNotOptimize(record);
+        });
+    Compare(
+        "XXloperFromVariant, a double", {1}, [] { DoNotOptimize(XXloperFromVariant(variant)); },
+        "std::make_shared", NumberByHand);
+    Compare(
+        "XXloperFromString, 39 units", {2}, [] { DoNotOptimize(XXloperFromString(shortText.c_str())); },
+        "std::make_shared", [] { StringByHand(shortText.c_str()); });
+    Compare(
+        "XXloperFromString, 32767 units", {2}, [] { DoNotOptimize(XXloperFromString(longText.c_str())); },
+        "std::make_shared", [] { StringByHand(longText.c_str()); });
+    Compare(
+        "XXloperFromString, 39 narrow units", {2},
+        [] { DoNotOptimize(XXloperFromString(narrowText.c_str())); }, "MultiByteToWideChar",
+        [] { NarrowStringByHand(narrowText.c_str()); });
+    Compare(
+        "XXloperCopy, a string", {2}, [] { DoNotOptimize(XXloperCopy(*string)); }, "std::make_shared",
+        [] {
+            const auto record = std::make_shared<Record>(xltypeStr);
+            const auto length = static_cast<std::size_t>(string->val.str[0]);
+            std::memcpy(record->TakeString(length), string->val.str + 1, length * sizeof(XCHAR));
+            DoNotOptimize(record);
+        });
+    Compare(
+        "XXloper::ToCStringW", {1}, [] { DoNotOptimize(string->ToCStringW()); }, "std::basic_string",
+        [] { DoNotOptimize(StdWString(string->val.str + 1, static_cast<std::size_t>(string->val.str[0]))); });
+}
+
+const bool registered = (RegisterMakers(), RegisterPlainMakers(), true);
 
 }  // namespace

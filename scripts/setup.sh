@@ -20,7 +20,8 @@ native32=(g++-multilib)
 mingw=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix
   g++-mingw-w64-i686-win32 g++-mingw-w64-x86-64-win32)
 wine=(wine wine32:i386 wine64)
-bench=(libbenchmark-dev libicu-dev libfmt-dev libeigen3-dev zlib1g-dev liblzma-dev)
+# matplotlib draws the charts of docs/performance.md.
+bench=(libbenchmark-dev libicu-dev libfmt-dev libeigen3-dev zlib1g-dev liblzma-dev python3-matplotlib)
 
 case "$what" in
   native)  packages=("${native[@]}"); want_wine= ;;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <utility>
 
 namespace {
 
@@ -88,27 +89,39 @@ CStringT<Unit> Abbreviated(const CStringT<Unit>& text, std::uint32_t head, std::
     const auto first = static_cast<int>(head);
     const auto last = static_cast<int>(tail);
     CStringT<Unit> abbreviated;
-    abbreviated.Preallocate(first + last + static_cast<int>(std::size(dots)));
-    abbreviated.Append(text.GetString(), first);
-    abbreviated.Append(dots, static_cast<int>(std::size(dots)));
-    abbreviated.Append(text.GetString() + text.GetLength() - last, last);
+    Unit* at = abbreviated.GetBufferSetLength(first + static_cast<int>(std::size(dots)) + last);
+    at = std::copy_n(text.GetString(), first, at);
+    at = std::copy(std::begin(dots), std::end(dots), at);
+    std::copy_n(text.GetString() + text.GetLength() - last, last, at);
     return abbreviated;
+}
+
+// The runs of units that are no delimiters, each by its place and length.
+template <typename Take>
+void ForEachRun(const CStringW& text, const UnitSet<WCHAR>& delimiters, Take take) {
+    const WCHAR* const end = text.GetString() + text.GetLength();
+    for (const WCHAR* at = text.GetString();;) {
+        while (at != end && delimiters.Holds(*at)) ++at;
+        if (at == end) return;
+        const WCHAR* const begin = at;
+        at = delimiters.FindIn(begin, end);
+        take(begin, static_cast<int>(at - begin));
+    }
 }
 
 }  // namespace
 
 std::vector<CStringW> SplitCStringW(const CStringW& text, const CStringW& delimiters, bool trim) {
     const UnitSet<WCHAR> set(delimiters.GetString());
-    const WCHAR* const end = text.GetString() + text.GetLength();
+    std::size_t count = 0;
+    ForEachRun(text, set, [&count](const WCHAR*, int) { ++count; });
     std::vector<CStringW> tokens;
-    for (const WCHAR* at = text.GetString();;) {
-        while (at != end && set.Holds(*at)) ++at;
-        if (at == end) return tokens;
-        const WCHAR* const begin = at;
-        at = set.FindIn(begin, end);
-        CStringW token(begin, static_cast<int>(at - begin));
+    tokens.reserve(count);
+    ForEachRun(text, set, [&](const WCHAR* begin, int length) {
+        CStringW token(begin, length);
         if (!trim || !token.Trim().IsEmpty()) tokens.push_back(std::move(token));
-    }
+    });
+    return tokens;
 }
 
 CStringW TokenizeQuotedW(const CStringW& text, const CStringW& delimiters, int& position) {

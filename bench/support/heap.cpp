@@ -10,9 +10,11 @@ namespace {
 
 std::atomic<std::size_t> live = 0;
 std::atomic<std::size_t> peak = 0;
+std::atomic<std::size_t> calls = 0;
 
 void* Counted(void* block) noexcept {
-    const std::size_t now = live += malloc_usable_size(block);
+    calls.fetch_add(1, std::memory_order_relaxed);
+    const std::size_t now = live += BENCH_BLOCK_SIZE(block);
     if (now > peak) peak = now;
     return block;
 }
@@ -20,6 +22,10 @@ void* Counted(void* block) noexcept {
 }  // namespace
 
 namespace bench {
+
+std::size_t HeapCalls() noexcept {
+    return calls;
+}
 
 std::size_t LiveBytes() noexcept {
     return live;
@@ -53,11 +59,12 @@ void* __wrap_calloc(std::size_t count, std::size_t size) {
     return Counted(__real_calloc(count, size));
 }
 void* __wrap_realloc(void* block, std::size_t size) {
-    live -= malloc_usable_size(block);
+    if (block != nullptr) live -= BENCH_BLOCK_SIZE(block);
     return Counted(__real_realloc(block, size));
 }
 void __wrap_free(void* block) {
-    live -= malloc_usable_size(block);
+    if (block == nullptr) return;
+    live -= BENCH_BLOCK_SIZE(block);
     __real_free(block);
 }
 }

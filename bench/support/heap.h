@@ -1,10 +1,14 @@
-// How much of the heap a benchmark's program has in use. Counted are malloc and its kin in all that is linked
-// into the program, and operator new.
+// How often a benchmark's program asks for memory, and how much it has in use. Counted are malloc and its kin in
+// all that is linked into the program, and operator new. Automation's own blocks, of BSTRs and arrays, count
+// where the stand-in makes them and not on Windows, where they are of another heap.
 #pragma once
 
 #include <cstddef>
 
 namespace bench {
+
+// Blocks that were asked for since the program began.
+[[nodiscard]] std::size_t HeapCalls() noexcept;
 
 // Bytes in blocks that are alive now.
 [[nodiscard]] std::size_t LiveBytes() noexcept;

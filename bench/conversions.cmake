@@ -1,0 +1,1 @@
+kestrolumen_bench(conversions USES automation COUNTS_HEAP)

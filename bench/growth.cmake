@@ -1,0 +1,1 @@
+kestrolumen_bench(growth USES addin excelhost excelhost_automation)
