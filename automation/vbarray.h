@@ -72,7 +72,7 @@ struct VbArrayLock {
     SAFEARRAY* array;
     void* data;
 
-    explicit VbArrayLock(SAFEARRAY* locked) noexcept;
+    [[nodiscard]] explicit VbArrayLock(SAFEARRAY* locked) noexcept;
     ~VbArrayLock();
     VbArrayLock(const VbArrayLock&) = delete;
     VbArrayLock& operator=(const VbArrayLock&) = delete;

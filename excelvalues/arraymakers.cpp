@@ -179,6 +179,10 @@ XXloperPtr XXloperFromDoubles(RW rows, std::int16_t columns, const std::vector<d
     return ArrayOfValues(ShapeOf(rows, columns), values);
 }
 
+XXloperPtr XXloperFromDoubles(RW rows, std::int16_t columns, std::initializer_list<double> values) {
+    return ArrayOfValues(ShapeOf(rows, columns), std::span(values.begin(), values.size()));
+}
+
 XXloperPtr XXloperFromDoubles(RW rows, std::int16_t columns,
                               std::shared_ptr<const std::vector<double>> values) {
     const auto held = std::move(values);

@@ -15,6 +15,7 @@
 #include "automation/vbmatrix.h"
 #include "excelvalues/value.h"
 
+#include <initializer_list>
 #include <vector>
 
 // Copies of rows * columns cells, which stand in row order; more are left out. Fewer, or an empty pointer
@@ -28,6 +29,8 @@
 
 // Values in row order. Those beyond rows * columns are left out, cells without one are #N/A.
 [[nodiscard]] XXloperPtr XXloperFromDoubles(RW rows, std::int16_t columns, const std::vector<double>& values);
+[[nodiscard]] XXloperPtr XXloperFromDoubles(RW rows, std::int16_t columns,
+                                            std::initializer_list<double> values);
 
 // The same from a shared vector, whose handle is released when done; but fewer values than cells raise
 // std::invalid_argument.

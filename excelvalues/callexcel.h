@@ -14,6 +14,7 @@
 
 #include <concepts>
 #include <cstddef>
+#include <type_traits>
 
 // Excel's callback; null until the add-in's attach has found it, constant afterwards. While it is null every
 // call fails with xlretFailed, so that a worksheet function shows #VALUE! in a process without Excel.
@@ -101,3 +102,10 @@ inline XXloperPtr CallExcel(int functionNumber, const XXloper* first, const XXlo
     LPXLOPER12 pointers[] = {kestrolumen::detail::Operand(first), kestrolumen::detail::Operand(second)};
     return CallExcelWithOperands(functionNumber, 2, pointers);
 }
+
+// What leads to no value (nullptr) or is none yet (a number) doesn't compile: Excel reads through each
+// operand.
+template <class... Operands>
+requires((!std::same_as<Operands, XXloperPtr> && !std::is_pointer_v<std::decay_t<Operands>>) ||
+         ...) XXloperPtr CallExcel(int functionNumber, const Operands&... operands)
+= delete;

@@ -80,6 +80,10 @@ XXloperPtr XXloperFromString(const std::string& text) {
     return XXloperFromString(text.c_str());
 }
 
+XXloperPtr XXloperFromString(std::nullptr_t) {
+    return XXloperFromString(static_cast<const WCHAR*>(nullptr));
+}
+
 XXloperPtr XXloperFromBool(BYTE truth) {
     auto value = kestrolumen::detail::NewValue();
     value->xltype = xltypeBool;

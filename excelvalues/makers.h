@@ -17,6 +17,7 @@
 [[nodiscard]] XXloperPtr XXloperFromString(const char* text);
 [[nodiscard]] XXloperPtr XXloperFromString(const StdWString& text);
 [[nodiscard]] XXloperPtr XXloperFromString(const std::string& text);
+[[nodiscard]] XXloperPtr XXloperFromString(std::nullptr_t);
 
 // xltypeBool with `value` as it stands, be it 0, 1 or more.
 [[nodiscard]] XXloperPtr XXloperFromBool(BYTE value);

@@ -53,7 +53,8 @@ class MsExcel::Application {
     virtual void PutCalculation(LONG calculation) = 0;
 
     // Runs a macro, by its name or its register number, with up to 30 arguments. Those left out at the end
-    // aren't sent. The caller keeps all arguments and owns the result.
+    // aren't sent. The caller lends all arguments and owns the result; temporaries are cleared after the
+    // call.
     [[nodiscard]] virtual VARIANT Run(
         const VARIANT& macro, const VARIANT& argument1 = MissingArgument,
         const VARIANT& argument2 = MissingArgument, const VARIANT& argument3 = MissingArgument,
@@ -71,6 +72,11 @@ class MsExcel::Application {
         const VARIANT& argument26 = MissingArgument, const VARIANT& argument27 = MissingArgument,
         const VARIANT& argument28 = MissingArgument, const VARIANT& argument29 = MissingArgument,
         const VARIANT& argument30 = MissingArgument) = 0;
+    template <class... Arguments>
+    requires detail::HandsOver<Arguments...>
+    [[nodiscard]] VARIANT Run(Arguments&&... arguments) {
+        return Run(detail::ForTheCall(std::forward<Arguments>(arguments))...);
+    }
 
     virtual std::shared_ptr<Range> Union(std::shared_ptr<Range> first, std::shared_ptr<Range> second) = 0;
     virtual std::shared_ptr<AddIns> GetAddIns() const = 0;
@@ -87,8 +93,8 @@ class MsExcel::Application {
     virtual void PutDisplayFormulaBar(bool display) = 0;
     virtual bool GetScreenUpdating() const = 0;
     virtual void PutScreenUpdating(bool update) = 0;
-    // The status bar's text, or VT_BOOL false while the bar is Excel's own. The VARIANT put is taken and
-    // cleared, also when the call fails; the caller owns the one it gets.
+    // The status bar's text, or VT_BOOL false while the bar is Excel's own. The caller gives away
+    // the VARIANT it puts, which is cleared, also when the call fails, and owns the one it gets.
     virtual void PutStatusBar(VARIANT text) = 0;
     [[nodiscard]] virtual VARIANT GetStatusBar() const = 0;
     virtual std::shared_ptr<MultiThreadedCalculationClass> GetMultiThreadedCalculation() const = 0;
@@ -104,8 +110,8 @@ class MsExcel::Application {
     virtual LONG GetBuild() const = 0;
     // Loads an XLL and registers its functions; true when that worked.
     virtual bool RegisterXLL(const CStringW& fileName) = 0;
-    // A formula in another reference style. MissingArgument may stand for the last three. All VARIANTs are
-    // taken and cleared, also when the call fails; the caller owns the result.
+    // A formula in another reference style. MissingArgument may stand for the last three. The caller gives
+    // away all VARIANTs, which are cleared, also when the call fails, and owns the result.
     [[nodiscard]] virtual VARIANT ConvertFormula(VARIANT formula, LONG fromReferenceStyle,
                                                  VARIANT toReferenceStyle, VARIANT toAbsolute,
                                                  VARIANT relativeTo) = 0;

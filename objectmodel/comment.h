@@ -11,8 +11,8 @@ class MsExcel::Comment {
     virtual bool IsNull() const noexcept = 0;
     virtual void Delete() = 0;
     // Writes `text` over the comment or into it from the unit `start` on, from 1, and gives the text that the
-    // comment then has. MissingArgument may stand for each VARIANT; they are taken and cleared, also when the
-    // call fails.
+    // comment then has. MissingArgument may stand for each VARIANT; the caller gives them away, and they are
+    // cleared, also when the call fails.
     virtual CStringW Text(VARIANT text, VARIANT start, VARIANT overwrite) = 0;
     virtual bool GetVisible() const = 0;
     virtual void PutVisible(bool visible) = 0;

@@ -20,16 +20,21 @@ class ArgumentEncoder {
   private:
     using Kind = DispatchArgument::Kind;
 
-    [[nodiscard]] static bool KindOf(VARTYPE type, Kind& kind) noexcept;
+    [[nodiscard]] static bool Takes(VARTYPE type, Kind kind) noexcept;
     static void EncodeWhole(VARTYPE type, std::int64_t whole, VARIANT& variant) noexcept;
     static HRESULT EncodePointer(VARTYPE type, const void* pointer, VARIANT& variant) noexcept;
 };
 
-bool ArgumentEncoder::KindOf(VARTYPE type, Kind& kind) noexcept {
-    if (type & (VT_BYREF | VT_ARRAY)) {
-        kind = Kind::Pointer;
-        return true;
+// Whether an argument of that kind fits a parameter of that type; false for a type that has no rule.
+bool ArgumentEncoder::Takes(VARTYPE type, Kind kind) noexcept {
+    const bool isNull = kind == Kind::Null;
+    if (type & VT_BYREF) {
+        const Kind wanted = type == (VT_BYREF | VT_VARIANT)   ? Kind::Variant
+                            : type == (VT_BYREF | VT_DECIMAL) ? Kind::Decimal
+                                                              : Kind::Variable;
+        return kind == wanted || isNull;
     }
+    if (type & VT_ARRAY) return kind == Kind::Array || isNull;
     switch (type) {
         case VT_I1:
         case VT_UI1:
@@ -44,20 +49,21 @@ bool ArgumentEncoder::KindOf(VARTYPE type, Kind& kind) noexcept {
         case VT_CY:
         case VT_ERROR:
         case VT_BOOL:
-            kind = Kind::Whole;
-            return true;
+            return kind == Kind::Whole;
         case VT_R4:
         case VT_R8:
         case VT_DATE:
-            kind = Kind::Floating;
-            return true;
+            return kind == Kind::Floating;
         case VT_BSTR:
+            return kind == Kind::Text || isNull;
         case VT_DISPATCH:
+            return kind == Kind::Dispatch || isNull;
         case VT_UNKNOWN:
+            return kind == Kind::Unknown || kind == Kind::Dispatch || isNull;
         case VT_DECIMAL:
+            return kind == Kind::Decimal || isNull;
         case VT_VARIANT:
-            kind = Kind::Pointer;
-            return true;
+            return kind == Kind::Variant || isNull;
         default:
             return false;
     }
@@ -102,21 +108,19 @@ HRESULT ArgumentEncoder::EncodePointer(VARTYPE type, const void* pointer, VARIAN
 }
 
 HRESULT ArgumentEncoder::Encode(VARTYPE type, const DispatchArgument& argument, VARIANT& variant) noexcept {
-    Kind kind{};
-    if (!KindOf(type, kind) || kind != argument.kind) return E_INVALIDARG;
+    if (!Takes(type, argument.kind)) return E_INVALIDARG;
     variant.vt = type;
-    switch (kind) {
+    switch (argument.kind) {
         case Kind::Whole:
             EncodeWhole(type, argument.whole, variant);
-            break;
+            return S_OK;
         case Kind::Floating:
             variant.vt = type == VT_R4 ? VARTYPE{VT_R8} : type;
             variant.dblVal = argument.floating;
-            break;
-        case Kind::Pointer:
+            return S_OK;
+        default:
             return EncodePointer(type, argument.pointer, variant);
     }
-    return S_OK;
 }
 
 namespace {

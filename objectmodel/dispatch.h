@@ -9,27 +9,54 @@
 #include <concepts>
 #include <cstdint>
 #include <span>
+#include <type_traits>
 
 #include "objectmodel/types.h"
 
-// One argument of DispatchInvoke as the caller gives it: a whole number, a floating-point number or a
-// pointer. Its parameter type decides what goes to Invoke. Nothing is owned.
+// What the variable of a VT_BYREF parameter may be, besides a VARIANT or a DECIMAL.
+template <class Variable>
+concept DispatchVariable =
+    (std::is_arithmetic_v<Variable> && !std::is_const_v<Variable>) || std::same_as<Variable, CY> ||
+    std::same_as<Variable, BSTR> || std::same_as<Variable, IDispatch*> || std::same_as<Variable, IUnknown*> ||
+    std::same_as<Variable, SAFEARRAY*>;
+
+// One argument of DispatchInvoke as the caller gives it: a number or a pointer of a kind that a parameter can
+// have. Its parameter type decides what goes to Invoke. Nothing is owned. Texts that are no BSTR (literals,
+// CStringW) and pointers to anything else don't compile; a writable WCHAR* counts as the BSTR it should be.
 class DispatchArgument {
   public:
     DispatchArgument() noexcept = default;
     DispatchArgument(std::integral auto value) noexcept
         : kind(Kind::Whole), whole(static_cast<std::int64_t>(value)) {}
-    DispatchArgument(std::floating_point auto value) noexcept : kind(Kind::Floating), floating(value) {}
+    DispatchArgument(std::floating_point auto value) noexcept
+        : kind(Kind::Floating), floating(static_cast<double>(value)) {}
     DispatchArgument(CY value) noexcept : kind(Kind::Whole), whole(value.int64) {}
-    DispatchArgument(IDispatch* value) noexcept : kind(Kind::Pointer), pointer(value) {}
-    DispatchArgument(IUnknown* value) noexcept : kind(Kind::Pointer), pointer(value) {}
-    // A BSTR, or a pointer to a VARIANT, a SAFEARRAY, a DECIMAL or the variable of a VT_BYREF type.
-    DispatchArgument(const void* value) noexcept : kind(Kind::Pointer), pointer(value) {}
-    DispatchArgument(std::nullptr_t) noexcept : kind(Kind::Pointer) {}
+    DispatchArgument(BSTR value) noexcept : kind(Kind::Text), pointer(value) {}
+    DispatchArgument(IDispatch* value) noexcept : kind(Kind::Dispatch), pointer(value) {}
+    DispatchArgument(IUnknown* value) noexcept : kind(Kind::Unknown), pointer(value) {}
+    DispatchArgument(const VARIANT* value) noexcept : kind(Kind::Variant), pointer(value) {}
+    DispatchArgument(const DECIMAL* value) noexcept : kind(Kind::Decimal), pointer(value) {}
+    DispatchArgument(const SAFEARRAY* value) noexcept : kind(Kind::Array), pointer(value) {}
+    // The variable of a VT_BYREF type.
+    template <DispatchVariable Variable>
+    DispatchArgument(Variable* value) noexcept : kind(Kind::Variable), pointer(value) {}
+    // No pointer, for a parameter of any pointer type.
+    DispatchArgument(std::nullptr_t) noexcept : kind(Kind::Null), pointer(nullptr) {}
 
   private:
     friend class ArgumentEncoder;
-    enum class Kind : std::uint8_t { Whole, Floating, Pointer };
+    enum class Kind : std::uint8_t {
+        Whole,
+        Floating,
+        Text,
+        Dispatch,
+        Unknown,
+        Variant,
+        Decimal,
+        Array,
+        Variable,
+        Null,
+    };
 
     Kind kind = Kind::Whole;
     union {
@@ -44,7 +71,7 @@ class DispatchArgument {
 //
 //   E_POINTER     `dispatch` is null, or a VARIANT was passed by a null pointer
 //   E_INVALIDARG  a put without parameters, a parameter type with no rule, an argument that isn't of its
-//                 type's kind, as many arguments as there are not parameters, a result type with no rule
+//                 type's kind, more or fewer arguments than parameters, a result type with no rule
 //   Invoke's own; where it is DISP_E_EXCEPTION, the one that the EXCEPINFO tells: `scode` where `wCode` is 0
 //                 (DISP_E_EXCEPTION itself if that is no failure), 0x80040200 + `wCode` for a `wCode` under
 //                 0xFE00, else 0x8004FFFF. The _com_error carries an error object with the EXCEPINFO's
@@ -65,15 +92,18 @@ class DispatchArgument {
 //   VT_I1 to VT_UI8, VT_INT, VT_UINT, VT_ERROR, VT_CY   a whole number (or a CY)
 //   VT_BOOL             a whole number; all but 0 goes out as VARIANT_TRUE
 //   VT_R4, VT_R8, VT_DATE   a floating-point number; a VT_R4 goes out as VT_R8
-//   VT_BSTR, VT_DISPATCH, VT_UNKNOWN, VT_ARRAY types    the pointer itself
+//   VT_BSTR             a BSTR, null included
+//   VT_DISPATCH         an IDispatch*; VT_UNKNOWN any interface; null included
+//   VT_ARRAY + any      a SAFEARRAY*, null included
 //   VT_DECIMAL          a pointer to a DECIMAL
 //   VT_VARIANT          a pointer to a VARIANT, whose bits go out with their own type
 //   0x0800 + VT_VARIANT an optional VARIANT: dropped when it is a missing argument (VT_ERROR with
 //                       DISP_E_PARAMNOTFOUND) and nothing but dropped ones follows it
 //   VT_BYREF + any      a pointer to the variable
 template <class... Arguments>
-HRESULT DispatchInvoke(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE resultType, void* result,
-                       const WCHAR* parameterTypes, const Arguments&... arguments);
+requires(std::constructible_from<DispatchArgument, const Arguments&>&&...) HRESULT
+    DispatchInvoke(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE resultType, void* result,
+                   const WCHAR* parameterTypes, const Arguments&... arguments);
 
 // The same without arguments.
 HRESULT DispatchInvoke(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE resultType, void* result);
@@ -94,8 +124,9 @@ inline constexpr VARTYPE OptionalParameter = 0x0800;
 [[noreturn]] void IssueErrorEx(HRESULT hresult, IUnknown* object, REFIID iid);
 
 template <class... Arguments>
-HRESULT DispatchInvoke(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE resultType, void* result,
-                       const WCHAR* parameterTypes, const Arguments&... arguments) {
+requires(std::constructible_from<DispatchArgument, const Arguments&>&&...) HRESULT
+    DispatchInvoke(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE resultType, void* result,
+                   const WCHAR* parameterTypes, const Arguments&... arguments) {
     const std::array<DispatchArgument, sizeof...(arguments)> row{DispatchArgument(arguments)...};
     std::array<VARIANT, sizeof...(arguments)> room;
     return DispatchInvokeV(dispatch, dispid, flags, resultType, result, parameterTypes, row, room);

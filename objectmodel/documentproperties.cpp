@@ -24,7 +24,7 @@ class XDocumentProperties14 final : public DocumentProperties {
         const OwnedVariant index = VariantOf(name);
         if (!index->bstrVal) IssueError(E_OUTOFMEMORY);
         ComPtr<IDocumentProperty> property;
-        const HRESULT hresult = dispatch->get_Item(index.get(), 0, property.receive());
+        const HRESULT hresult = dispatch->get_Item(index.borrow(), 0, property.receive());
         if (FAILED(hresult)) IssueErrorEx(hresult, dispatch, IidDocumentProperties);
         return property;
     }

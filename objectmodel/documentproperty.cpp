@@ -19,9 +19,9 @@ class XDocumentProperty14 final : public DocumentProperty {
         return value.release();
     }
     void PutValue(VARIANT value) override {
-        const OwnedVariant taken = value;
+        const OwnedVariant taken = std::move(value);
         if (!dispatch) IssueError(E_POINTER);
-        Check(dispatch->put_Value(0, taken.get()));
+        Check(dispatch->put_Value(0, taken.borrow()));
     }
 
   private:

@@ -8,7 +8,7 @@ class MsExcel::DocumentProperty {
   public:
     virtual ~DocumentProperty() = default;
 
-    // The caller owns what it gets; the VARIANT put is taken and cleared, also when the call fails.
+    // The caller owns what it gets and gives away what it puts, which is cleared, also when the call fails.
     [[nodiscard]] virtual VARIANT GetValue() const = 0;
     virtual void PutValue(VARIANT value) = 0;
 };

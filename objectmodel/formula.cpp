@@ -65,7 +65,7 @@ VARIANT ReadFormula(const MsExcel::Range& range, const FormulaProperty& property
 void WriteFormula(MsExcel::Range& range, const FormulaProperty& property, OwnedVariant formula) {
     if (range.IsNull()) IssueError(E_POINTER);
     try {
-        putV(range.GetDispatch(), property.dispid, Variant(formula.get()));
+        putV(range.GetDispatch(), property.dispid, Variant(formula.borrow()));
     } catch (const _com_error& error) {
         RaiseRefusedWrite(range, property, formula, error.Error());
     }

@@ -11,18 +11,25 @@
 //
 // Ownership. Each object holds one COM reference for its life, and lives behind a std::shared_ptr. Where
 // Excel answers with no object, the pointer isn't empty: it leads to an object that holds null, and each
-// operation on that raises E_POINTER without a call to Excel. A VARIANT that an operation returns is the
-// caller's to clear; OwnedVariant does it. A VARIANT that an operation takes by value is taken and cleared,
-// whatever happens; one that it takes by reference stays the caller's.
+// operation on that raises E_POINTER without a call to Excel. Only Range::GetCurrentArray, Name::GetWorksheet
+// and Name::GetWorkbook give empty pointers; each says when. For a VARIANT the signature tells:
+//
+//     VARIANT as result     the caller's to clear: put it into an OwnedVariant (owned.h)
+//     VARIANT parameter     given away, and cleared whatever happens: owned.release(), or a fresh VARIANT
+//     const VARIANT&        lent, and stays the caller's: owned, or any variable; a temporary VARIANT, such
+//                           as VariantFromCStringW gives, is cleared after the call
+//
+// A variable that was given away must not be cleared or used again; an OwnedVariant sees to that.
 //
 // Texts. They pass whole, zero units included. Numbers of rows, columns and items count from 1.
 //
-// Failures. All operations raise _com_error: E_POINTER where the object holds null, else what Excel answered,
-// with Excel's own description where it gave one; E_OUTOFMEMORY where a text for Excel can't be allocated;
-// and the error of VariantChangeType (DISP_E_TYPEMISMATCH, DISP_E_OVERFLOW) where the answer isn't of the
-// expected kind. The formula and address operations of Range and Window::GetHwnd raise from the VexException
-// family too. Nothing is retried: a busy Excel is a failure like any other. A failed call leaves the object
-// as it was.
+// Failures. Unless an operation says otherwise it raises _com_error: E_POINTER where the object holds null,
+// else what Excel answered, with Excel's own description where it gave one; E_OUTOFMEMORY where a text for
+// Excel can't be allocated; and the error of VariantChangeType (DISP_E_TYPEMISMATCH, DISP_E_OVERFLOW) where
+// the answer isn't of the expected kind. An object, or a text for the caller, that can't be allocated raises
+// std::bad_alloc: an object before Excel is called, a text after it. The formula operations of Range,
+// GetAddress, GetCurrentArray and Window::GetHwnd raise from the VexException family too. Nothing is retried:
+// a busy Excel is a failure like any other. A failed call leaves the object as it was.
 //
 // Threads. An object may be used where its interface may: COM's apartment rules are the caller's. Shared
 // pointers may be copied and released on any thread that may release the interface.

@@ -11,8 +11,8 @@ class MsExcel::Name {
     virtual CStringW GetNameLocal() const = 0;
     virtual void PutNameLocal(const CStringW& name) = 0;
     // The formula that the name stands for, as a text that begins with "=": in English, in the user's
-    // language, and there in style R1C1. The VARIANT put is taken and cleared, also when the call fails; the
-    // caller owns those it gets.
+    // language, and there in style R1C1. The caller gives away the VARIANT it puts, which is cleared, also
+    // when the call fails, and owns those it gets.
     [[nodiscard]] virtual VARIANT GetRefersTo() const = 0;
     virtual void PutRefersTo(VARIANT formula) = 0;
     [[nodiscard]] virtual VARIANT GetRefersToLocal() const = 0;

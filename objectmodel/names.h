@@ -11,7 +11,7 @@ class MsExcel::Names {
     // By name or by position from 1.
     virtual std::shared_ptr<Name> GetItem(const CStringW& name) = 0;
     virtual std::shared_ptr<Name> GetItem(LONG index) = 0;
-    // Defines a name for a formula that begins with "=". `name` is taken and cleared, also when the call
-    // fails.
+    // Defines a name for a formula that begins with "=". The caller gives `name` away; it is cleared, also
+    // when the call fails.
     virtual std::shared_ptr<Name> Add(VARIANT name, const CStringW& refersTo) = 0;
 };

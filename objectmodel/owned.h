@@ -4,15 +4,25 @@
 #include <windows.h>
 #include <oleauto.h>
 
+#include <concepts>
 #include <utility>
 
-// A VARIANT and all that it holds, cleared once. It takes over what it is made from:
+// A VARIANT and all that it holds, cleared once. It takes over what it is made from, lends itself wherever a
+// `const VARIANT&` is wanted, and gives itself away only when it is told to:
 //
-//     OwnedVariant formula = range->GetFormula2();
+//     OwnedVariant formula = source->GetFormula2();        // takes over
+//     target->PutValue2(formula);                          // lends: the operation takes a reference
+//     target->PutFormula2(formula.release());              // gives away: the operation takes a value
+//     target->PutFormula2(OwnedVariant::CopyOf(cached).release());  // gives away a copy
+//
+// Two owners of one VARIANT don't compile: neither an OwnedVariant of a VARIANT that keeps its owner, nor a
+// VARIANT by value of an OwnedVariant.
 class OwnedVariant {
   public:
     OwnedVariant() noexcept { VariantInit(&value); }
-    OwnedVariant(const VARIANT& taken) noexcept : value(taken) {}
+    // What a call has returned, or a variable that is given away and empty from then on.
+    OwnedVariant(VARIANT&& taken) noexcept : value(taken) { VariantInit(&taken); }
+    OwnedVariant(const VARIANT&) = delete;
     OwnedVariant(OwnedVariant&& other) noexcept : value(other.release()) {}
     OwnedVariant& operator=(OwnedVariant other) noexcept {
         std::swap(value, other.value);
@@ -20,7 +30,13 @@ class OwnedVariant {
     }
     ~OwnedVariant() { VariantClear(&value); }
 
-    [[nodiscard]] const VARIANT& get() const noexcept { return value; }
+    // A copy with texts, arrays and references of its own (VariantCopy). Raises _com_error.
+    [[nodiscard]] static OwnedVariant CopyOf(const VARIANT& original);
+
+    // The VARIANT, which stays the owner's: it is neither to be cleared nor to be passed where it is taken.
+    [[nodiscard]] const VARIANT& borrow() const noexcept { return value; }
+    operator const VARIANT&() const noexcept { return value; }
+    operator VARIANT() const = delete;
     const VARIANT* operator->() const noexcept { return &value; }
 
     // Gives the VARIANT to the caller and is empty from then on.
@@ -39,6 +55,24 @@ class OwnedVariant {
   private:
     VARIANT value;
 };
+
+namespace detail {
+
+// Whether one of an operation's arguments is a VARIANT that nobody else will clear: what a call has returned,
+// or a variable that is moved.
+template <class... Arguments>
+concept HandsOver = (std::same_as<Arguments, VARIANT> || ...);
+
+// Such a VARIANT with an owner for the length of the call; any other argument as it is.
+[[nodiscard]] inline OwnedVariant ForTheCall(VARIANT&& taken) noexcept {
+    return std::move(taken);
+}
+template <class Argument>
+[[nodiscard]] Argument&& ForTheCall(Argument&& argument) noexcept {
+    return std::forward<Argument>(argument);
+}
+
+}  // namespace detail
 
 // A BSTR, freed once; null is empty text.
 class OwnedBstr {

@@ -58,13 +58,13 @@ class XRange14 final : public Range {
         }
     }
     void PutFormula2(VARIANT formula) override {
-        HasFormula2() ? WriteFormula(*this, Formula2, formula) : PutFormula(formula);
+        HasFormula2() ? WriteFormula(*this, Formula2, Take(formula)) : PutFormula(formula);
     }
     VARIANT GetFormula2() const override {
         return HasFormula2() ? ReadFormula(*this, Formula2) : GetFormula();
     }
     void PutFormula2Local(VARIANT formula) override {
-        HasFormula2() ? WriteFormula(*this, Formula2Local, formula) : PutFormulaLocal(formula);
+        HasFormula2() ? WriteFormula(*this, Formula2Local, Take(formula)) : PutFormulaLocal(formula);
     }
     VARIANT GetFormula2Local() const override {
         return HasFormula2() ? ReadFormula(*this, Formula2Local) : GetFormulaLocal();
@@ -102,7 +102,7 @@ class XRange14 final : public Range {
     LONG Delete() override { return doVL(dispatch, Id::Delete, Missing<>); }
     std::shared_ptr<Interior> GetInterior() const override { return getO<Interior>(dispatch, Id::Interior); }
     VARIANT GetFormulaArray() const override { return ReadFormula(*this, FormulaArray); }
-    void PutFormulaArray(VARIANT formula) override { WriteFormula(*this, FormulaArray, formula); }
+    void PutFormulaArray(VARIANT formula) override { WriteFormula(*this, FormulaArray, Take(formula)); }
     std::shared_ptr<Worksheet> GetWorksheet() const override {
         return getO<Worksheet>(dispatch, Id::Worksheet);
     }
@@ -158,9 +158,9 @@ class XRange14 final : public Range {
 
     // What stands in for Formula2 and Formula2Local on a host that lacks them.
     VARIANT GetFormula() const { return ReadFormula(*this, Formula); }
-    void PutFormula(VARIANT formula) { WriteFormula(*this, Formula, formula); }
+    void PutFormula(VARIANT formula) { WriteFormula(*this, Formula, Take(formula)); }
     VARIANT GetFormulaLocal() const { return ReadFormula(*this, FormulaLocal); }
-    void PutFormulaLocal(VARIANT formula) { WriteFormula(*this, FormulaLocal, formula); }
+    void PutFormulaLocal(VARIANT formula) { WriteFormula(*this, FormulaLocal, Take(formula)); }
 
   private:
     // A range that holds null tells nothing about the host.

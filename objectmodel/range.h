@@ -9,12 +9,15 @@
 // the member of the VexExcelError family that says why. `address` there is the cell's local address with
 // workbook and sheet, as GetAddressLocal(true, true, true) gives it.
 //
-//   Excel refuses                           a formula read                      a formula write
-//   cell inside an array formula            -                                   VexCellPartOfArrayFormula
-//   2714 protected sheet, cell locked            -                                   ...ProtectedCellLocked
-//   2639 protected sheet, formula hidden         ...ProtectedCellHidden 2843         - E_OUTOFMEMORY
-//   VexExcelCellFormulaReadError 2698   VexExcelCellFormulaWriteError 2696 for any other cause
-//   VexExcelCellFormulaReadError 2698   VexExcelCellFormulaWriteError 2697
+//   when Excel refuses a formula read
+//     sheet protected, formula hidden       VexExcelWorksheetProtectedCellHidden   2843
+//     any other cause                       VexExcelCellFormulaReadError           2698
+//
+//   when Excel refuses a formula write, the first that holds
+//     cell inside an array formula          VexCellPartOfArrayFormula              2714
+//     sheet protected, cell locked          VexExcelWorksheetProtectedCellLocked   2639
+//     E_OUTOFMEMORY                         VexExcelCellFormulaWriteError          2696
+//     any other cause                       VexExcelCellFormulaWriteError          2697
 //
 // `args` of a write error are the address and the formula's text, those of all others the address alone. A
 // failure that comes up while the cell is looked at goes up as _com_error in place of the first. Nothing is
@@ -51,8 +54,8 @@ class MsExcel::Range {
     // The formula as a dynamic array formula, in English and in the user's language: a text for one cell, an
     // array of VARIANT for a block. A host that lacks the property (found out once a process, by
     // ProbeFormula2) is asked for Formula and FormulaLocal instead, and a failure then names
-    // "XRange14::GetFormula", "XRange14::PutFormula" and so on. The caller owns what it gets; a formula that
-    // is put is taken and cleared, also when the call fails.
+    // "XRange14::GetFormula", "XRange14::PutFormula" and so on. The caller owns what it gets and gives away
+    // what it puts: a formula is cleared, also when the call fails.
     virtual void PutFormula2(VARIANT formula) = 0;
     [[nodiscard]] virtual VARIANT GetFormula2() const = 0;
     virtual void PutFormula2Local(VARIANT formula) = 0;
@@ -62,11 +65,17 @@ class MsExcel::Range {
 
     // The value: of one cell as it is, of a block a two-dimensional array of VARIANT that counts from 1.
     // Value knows dates (VT_DATE) and currency (VT_CY), Value2 gives plain numbers. The caller owns what it
-    // gets and keeps what it puts.
+    // gets and lends what it puts; a temporary is cleared after the call.
     [[nodiscard]] virtual VARIANT GetValue() const = 0;
     virtual void PutValue(const VARIANT& value) = 0;
     [[nodiscard]] virtual VARIANT GetValue2() const = 0;
     virtual void PutValue2(const VARIANT& value) = 0;
+    template <class Value>
+    requires detail::HandsOver<Value>
+    void PutValue(Value&& value) { PutValue(OwnedVariant(std::move(value))); }
+    template <class Value>
+    requires detail::HandsOver<Value>
+    void PutValue2(Value&& value) { PutValue2(OwnedVariant(std::move(value))); }
 
     // A range of so many rows and columns from the same first cell, and a range of the same size so many
     // rows down and columns to the right (negative: up, to the left).
@@ -75,12 +84,20 @@ class MsExcel::Range {
 
     // The first cell that matches, or an object whose IsNull is true. MissingArgument may stand for any
     // VARIANT but `what`; the numbers are those of XlFindLookIn, XlLookAt, XlSearchOrder and
-    // XlSearchDirection.
+    // XlSearchDirection. The caller lends all VARIANTs; temporaries are cleared after the call.
     virtual std::shared_ptr<Range> Find(const VARIANT& what, const VARIANT& after, const VARIANT& lookIn,
                                         const VARIANT& lookAt, const VARIANT& searchOrder,
                                         LONG searchDirection, const VARIANT& matchCase,
                                         const VARIANT& matchByte) = 0;
     virtual std::shared_ptr<Range> FindNext(const VARIANT& after) = 0;
+    template <class... Arguments>
+    requires detail::HandsOver<Arguments...> std::shared_ptr<Range> Find(Arguments&&... arguments) {
+        return Find(detail::ForTheCall(std::forward<Arguments>(arguments))...);
+    }
+    template <class After>
+    requires detail::HandsOver<After> std::shared_ptr<Range> FindNext(After&& after) {
+        return FindNext(OwnedVariant(std::move(after)));
+    }
 
     // The interface that the object holds, no reference added; null when it holds none.
     virtual IDispatch* GetDispatch() const noexcept = 0;
@@ -98,7 +115,8 @@ class MsExcel::Range {
     virtual LONG Delete() = 0;
     virtual std::shared_ptr<Interior> GetInterior() const = 0;
 
-    // The formula as an array formula in English style. A refused write is never told apart as out of memory
+    // The formula as an array formula in English style; the caller owns what it gets and gives away what it
+    // puts, as above. A refused write is never told apart as out of memory
     // or as part of an array: it is the locked cell or VexExcelCellFormulaWriteError 2697.
     [[nodiscard]] virtual VARIANT GetFormulaArray() const = 0;
     virtual void PutFormulaArray(VARIANT formula) = 0;

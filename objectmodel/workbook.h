@@ -26,7 +26,8 @@ class MsExcel::Workbook {
     virtual std::shared_ptr<Windows> GetWindows() const = 0;
     // Runs the Auto_Open, Auto_Close and like macros, chosen by a number of XlRunAutoMacro.
     virtual void RunAutoMacros(LONG which) = 0;
-    // MissingArgument may stand for both; they are taken and cleared, also when the call fails.
+    // MissingArgument may stand for both VARIANTs; the caller gives them away, and they are cleared, also
+    // when the call fails.
     virtual void Close(VARIANT saveChanges, VARIANT fileName) = 0;
     virtual std::shared_ptr<Names> GetNames() const = 0;
     // Saves a copy and leaves the workbook as it is.

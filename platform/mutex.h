@@ -23,11 +23,11 @@ class Mutex {
     // is a success too. `alreadyExisted`, which may be null, gets which of the two it was. Everyone has all
     // access. Raises VexKernelObjectError, VexCode::MutexCreate, with the system's error in decimal and
     // `name` as it was given.
-    Mutex(const CStringW& name, bool appendVersionSuffix, int global, bool* alreadyExisted);
+    [[nodiscard]] Mutex(const CStringW& name, bool appendVersionSuffix, int global, bool* alreadyExisted);
 
     // The same; where `initialOwner` is true and the mutex is new, the calling thread owns it.
-    Mutex(const CStringW& name, bool appendVersionSuffix, int global, bool* alreadyExisted,
-          bool initialOwner);
+    [[nodiscard]] Mutex(const CStringW& name, bool appendVersionSuffix, int global, bool* alreadyExisted,
+                        bool initialOwner);
 
     ~Mutex();
     Mutex(const Mutex&) = delete;

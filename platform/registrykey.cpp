@@ -286,6 +286,14 @@ void RegistryKey::ValueWrite(const RegistryValueName& name, const std::string& v
     ValueWrite(name, CStringWFromAnsi(value.c_str()));
 }
 
+void RegistryKey::ValueWrite(const RegistryValueName& name, const WCHAR* value) {
+    ValueWrite(name, CStringW(value));
+}
+
+void RegistryKey::ValueWrite(const RegistryValueName& name, const char* value) {
+    ValueWrite(name, CStringW(value));
+}
+
 void RegistryKey::ValueWrite(const RegistryValueName& name, const Bytes& value) {
     Write(name, REG_BINARY, value.empty() ? nullptr : value.data(), value.size());
 }

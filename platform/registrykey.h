@@ -56,8 +56,8 @@ class RegistryKey {
     // dropped. A key that isn't there is made if `access` has all of KEY_WRITE, with `securityAttributes`,
     // and then disposition() tells so. Looking for it and making it are two steps.
     // Raises VexRegKeyOpenFailed, VexCode::RegKeyOpen, and VexRegKeyCreateFailed, VexCode::RegKeyCreate.
-    RegistryKey(std::uint32_t view, HKEY root, const WCHAR* subkey, REGSAM access,
-                SECURITY_ATTRIBUTES* securityAttributes);
+    [[nodiscard]] RegistryKey(std::uint32_t view, HKEY root, const WCHAR* subkey, REGSAM access,
+                              SECURITY_ATTRIBUTES* securityAttributes);
     ~RegistryKey();
     RegistryKey(const RegistryKey&) = delete;
     RegistryKey& operator=(const RegistryKey&) = delete;
@@ -128,13 +128,15 @@ class RegistryKey {
     [[nodiscard]] std::string ValueReadStdString(const RegistryValueName& name) const noexcept;
 
     // Each creates or replaces a value: text as REG_SZ with a terminator, narrow text widened first by the
-    // ANSI code page up to its first zero; bytes as REG_BINARY; numbers as REG_DWORD or REG_QWORD by their
-    // size. Raises VexRegValueWriteFailed, VexCode::RegValueWrite; data of 4 GiB or more has result 87
-    // (ERROR_INVALID_PARAMETER) there.
+    // ANSI code page up to its first zero, a null pointer as empty text; bytes as REG_BINARY; numbers as
+    // REG_DWORD or REG_QWORD by their size. Raises VexRegValueWriteFailed, VexCode::RegValueWrite; data of 4
+    // GiB or more has result 87 (ERROR_INVALID_PARAMETER) there.
     void ValueWrite(const RegistryValueName& name, const CStringW& value);
     void ValueWrite(const RegistryValueName& name, const CStringA& value);
     void ValueWrite(const RegistryValueName& name, const StdWString& value);
     void ValueWrite(const RegistryValueName& name, const std::string& value);
+    void ValueWrite(const RegistryValueName& name, const WCHAR* value);
+    void ValueWrite(const RegistryValueName& name, const char* value);
     void ValueWrite(const RegistryValueName& name, const Bytes& value);
     template <typename Number>
     requires RegistryDword<Number> || RegistryQword<Number>

@@ -37,7 +37,7 @@ VARIANT NewText(const WCHAR* text) {
 }
 
 std::string Shown(const OwnedVariant& value) {
-    VARIANT source = value.get();
+    VARIANT source = value.borrow();
     OwnedVariant text;
     if (FAILED(VariantChangeType(text.receive(), &source, 0, VT_BSTR))) return "(no text)";
     return Utf8(CStringW(text->bstrVal));
@@ -125,7 +125,7 @@ void ShowRefusals(const std::shared_ptr<MsExcel::Application>& excel, Automation
     server.busy = false;
     const OwnedVariant what = NewText(TEXT("nowhere to be found"));
     const VARIANT& any = MissingArgument;
-    const auto nothing = range(TEXT("A1"))->Find(what.get(), any, any, any, any, 1, any, any);
+    const auto nothing = range(TEXT("A1"))->Find(what, any, any, any, any, 1, any, any);
     Refused("A cell that isn't there", [&] { nothing->GetRow(); });
 }
 

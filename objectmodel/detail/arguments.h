@@ -62,7 +62,7 @@ struct OwnedArgument {
 
     [[nodiscard]] DispatchArgument Get() const {
         if (!complete) IssueError(E_OUTOFMEMORY);
-        return &value.get();
+        return &value.borrow();
     }
 };
 
@@ -117,8 +117,8 @@ template <class Value>
 }
 
 // A VARIANT that the operation was given by value, owned from here on.
-[[nodiscard]] inline OwnedVariant Take(const VARIANT& value) noexcept {
-    return value;
+[[nodiscard]] inline OwnedVariant Take(VARIANT& value) noexcept {
+    return std::move(value);
 }
 
 template <VARTYPE Type>
@@ -128,14 +128,15 @@ struct VariantMaker {
         return {std::move(value)};
     }
     [[nodiscard]] OwnedArgument<Type> operator()(const auto& value) const noexcept {
-        const VARIANT made = VariantOf(value);
-        return {made, made.vt != VT_BSTR || made.bstrVal};
+        VARIANT made = VariantOf(value);
+        const bool complete = made.vt != VT_BSTR || made.bstrVal;
+        return {std::move(made), complete};
     }
 };
 inline constexpr VariantMaker<RequiredVariant> Variant{};
 inline constexpr VariantMaker<OptionalVariant> Optional{};
 
-[[nodiscard]] inline PlainArgument<VT_BOOL, bool> AsArgument(bool value) noexcept {
+[[nodiscard]] inline PlainArgument<VT_BOOL, bool> AsArgument(std::same_as<bool> auto value) noexcept {
     return {value};
 }
 [[nodiscard]] inline PlainArgument<VT_I4, LONG> AsArgument(LONG value) noexcept {

@@ -82,6 +82,7 @@ TEST_F(ArrayMakers, PutNumbersInRowOrderAndFillWithNotAvailable) {
         ExpectArray(XXloperFromRows(rows, columns, ragged), columns, raggedGrid);
         ExpectArray(XXloperFromRectangularMatrix(rows, columns, rectangle), columns, rectangleGrid);
     }
+    ExpectArray(XXloperFromDoubles(1, 1, {0}), 1, {{Value(0.0)}});
     Doubles errors;
     for (std::uint32_t i = 0; i < ExcelErrorCodes.size(); ++i) errors.push_back(ErrorNaN(i));
     const XXloperPtr coded = XXloperFromDoubles(7, 2, errors);

@@ -68,6 +68,16 @@ class CallExcelTest : public testing::Test {
     static inline std::function<int(XLOPER12* result)> answer;
 };
 
+// Excel reads through each operand: what is no value doesn't compile.
+template <class... Operands>
+concept IsCall = requires(const Operands&... operands) {
+    CallExcel(42, operands...);
+};
+static_assert(IsCall<> && IsCall<XXloperPtr, XXloperPtr> && IsCall<XXloper*> &&
+              IsCall<const XXloper*, XXloper*>);
+static_assert(!IsCall<std::nullptr_t> && !IsCall<XXloper*, std::nullptr_t> && !IsCall<int> &&
+              !IsCall<XXloper>);
+
 TEST_F(CallExcelTest, PassesOperandsInOrderAndTakesNoReference) {
     answer = [](XLOPER12* result) {
         EXPECT_EQ(result->xltype, 0u);

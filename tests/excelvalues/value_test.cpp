@@ -124,6 +124,7 @@ TEST(Makers, StringsKeepUpTo32767UnitsBeforeTheFirstZero) {
         EXPECT_EQ(ValueFrom(*XXloperFromString(narrow + '\x80')), Value((text + u'\u20AC').substr(0, 32767)));
     }
     EXPECT_EQ(ValueFrom(*XXloperFromString(Text(TEXT("ab\0cd"), 5))), Value(Text(TEXT("ab"))));
+    EXPECT_EQ(ValueFrom(*XXloperFromString(nullptr)), Value(Text()));
     EXPECT_EQ(ValueFrom(*XXloperFromString(static_cast<const WCHAR*>(nullptr))), Value(Text()));
     EXPECT_EQ(ValueFrom(*XXloperFromString(static_cast<const char*>(nullptr))), Value(Text()));
     EXPECT_EQ(ValueFrom(*XXloperFromString("\x80 \xE9")), Value(Text(TEXT("\x20AC \xE9"))));

@@ -1,5 +1,6 @@
 // DispatchInvoke: how arguments go out, how results come back, what becomes of each failure, and what a call
 // allocates.
+#include "objectmodel/detail/arguments.h"
 #include "objectmodel/dispatch.h"
 #include "objectmodel/msexcel.h"
 #include "support/allocations.h"
@@ -165,6 +166,30 @@ TEST(DispatchInvoke, EachTypeEncodesItsArgument) {
     EXPECT_EQ(DispatchInvoke(&object, member, get, 0, nullptr), S_FALSE);
 }
 
+// What a call can't read safely doesn't compile.
+template <class... Arguments>
+concept Goes = requires(IDispatch* object, const Arguments&... arguments) {
+    DispatchInvoke(object, member, method, 0, nullptr, nullptr, arguments...);
+};
+static_assert(Goes<BSTR, IDispatch*, IUnknown*, Object*, ComPtr<IDispatch>, VARIANT*, SAFEARRAY*, LONG*,
+                   BSTR*, IDispatch**, std::nullptr_t, bool, double>);
+static_assert(!Goes<CStringW> && !Goes<WCHAR[5]> && !Goes<const WCHAR*> && !Goes<CStringA> && !Goes<char[5]>);
+static_assert(!Goes<void*> && !Goes<const void*> && !Goes<Sent*> && !Goes<VARIANT> && !Goes<OwnedVariant*>);
+
+// A VARIANT has one owner, and an owner gives it away by name alone.
+template <class Given>
+concept GoesByValue = requires(MsExcel::Range& range, Given&& given) {
+    range.PutFormula2(static_cast<Given&&>(given));
+};
+static_assert(GoesByValue<VARIANT> && !GoesByValue<OwnedVariant&> && !GoesByValue<const OwnedVariant&>);
+static_assert(std::convertible_to<VARIANT, OwnedVariant> && !std::constructible_from<OwnedVariant, VARIANT&>);
+static_assert(!std::constructible_from<OwnedVariant, const VARIANT&>);
+static_assert(!std::constructible_from<VARIANT, const OwnedVariant&>);
+static_assert(std::convertible_to<const OwnedVariant&, const VARIANT&>);
+
+// A text is an argument as a text, and no bool.
+static_assert(decltype(detail::AsArgument(TEXT("text")))::type == VT_BSTR);
+
 // Required and optional VARIANTs and the value, in the order of the parameter string: "r" and "o" hold a
 // number, "R" and "O" the missing argument, "b" and "B" are optional ones by reference.
 TEST(DispatchInvoke, OmittedArgumentsAtTheEndAreDropped) {
@@ -232,6 +257,13 @@ TEST(DispatchInvoke, WhatCantBeSentIsRefusedWithoutACall) {
     EXPECT_EQ(refusal(method, {VT_I4}, 1.5), E_INVALIDARG) << "a floating-point number for a whole one";
     EXPECT_EQ(refusal(method, {VT_R8}, 1), E_INVALIDARG);
     EXPECT_EQ(refusal(method, {VT_I4}, &MissingArgument), E_INVALIDARG);
+    LONG variable = 0;
+    IUnknown* const unknown = &object;
+    for (const int type : {int{VT_BSTR}, int{VT_DISPATCH}, int{VT_VARIANT}, VT_ARRAY | VT_I4}) {
+        EXPECT_EQ(refusal(method, {static_cast<WCHAR>(type)}, &variable), E_INVALIDARG) << type;
+        EXPECT_EQ(refusal(method, {static_cast<WCHAR>(type)}, unknown), E_INVALIDARG) << type;
+    }
+    EXPECT_EQ(refusal(method, {VT_BYREF | VT_VARIANT}, &variable), E_INVALIDARG);
     EXPECT_EQ(refusal(method, {VT_VARIANT}, nullptr), E_POINTER);
     EXPECT_EQ(refusal(method, {VT_DECIMAL}, nullptr), E_POINTER);
     EXPECT_EQ(object.calls, 0);

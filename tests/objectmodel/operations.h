@@ -42,6 +42,7 @@ class Shown {
     std::string operator()(VARIANT value) const;
 
   private:
+    [[nodiscard]] std::string ShownLent(const VARIANT& value) const;
     [[nodiscard]] std::string Newcomer() const {
         const std::string living = world.Live();
         if (!living.starts_with(before)) return "an object is gone: " + living;
@@ -56,7 +57,11 @@ class Shown {
 };
 
 inline std::string Shown::operator()(VARIANT value) const {
-    const OwnedVariant owned(value);
+    const OwnedVariant owner(std::move(value));
+    return ShownLent(owner);
+}
+
+inline std::string Shown::ShownLent(const VARIANT& value) const {
     if (value.vt == VT_DISPATCH) return Newcomer();
     if (value.vt == VT_EMPTY) return "EMPTY";
     if (value.vt == VT_NULL) return "NULL";
@@ -131,6 +136,13 @@ struct Taking {
 };
 template <class... Parameters>
 inline constexpr Taking<Parameters...> taking;
+
+// The virtual one of an operation's overloads, which is lent so many VARIANTs.
+template <class Result, class Class, std::size_t... Places>
+auto LendingMethod(std::index_sequence<Places...>)
+    -> Result (Class::*)(std::conditional_t<Places == SIZE_MAX, void, const VARIANT&>...);
+template <class Result, class Class, std::size_t Count>
+using Lending = decltype(LendingMethod<Result, Class>(std::make_index_sequence<Count>()));
 
 // An operation's place in the virtual table, by the Itanium ABI, which all of our compilers follow: the first
 // word of a pointer to a virtual member is one more than the offset of its slot.

@@ -9,6 +9,10 @@ namespace {
 
 using namespace MsExcel;
 
+using FindMethod = std::shared_ptr<Range> (Range::*)(const VARIANT&, const VARIANT&, const VARIANT&,
+                                                     const VARIANT&, const VARIANT&, LONG, const VARIANT&,
+                                                     const VARIANT&);
+
 // clang-format off
 
 const Table<Application> applicationTable{[](World& world) { return world.application; }, {
@@ -32,8 +36,8 @@ const Table<Application> applicationTable{[](World& world) { return world.applic
     {&Application::Quit, with(), "Application 302 do", ""},
     {&Application::GetDispatch, with(), "", "raw Application"},
     {&Application::GetCalculation, &Application::PutCalculation, with(-4135), "Application 316", "-4105", "I4 -4135"},
-    {&Application::Run, std::tuple_cat(with(LentWords{TEXT("Twice")}, Number(4)), Omitted<29>()), "Application 259 call (BSTR Twice, R8 4)", "R8 8"},
-    {&Application::Run, std::tuple_cat(with(LentWords{TEXT("Twice")}, MissingArgument, Number(4)), Omitted<28>()), "Application 259 call (BSTR Twice, missing, R8 4)", "R8 0"},
+    {Lending<VARIANT, Application, 31>(&Application::Run), std::tuple_cat(with(LentWords{TEXT("Twice")}, Number(4)), Omitted<29>()), "Application 259 call (BSTR Twice, R8 4)", "R8 8"},
+    {Lending<VARIANT, Application, 31>(&Application::Run), std::tuple_cat(with(LentWords{TEXT("Twice")}, MissingArgument, Number(4)), Omitted<28>()), "Application 259 call (BSTR Twice, missing, R8 4)", "R8 0"},
     {&Application::Union, with(Cells{TEXT("A1")}, Cells{TEXT("B2:C3")}), "Application 779 call (DISPATCH Range $A$1, DISPATCH Range $B$2:$C$3)", "Range $A$1,$B$2:$C$3"},
     {&Application::GetAddIns, with(), "Application 549 get", "AddIns "},
     {&Application::Undo, with(), "Application 303 do", ""},
@@ -99,13 +103,13 @@ const Table<Range> rangeTable{[](World& world) { return world.Range(TEXT("B3"));
     {&Range::GetFormula2Local, with(), "Range 3300 get", "BSTR =SUM(B1:B2)"},
     {&Range::GetAreas, with(), "Range 568 get", "Areas "},
     {&Range::GetValue, with(), "Range 6 get", "R8 30"},
-    {&Range::PutValue, with(Number(7)), "Range 6 put (INT 10) = R8 7", ""},
-    {&Range::GetValue2, &Range::PutValue2, with(Flag(true)), "Range 1388", "R8 30", "BOOL true"},
+    {Lending<void, Range, 1>(&Range::PutValue), with(Number(7)), "Range 6 put (INT 10) = R8 7", ""},
+    {&Range::GetValue2, Lending<void, Range, 1>(&Range::PutValue2), with(Flag(true)), "Range 1388", "R8 30", "BOOL true"},
     {&Range::Resize, with(2, 3), "Range 256 get (I4 2, I4 3)", "Range $B$3:$D$4"},
     {&Range::Offset, with(-1, 2), "Range 254 get (I4 -1, I4 2)", "Range $D$2"},
-    {&Range::Find, with(Whole(30), MissingArgument, Whole(-4163), Whole(1), Whole(1), 1, Flag(false), MissingArgument), "Range 398 call (I4 30, missing, I4 -4163, I4 1, I4 1, I4 1, BOOL false)", "Range $B$3"},
-    {&Range::Find, with(Whole(31), MissingArgument, Whole(-4163), Whole(1), Whole(1), 2, MissingArgument, Flag(true)), "Range 398 call (I4 31, missing, I4 -4163, I4 1, I4 1, I4 2, missing, BOOL true)", "null"},
-    {&Range::FindNext, with(MissingArgument), "Range 399 call", "Range $B$3"},
+    {FindMethod(&Range::Find), with(Whole(30), MissingArgument, Whole(-4163), Whole(1), Whole(1), 1, Flag(false), MissingArgument), "Range 398 call (I4 30, missing, I4 -4163, I4 1, I4 1, I4 1, BOOL false)", "Range $B$3"},
+    {FindMethod(&Range::Find), with(Whole(31), MissingArgument, Whole(-4163), Whole(1), Whole(1), 2, MissingArgument, Flag(true)), "Range 398 call (I4 31, missing, I4 -4163, I4 1, I4 1, I4 2, missing, BOOL true)", "null"},
+    {Lending<std::shared_ptr<Range>, Range, 1>(&Range::FindNext), with(MissingArgument), "Range 399 call", "Range $B$3"},
     {&Range::GetDispatch, with(), "", "raw Range"},
     {&Range::GetHasFormula, with(), "Range 267 get", "BOOL true"},
     {&Range::Select, with(), "Range 235 call", "BOOL true"},
@@ -184,7 +188,7 @@ const Table<Workbook> workbookTable{[](World& world) { return world.Workbook(); 
 }};
 
 const Table<Sheets> sheetsTable{[](World& world) { return world.Workbook()->GetWorksheets(); }, {
-    {&Sheets::Add, with(MissingArgument, MissingArgument, Whole(2), MissingArgument), "Sheets 181 call (missing, missing, I4 2)", "Worksheet Sheet4"},
+    {Lending<std::shared_ptr<Worksheet>, Sheets, 4>(&Sheets::Add), with(MissingArgument, MissingArgument, Whole(2), MissingArgument), "Sheets 181 call (missing, missing, I4 2)", "Worksheet Sheet4"},
     {&Sheets::GetCount, with(), "Sheets 118 get", "2"},
     {taking<const CStringW&>(&Sheets::GetItem), with(TEXT("Data")), "Sheets 170 get (BSTR Data)", "Worksheet Data"},
     {taking<LONG>(&Sheets::GetItem), with(2), "Sheets 170 get (I4 2)", "Worksheet Data"},

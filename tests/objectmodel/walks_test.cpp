@@ -272,7 +272,7 @@ TEST(Values, AreTakenOrLent) {
         World world;
         world.server.busy = failing == 1;
         // Excel keeps nothing of what is put.
-        for (const DISPID put : {1580, 3300, 261, 263, 586, 386, 6}) world.server.Answer("", put, {});
+        for (const DISPID put : {1580, 3300, 261, 263, 586, 386, 6, 1388}) world.server.Answer("", put, {});
         const auto range = failing == 2 ? MakeRange(nullptr) : world.Range(TEXT("B3"));
         const auto application = failing == 2 ? MakeApplication(nullptr) : world.application;
         Variant kept = Variant::Adopt(world.server.NewRange(world.Sheet(), TEXT("A1")));
@@ -289,6 +289,19 @@ TEST(Values, AreTakenOrLent) {
             Given(world, [&] { return application->ConvertFormula(taken(), 1, taken(), taken(), taken()); }));
         static_cast<void>(Given(world, [&] { range->PutValue(kept.Get()); }));
         static_cast<void>(Given(world, [&] { return range->FindNext(kept.Get()); }));
+        // Temporaries where a VARIANT is lent, and an owner in both places.
+        const VARIANT& any = MissingArgument;
+        static_cast<void>(Given(world, [&] { range->PutValue(taken()); }));
+        static_cast<void>(Given(world, [&] { range->PutValue2(OwnedVariant(taken())); }));
+        static_cast<void>(Given(world, [&] { range->PutValue2(taken()); }));
+        static_cast<void>(Given(world, [&] { return range->FindNext(taken()); }));
+        static_cast<void>(
+            Given(world, [&] { return range->Find(taken(), any, any, any, any, 1, taken(), any); }));
+        static_cast<void>(Given(
+            world, [&] { OwnedVariant(application->Run(taken(), any, OwnedVariant(taken()), taken())); }));
+        OwnedVariant owned = taken();
+        static_cast<void>(Given(world, [&] { range->PutFormula2(OwnedVariant::CopyOf(owned).release()); }));
+        static_cast<void>(Given(world, [&] { range->PutFormula2(owned.release()); }));
         static_cast<void>(Given(world, [&] { return application->Union(range, nullptr); }));
         if (failing == 0) {
             EXPECT_EQ(Describe(world.server.Record().back()),

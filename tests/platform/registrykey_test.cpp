@@ -76,6 +76,8 @@ TEST_F(RegistryKeys, ValuesOfAllKindsComeBack) {
     key.ValueWrite("int64", INT64_MIN + 1);
     key.ValueWrite("narrow", CStringA("caf\xE9"));
     key.ValueWrite("std", std::string("s"));
+    key.ValueWrite("literal", "caf\xE9");
+    key.ValueWrite(TEXT("wide literal"), TEXT("\x20AC"));
     key.ValueWrite(nullptr, StdWString(TEXT("default")));
     key.ValueWrite("bytes", RegistryKey::Bytes{1, 0, 2});
     key.ValueWrite("none", RegistryKey::Bytes{});
@@ -86,11 +88,13 @@ TEST_F(RegistryKeys, ValuesOfAllKindsComeBack) {
     EXPECT_EQ(key.ValueReadInt64("int64"), INT64_MIN + 1);
     EXPECT_EQ(key.ValueReadStringA("narrow"), "caf\xE9");
     EXPECT_EQ(key.ValueReadStdString(TEXT("std")), "s");
+    EXPECT_EQ(key.ValueReadStringW("literal"), TEXT("caf\x00E9"));
+    EXPECT_EQ(key.ValueReadStringW("wide literal"), TEXT("\x20AC"));
     EXPECT_EQ(key.ValueReadStdWString(nullptr), TEXT("default"));
     EXPECT_EQ(key.ValueReadBinary("bytes"), (RegistryKey::Bytes{1, 0, 2}));
     EXPECT_TRUE(key.ValueReadBinary("none").empty());
     EXPECT_EQ(key.ValueNames(REG_DWORD).size(), 2U);
-    EXPECT_EQ(key.ValueNames(RegistryKey::anyKind).size(), 8U);
+    EXPECT_EQ(key.ValueNames(RegistryKey::anyKind).size(), 10U);
     key.ValueDelete("none");
     EXPECT_TRUE(key.ValueExists("bytes") && !key.ValueExists("none"));
     EXPECT_EQ(key.ValueReadStringW("none"), TEXT("")) << "missing, and swallowed";

@@ -1,7 +1,8 @@
 // Named mutexes, seen by all processes of the user, of 32 and 64 bits alike.
 //
-// Names are case-sensitive and have at most MAX_PATH units. "Local\" and no prefix mean the same names, the
-// user's own; names with "Global\" are shared by all users; a further backslash gives ERROR_PATH_NOT_FOUND.
+// Names are case-sensitive and have at most 32,767 units behind their prefix; a longer one gives
+// ERROR_FILENAME_EXCED_RANGE. "Local\" and no prefix mean the same names, the user's own; names with
+// "Global\" are shared by all users; a further backslash gives ERROR_PATH_NOT_FOUND.
 // A mutex lives until its last handle closes, whether by CloseHandle or by the end of its process.
 //
 // The stand-in keeps a file for each name, in a folder that KESTROLUMEN_RUNTIME_DIR, else XDG_RUNTIME_DIR,
