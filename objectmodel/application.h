@@ -73,9 +73,9 @@ class MsExcel::Application {
         const VARIANT& argument28 = MissingArgument, const VARIANT& argument29 = MissingArgument,
         const VARIANT& argument30 = MissingArgument) = 0;
     template <class... Arguments>
-    requires detail::HandsOver<Arguments...>
+    requires kestrolumen::detail::HandsOver<Arguments...>
     [[nodiscard]] VARIANT Run(Arguments&&... arguments) {
-        return Run(detail::ForTheCall(std::forward<Arguments>(arguments))...);
+        return Run(kestrolumen::detail::ForTheCall(std::forward<Arguments>(arguments))...);
     }
 
     virtual std::shared_ptr<Range> Union(std::shared_ptr<Range> first, std::shared_ptr<Range> second) = 0;

@@ -56,7 +56,7 @@ class OwnedVariant {
     VARIANT value;
 };
 
-namespace detail {
+namespace kestrolumen::detail {
 
 // Whether one of an operation's arguments is a VARIANT that nobody else will clear: what a call has returned,
 // or a variable that is moved.
@@ -72,7 +72,7 @@ template <class Argument>
     return std::forward<Argument>(argument);
 }
 
-}  // namespace detail
+}  // namespace kestrolumen::detail
 
 // A BSTR, freed once; null is empty text.
 class OwnedBstr {

@@ -71,10 +71,10 @@ class MsExcel::Range {
     [[nodiscard]] virtual VARIANT GetValue2() const = 0;
     virtual void PutValue2(const VARIANT& value) = 0;
     template <class Value>
-    requires detail::HandsOver<Value>
+    requires kestrolumen::detail::HandsOver<Value>
     void PutValue(Value&& value) { PutValue(OwnedVariant(std::move(value))); }
     template <class Value>
-    requires detail::HandsOver<Value>
+    requires kestrolumen::detail::HandsOver<Value>
     void PutValue2(Value&& value) { PutValue2(OwnedVariant(std::move(value))); }
 
     // A range of so many rows and columns from the same first cell, and a range of the same size so many
@@ -91,11 +91,12 @@ class MsExcel::Range {
                                         const VARIANT& matchByte) = 0;
     virtual std::shared_ptr<Range> FindNext(const VARIANT& after) = 0;
     template <class... Arguments>
-    requires detail::HandsOver<Arguments...> std::shared_ptr<Range> Find(Arguments&&... arguments) {
-        return Find(detail::ForTheCall(std::forward<Arguments>(arguments))...);
+    requires kestrolumen::detail::HandsOver<Arguments...> std::shared_ptr<Range> Find(
+        Arguments&&... arguments) {
+        return Find(kestrolumen::detail::ForTheCall(std::forward<Arguments>(arguments))...);
     }
     template <class After>
-    requires detail::HandsOver<After> std::shared_ptr<Range> FindNext(After&& after) {
+    requires kestrolumen::detail::HandsOver<After> std::shared_ptr<Range> FindNext(After&& after) {
         return FindNext(OwnedVariant(std::move(after)));
     }
 

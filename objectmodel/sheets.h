@@ -14,8 +14,9 @@ class MsExcel::Sheets {
     virtual std::shared_ptr<Worksheet> Add(const VARIANT& before, const VARIANT& after, const VARIANT& count,
                                            const VARIANT& type) = 0;
     template <class... Arguments>
-    requires detail::HandsOver<Arguments...> std::shared_ptr<Worksheet> Add(Arguments&&... arguments) {
-        return Add(detail::ForTheCall(std::forward<Arguments>(arguments))...);
+    requires kestrolumen::detail::HandsOver<Arguments...> std::shared_ptr<Worksheet> Add(
+        Arguments&&... arguments) {
+        return Add(kestrolumen::detail::ForTheCall(std::forward<Arguments>(arguments))...);
     }
     virtual LONG GetCount() const = 0;
     // By name or by position from 1.

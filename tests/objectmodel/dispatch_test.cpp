@@ -188,7 +188,7 @@ static_assert(!std::constructible_from<VARIANT, const OwnedVariant&>);
 static_assert(std::convertible_to<const OwnedVariant&, const VARIANT&>);
 
 // A text is an argument as a text, and no bool.
-static_assert(decltype(detail::AsArgument(TEXT("text")))::type == VT_BSTR);
+static_assert(decltype(kestrolumen::detail::AsArgument(TEXT("text")))::type == VT_BSTR);
 
 // Required and optional VARIANTs and the value, in the order of the parameter string: "r" and "o" hold a
 // number, "R" and "O" the missing argument, "b" and "B" are optional ones by reference.

@@ -81,6 +81,14 @@ TEST(Format, HasAnyLengthThatAStringCanHave) {
     EXPECT_THROW(static_cast<void>(CStringWFormat(TEXT("%2147483647d"), 1)), std::length_error);
 }
 
+TEST(Format, ReadsEachArgumentAsWhatItIs) {
+    EXPECT_EQ(CStringWFormat(TEXT("%s|%d|%s"), CStringA("x"), CStringW(TEXT("y")), 5), TEXT("x|y|5"));
+    EXPECT_EQ(CStringAFormat("%s|%s|%s|%d", std::string("a"), StdWString(TEXT("b")), 1.5), "a|b|1.5|");
+    EXPECT_EQ(StdWStringFormat(TEXT("%s %I64d"), "narrow", 7), TEXT("narrow 7"));
+    static_assert(!kestrolumen::detail::Formattable<std::vector<int>> &&
+                  !kestrolumen::detail::Formattable<std::string_view>);
+}
+
 TEST(Text, WithoutMemoryNothingIsLeftAndTheFailurePassesOn) {
     const StdWString wide(1000, TEXT('\x20ac'));
     const std::string utf8 = Utf8FromWString(wide);

@@ -67,12 +67,24 @@ TYPED_TEST(AtlString, ConstructionAndConcatenation) {
     EXPECT_LT(Of<TypeParam>("_").CompareNoCase(a), 0);
 }
 
+template <typename Text, typename Argument>
+concept Formats = requires(Text text, const Argument& argument) {
+    text.Format(text.GetString(), argument);
+};
+
 TYPED_TEST(AtlString, Format) {
     using Unit = typename TypeParam::XCHAR;
     TypeParam text = Of<TypeParam>("n");
     text.Format(Units<Unit>("%s=%d").c_str(), text.GetString(), 5);
     text.AppendFormat(Units<Unit>(" %s %I64d").c_str(), text.GetString(), std::int64_t{7});
     EXPECT_EQ(Ascii(text), "n=5 n=5 7");
+    // Strings themselves, of either width, where Microsoft's class takes them.
+    const TypeParam own = Of<TypeParam>("own");
+    TypeParam whole;
+    whole.Format(Units<Unit>("<%s>").c_str(), own);
+    whole.AppendFormat(Units<Unit>("<%S>%s").c_str(), CStringT<typename TypeParam::YCHAR>(own), 5);
+    EXPECT_EQ(Ascii(whole), "<own><own>5");
+    static_assert(!Formats<TypeParam, std::basic_string<Unit>> && !Formats<TypeParam, std::vector<int>>);
     EXPECT_THROW(text.Format(Units<Unit>("%2147483647d%d").c_str(), 1, 2), std::length_error);
     EXPECT_THROW(text.Append(text, INT_MAX - 3), std::length_error);
     EXPECT_THROW(static_cast<void>(text.GetBuffer(INT_MAX)), std::length_error);

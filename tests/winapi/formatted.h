@@ -28,11 +28,27 @@ std::basic_string<Unit> FormattedV(const Unit* format, va_list arguments) {
 }
 
 template <typename Unit>
-std::basic_string<Unit> Formatted(const Unit* format, ...) {
+std::basic_string<Unit> FormattedListed(const Unit* format, ...) {
     va_list arguments;
     va_start(arguments, format);
     std::basic_string<Unit> text = FormattedV(format, arguments);
     va_end(arguments);
+    return text;
+}
+
+// The same from arguments that know their types.
+template <typename Unit>
+std::basic_string<Unit> FormattedTyped(const Unit* format, const std::vector<msformat::Argument>& arguments) {
+    std::basic_string<Unit> text(msformat::Fill(static_cast<Unit*>(nullptr), 0, format, arguments), 0x5A);
+    EXPECT_EQ(msformat::Fill(text.data(), text.size(), format, arguments), text.size());
+    return text;
+}
+
+// A format that its arguments agree with: both ways have to give the same text.
+template <typename Unit, typename... Values>
+std::basic_string<Unit> Formatted(const Unit* format, Values... values) {
+    std::basic_string<Unit> text = FormattedListed(format, values...);
+    EXPECT_EQ(FormattedTyped(format, {msformat::Argument(values)...}), text);
     return text;
 }
 

@@ -90,6 +90,33 @@ TEST(MsFormat, WhatTheRuntimeRefusesHasAResult) {
     EXPECT_EQ(untouched, 42);
 }
 
+TEST(MsFormat, TypedArgumentsMakeEveryFormatSafe) {
+    using Row = std::vector<msformat::Argument>;
+    const struct {
+        const char* format;
+        Row arguments;
+        const char* expected;
+    } rows[] = {
+        {"%s|%S|%.1S|%hs|%ls", {"na", "na", "na", TEXT("wi"), "na"}, "na|na|n|wi|na"},
+        {"%s|%3s|%.1s|%s|%s",
+         {5, -6, 7.25, INT64_MIN, UINT64_MAX},
+         "5| -6|7.25|-9223372036854775808|18446744073709551615"},
+        {"%d|%4d|%.1f|%x|%c|%p", {"te", TEXT("xt"), "text", 1.5, "c", 7}, "te|  xt|text|1.5|c|7"},
+        {"%d|%u|%x|%hd|%I64x",
+         {INT64_MAX, INT64_MAX, -1, 0x12345, -1},
+         "9223372036854775807|9223372036854775807|ffffffff|9029|ffffffffffffffff"},
+        {"%g|%.1f|%e", {2, 3U, true}, "2|3.0|1.000000e+00"},
+        {"%s|%d|%s|%5%|%", {nullptr}, "(null)|||%|"},
+        {"%*d|%.*d|%-*d|", {"wide", 1, 2.5, 2, -3, 4}, "1|2|4  |"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(FormattedTyped(row.format, row.arguments), row.expected);
+        EXPECT_EQ(FormattedTyped(Widened(row.format).c_str(), row.arguments), Widened(row.expected));
+    }
+    EXPECT_EQ(FormattedTyped(static_cast<const char*>(nullptr), {1}), "");
+    EXPECT_EQ(FormattedTyped("%d", {static_cast<const void*>(rows)}), FormattedTyped("%p", {rows}));
+}
+
 std::size_t Length(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);

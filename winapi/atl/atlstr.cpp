@@ -521,14 +521,6 @@ int CStringT<Unit>::CompareNoCase(PCXSTR text) const {
 }
 
 template <typename Unit>
-void CStringT<Unit>::Format(PCXSTR format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    FormatV(format, arguments);
-    va_end(arguments);
-}
-
-template <typename Unit>
 void CStringT<Unit>::FormatV(PCXSTR format, va_list arguments) {
     CStringT formatted;
     formatted.AppendFormatV(format, arguments);
@@ -536,23 +528,29 @@ void CStringT<Unit>::FormatV(PCXSTR format, va_list arguments) {
 }
 
 template <typename Unit>
-void CStringT<Unit>::AppendFormat(PCXSTR format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    AppendFormatV(format, arguments);
-    va_end(arguments);
+void CStringT<Unit>::AppendFormatV(PCXSTR format, va_list arguments) {
+    AppendFilled([&](XCHAR* target, std::size_t capacity) {
+        return msformat::Fill(target, capacity, format, arguments);
+    });
 }
 
 template <typename Unit>
-void CStringT<Unit>::AppendFormatV(PCXSTR format, va_list arguments) {
-    if (format == nullptr) return;
-    // Most texts are short: they are formatted once. Only a longer one is formatted again, at its size.
+void CStringT<Unit>::AppendFormatted(PCXSTR format, std::span<const msformat::Argument> arguments) {
+    AppendFilled([&](XCHAR* target, std::size_t capacity) {
+        return msformat::Fill(target, capacity, format, arguments);
+    });
+}
+
+// Most texts are short: they are formatted once. Only a longer one is formatted again, at its size.
+template <typename Unit>
+template <typename Fill>
+void CStringT<Unit>::AppendFilled(Fill fill) {
     XCHAR local[256];
-    const std::size_t length = msformat::Fill(local, std::size(local), format, arguments);
+    const std::size_t length = fill(local, std::size(local));
     const int units = CheckedLength(static_cast<std::int64_t>(std::min<std::size_t>(length, INT_MAX)));
     if (length <= std::size(local)) return Append(local, units);
     CStringT formatted = WithCapacity(units);
-    msformat::Fill(formatted.text_, length, format, arguments);
+    fill(formatted.text_, length);
     formatted.SetLength(units);
     *this += formatted;
 }

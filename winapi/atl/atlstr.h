@@ -15,11 +15,16 @@
 // Failures: std::bad_alloc, and std::length_error beyond 2^31 - 2 units. Either leaves the string as it was.
 #pragma once
 
+#include "msformat.h"
+
 #include <windows.h>
 
+#include <array>
 #include <atomic>
 #include <compare>
+#include <concepts>
 #include <cstdarg>
+#include <span>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -183,10 +188,24 @@ class CStringT {
     // The same after MakeLower of both sides.
     [[nodiscard]] int CompareNoCase(PCXSTR text) const;
 
-    // Printf-style text in Microsoft's dialect, see msformat.h. The arguments may hold this string's text.
-    void Format(PCXSTR format, ...);
+    // Printf-style text in Microsoft's dialect, see msformat.h: numbers, pointers, and texts as pointers or as
+    // strings of these classes. Anything else doesn't compile, and what doesn't suit its conversion is written
+    // by its own kind. The arguments may hold this string's text.
+    template <typename... Arguments>
+    requires(std::constructible_from<msformat::Argument, const Arguments&>&&...) void Format(
+        PCXSTR format, const Arguments&... arguments) {
+        CStringT formatted;
+        formatted.AppendFormat(format, arguments...);
+        Swap(formatted);
+    }
+    template <typename... Arguments>
+    requires(std::constructible_from<msformat::Argument, const Arguments&>&&...) void AppendFormat(
+        PCXSTR format, const Arguments&... arguments) {
+        AppendFormatted(
+            format, std::array<msformat::Argument, sizeof...(arguments)>{msformat::Argument(arguments)...});
+    }
+    // The same with arguments of which only the caller knows the types: they have to agree with the format.
     void FormatV(PCXSTR format, va_list arguments);
-    void AppendFormat(PCXSTR format, ...);
     void AppendFormatV(PCXSTR format, va_list arguments);
 
     // A buffer of this string's own, with room for at least `length` units and a terminator, which holds the
@@ -257,6 +276,9 @@ class CStringT {
     PXSTR PrepareAppend(std::size_t count);
     void Splice(int index, int removed, PCXSTR inserted, int count);
     void AppendConverted(PCYSTR text, int length);
+    void AppendFormatted(PCXSTR format, std::span<const msformat::Argument> arguments);
+    template <typename Fill>
+    void AppendFilled(Fill fill);
     [[nodiscard]] int FindFrom(View text, int start, ansitext::CharacterStarts<XCHAR>& starts) const noexcept;
     int ReplaceAll(View from, View to);
     template <typename Predicate>

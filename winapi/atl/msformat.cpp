@@ -1,99 +1,55 @@
 #include "msformat.h"
 
-#include "ansitext.h"
+#include "msformatfields.h"
 
-#include <algorithm>
-#include <array>
-#include <charconv>
-#include <cmath>
-#include <cstdint>
-#include <cstring>
 #include <limits>
-#include <string>
-#include <string_view>
-#include <type_traits>
-#include <utility>
 
 namespace {
 
-template <typename Unit>
-using OtherWidth = std::conditional_t<std::is_same_v<Unit, char>, WCHAR, char>;
+using namespace msformat::fields;
+using msformat::Argument;
 
-// A va_list that can be passed on by reference: on some systems it is an array, on others it isn't.
-class Arguments {
+// The arguments of a caller that tells nothing of their types. Passed on by reference: on some systems a
+// va_list is an array, on others it isn't.
+class ListedArguments {
   public:
-    explicit Arguments(va_list list) { va_copy(list_, list); }
-    ~Arguments() { va_end(list_); }
-    Arguments(const Arguments&) = delete;
-    Arguments& operator=(const Arguments&) = delete;
+    explicit ListedArguments(va_list list) { va_copy(list_, list); }
+    ~ListedArguments() { va_end(list_); }
+    ListedArguments(const ListedArguments&) = delete;
+    ListedArguments& operator=(const ListedArguments&) = delete;
 
     template <typename Type>
     Type Next() {
         return va_arg(list_, Type);
     }
+    int NextInt() { return Next<int>(); }
 
   private:
     va_list list_;
 };
 
-// Units are written as long as they fit; the first piece that doesn't is the last one looked at, the rest is
-// counted. So measuring costs no more than the lengths.
-template <typename Unit>
-class Output {
+// Arguments that know their types.
+class TypedArguments {
   public:
-    Output(Unit* target, std::size_t capacity) noexcept : next_(target), room_(capacity) {}
+    explicit TypedArguments(std::span<const Argument> row) noexcept : row_(row) {}
 
-    void Append(const Unit* text, std::size_t length) noexcept {
-        if (Unit* place = Take(length)) std::char_traits<Unit>::copy(place, text, length);
+    // Null when none is left.
+    const Argument* Next() noexcept {
+        if (row_.empty()) return nullptr;
+        const Argument* const next = row_.data();
+        row_ = row_.subspan(1);
+        return next;
     }
-    void AppendAscii(std::string_view text) noexcept {
-        if (Unit* place = Take(text.size())) {
-            std::transform(text.begin(), text.end(), place,
-                           [](char each) { return static_cast<Unit>(each); });
-        }
-    }
-    void AppendConverted(const OtherWidth<Unit>* text, std::size_t length, std::size_t converted) noexcept {
-        if (Unit* place = Take(converted)) ansitext::Convert(text, length, place, converted);
-    }
-    void Repeat(char unit, std::size_t count) noexcept {
-        if (Unit* place = Take(count)) std::fill_n(place, count, static_cast<Unit>(unit));
-    }
-    [[nodiscard]] std::size_t Length() const noexcept {
-        return static_cast<std::size_t>(std::min<std::uint64_t>(length_, SIZE_MAX));
+    // A width or a precision.
+    int NextInt() noexcept {
+        const Argument* const next = Next();
+        if (next == nullptr || next->kind != Argument::Kind::Whole) return 0;
+        constexpr std::int64_t most = std::numeric_limits<int>::max();
+        return static_cast<int>(std::clamp(next->whole, -most, most));
     }
 
   private:
-    Unit* Take(std::size_t count) noexcept {
-        length_ += count;
-        if (count == 0) return nullptr;
-        if (count > room_) {
-            room_ = 0;
-            return nullptr;
-        }
-        room_ -= count;
-        return std::exchange(next_, next_ + count);
-    }
-
-    Unit* next_;
-    std::size_t room_;
-    std::uint64_t length_ = 0;
-};
-
-enum class Size { none, hh, h, l, w, bits32, bits64, pointer, longDouble };
-
-constexpr std::size_t noPrecision = SIZE_MAX;
-
-template <typename Unit>
-struct Specification {
-    bool left = false;
-    bool plus = false;
-    bool blank = false;
-    bool alternate = false;
-    bool zeros = false;
-    std::size_t width = 0;
-    std::size_t precision = noPrecision;
-    Size size = Size::none;
-    Unit conversion = 0;  // 0 if the format ends before it
+    std::span<const Argument> row_;
 };
 
 template <typename Unit>
@@ -131,22 +87,22 @@ const Unit* ParseNumber(const Unit* at, std::size_t& number) noexcept {
     return at;
 }
 
-template <typename Unit>
+template <typename Unit, typename Arguments>
 const Unit* ParseWidth(const Unit* at, Specification<Unit>& specification, Arguments& arguments) noexcept {
     if (*at != '*') return ParseNumber(at, specification.width);
-    const int width = arguments.Next<int>();
+    const int width = arguments.NextInt();
     if (width < 0) specification.left = true;
     specification.width = static_cast<std::size_t>(std::abs(std::int64_t{width}));
     return at + 1;
 }
 
-template <typename Unit>
+template <typename Unit, typename Arguments>
 const Unit* ParsePrecision(const Unit* at, Specification<Unit>& specification,
                            Arguments& arguments) noexcept {
     if (*at != '.') return at;
     ++at;
     if (*at != '*') return ParseNumber(at, specification.precision);
-    const int precision = arguments.Next<int>();
+    const int precision = arguments.NextInt();
     if (precision >= 0) specification.precision = static_cast<std::size_t>(precision);
     return at + 1;
 }
@@ -181,7 +137,7 @@ const Unit* ParseSize(const Unit* at, Size& size) noexcept {
 }
 
 // Reads what follows a percent sign and gives the place behind it.
-template <typename Unit>
+template <typename Unit, typename Arguments>
 const Unit* Parse(const Unit* at, Specification<Unit>& specification, Arguments& arguments) noexcept {
     at = ParseFlags(at, specification);
     at = ParseWidth(at, specification, arguments);
@@ -191,7 +147,7 @@ const Unit* Parse(const Unit* at, Specification<Unit>& specification, Arguments&
     return *at == 0 ? at : at + 1;
 }
 
-std::int64_t NextSigned(Size size, Arguments& arguments) {
+std::int64_t NextSigned(Size size, ListedArguments& arguments) {
     switch (size) {
         case Size::hh:
             return static_cast<signed char>(arguments.Next<int>());
@@ -206,7 +162,7 @@ std::int64_t NextSigned(Size size, Arguments& arguments) {
     }
 }
 
-std::uint64_t NextUnsigned(Size size, Arguments& arguments) {
+std::uint64_t NextUnsigned(Size size, ListedArguments& arguments) {
     switch (size) {
         case Size::hh:
             return static_cast<unsigned char>(arguments.Next<int>());
@@ -221,308 +177,9 @@ std::uint64_t NextUnsigned(Size size, Arguments& arguments) {
     }
 }
 
-// A number's text in the order in which it is written.
-struct NumberText {
-    std::string_view prefix{};     // sign and base
-    std::size_t leadingZeros = 0;  // that the precision asks for
-    std::string_view digits{};
-    std::size_t innerZeros = 0;  // digits that are known to be zeros
-    std::string_view exponent{};
-    bool mayPadWithZeros = true;
-};
-
 template <typename Unit>
-void WriteNumber(Output<Unit>& output, const Specification<Unit>& specification,
-                 const NumberText& text) noexcept {
-    const std::uint64_t length = std::uint64_t{text.prefix.size()} + text.leadingZeros + text.digits.size() +
-                                 text.innerZeros + text.exponent.size();
-    const std::size_t padding =
-        specification.width > length ? specification.width - static_cast<std::size_t>(length) : 0;
-    const bool withZeros = specification.zeros && text.mayPadWithZeros;
-    if (!specification.left && !withZeros) output.Repeat(' ', padding);
-    output.AppendAscii(text.prefix);
-    if (!specification.left && withZeros) output.Repeat('0', padding);
-    output.Repeat('0', text.leadingZeros);
-    output.AppendAscii(text.digits);
-    output.Repeat('0', text.innerZeros);
-    output.AppendAscii(text.exponent);
-    if (specification.left) output.Repeat(' ', padding);
-}
-
-template <typename Unit>
-std::string_view SignOf(bool negative, const Specification<Unit>& specification) noexcept {
-    return negative ? "-" : specification.plus ? "+" : specification.blank ? " " : "";
-}
-
-void MakeUpper(char* text, std::size_t length) noexcept {
-    std::transform(text, text + length, text, [](char each) {
-        return each >= 'a' && each <= 'z' ? static_cast<char>(each - 0x20) : each;
-    });
-}
-
-template <typename Unit>
-void WriteInteger(Output<Unit>& output, const Specification<Unit>& specification, std::uint64_t magnitude,
-                  std::string_view sign) noexcept {
-    const bool hexadecimal = specification.conversion == 'x' || specification.conversion == 'X';
-    const bool octal = specification.conversion == 'o';
-    std::array<char, 24> buffer;
-    const char* end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), magnitude,
-                                    hexadecimal ? 16
-                                    : octal     ? 8
-                                                : 10)
-                          .ptr;
-    auto length = static_cast<std::size_t>(end - buffer.data());
-    if (specification.conversion == 'X') MakeUpper(buffer.data(), length);
-    if (specification.precision == 0 && magnitude == 0) length = 0;
-
-    NumberText text{.prefix = sign, .digits = {buffer.data(), length}};
-    if (specification.precision != noPrecision) {
-        text.mayPadWithZeros = false;
-        if (specification.precision > length) text.leadingZeros = specification.precision - length;
-    }
-    if (specification.alternate && hexadecimal && magnitude != 0) {
-        text.prefix = specification.conversion == 'x' ? "0x" : "0X";
-    }
-    if (specification.alternate && octal && text.leadingZeros == 0 && !text.digits.starts_with('0')) {
-        text.leadingZeros = 1;
-    }
-    WriteNumber(output, specification, text);
-}
-
-template <typename Unit>
-void WriteSigned(Output<Unit>& output, const Specification<Unit>& specification,
-                 std::int64_t value) noexcept {
-    const bool negative = value < 0;
-    const auto bits = static_cast<std::uint64_t>(value);
-    WriteInteger(output, specification, negative ? 0 - bits : bits, SignOf(negative, specification));
-}
-
-template <typename Unit>
-void WritePointer(Output<Unit>& output, Specification<Unit> specification, const void* value) noexcept {
-    specification.conversion = 'X';
-    specification.precision = 2 * sizeof(void*);
-    WriteInteger(output, specification, reinterpret_cast<std::uintptr_t>(value), "");
-}
-
-// The digits of one finite double, at least 0. What lies beyond its last digit that can differ from zero is
-// only counted.
-class DoubleDigits {
-  public:
-    DoubleDigits(double value, std::size_t precision, char conversion, bool alternate) noexcept {
-        switch (conversion) {
-            case 'a':
-                SplitAt('p', Write(value, std::chars_format::hex, precision, 13), precision, alternate);
-                break;
-            case 'e':
-                SplitAt('e', Write(value, std::chars_format::scientific, precision, 766), precision,
-                        alternate);
-                break;
-            case 'f':
-                SplitAt('.', Write(value, std::chars_format::fixed, precision, 1074), precision, alternate);
-                break;
-            default:
-                General(value, std::max<std::size_t>(precision, 1), alternate);
-        }
-    }
-    void MakeUpper() noexcept { ::MakeUpper(buffer_.data(), buffer_.size()); }
-
-    void PutInto(NumberText& text) const noexcept {
-        text.digits = {buffer_.data(), digits_};
-        text.innerZeros = zeros_;
-        text.exponent = {buffer_.data() + digits_, length_ - digits_};
-    }
-
-  private:
-    static constexpr std::size_t mostWholeDigits = 309;
-    static constexpr std::size_t mostFractionDigits = 1074;
-
-    // Gives the digits behind the point that were written.
-    std::size_t Write(double value, std::chars_format format, std::size_t precision,
-                      std::size_t most) noexcept {
-        const std::size_t written = std::min(precision, most);
-        char* const begin = buffer_.data();
-        const char* end =
-            std::to_chars(begin, begin + buffer_.size() - 1, value, format, static_cast<int>(written)).ptr;
-        length_ = static_cast<std::size_t>(end - begin);
-        return written;
-    }
-
-    void SplitAt(char exponent, std::size_t written, std::size_t precision, bool alternate) noexcept {
-        const std::string_view text(buffer_.data(), length_);
-        digits_ = exponent == '.' ? length_ : std::min(text.find(exponent), length_);
-        zeros_ = precision - written;
-        if (alternate && precision == 0) {
-            std::memmove(buffer_.data() + digits_ + 1, buffer_.data() + digits_, length_ - digits_);
-            buffer_[digits_++] = '.';
-            ++length_;
-        }
-    }
-
-    // `significant` digits in all: in the form f for exponents from -4 to below that count, else in e.
-    void General(double value, std::size_t significant, bool alternate) noexcept {
-        if (!alternate) {
-            Write(value, std::chars_format::general, significant, mostWholeDigits + mostFractionDigits);
-            digits_ = length_;
-            return;
-        }
-        const std::size_t written = Write(value, std::chars_format::scientific, significant - 1, 766);
-        SplitAt('e', written, significant - 1, true);
-        const char* const end = buffer_.data() + length_;
-        int exponent = 0;
-        std::from_chars(buffer_.data() + digits_ + (buffer_[digits_ + 1] == '+' ? 2 : 1), end, exponent);
-        if (exponent < -4 || exponent >= static_cast<std::int64_t>(significant)) return;
-        const auto fraction = static_cast<std::size_t>(static_cast<std::int64_t>(significant) - 1 - exponent);
-        SplitAt('.', Write(value, std::chars_format::fixed, fraction, mostFractionDigits), fraction, true);
-    }
-
-    std::array<char, mostWholeDigits + 1 + mostFractionDigits + 16> buffer_;
-    std::size_t length_ = 0;
-    std::size_t digits_ = 0;
-    std::size_t zeros_ = 0;
-};
-
-// As Microsoft's runtime names them: the quiet NaN that invalid operations give is the indeterminate one.
-std::string_view NameOfSpecial(double value) noexcept {
-    if (std::isinf(value)) return "inf";
-    std::uint64_t bits = 0;
-    std::memcpy(&bits, &value, sizeof bits);
-    constexpr std::uint64_t quiet = std::uint64_t{1} << 51;
-    if ((bits & quiet) == 0) return "nan(snan)";
-    return bits == 0xFFF8'0000'0000'0000 ? "nan(ind)" : "nan";
-}
-
-template <typename Unit>
-void WriteSpecial(Output<Unit>& output, const Specification<Unit>& specification, double value,
-                  bool upper) noexcept {
-    const std::string_view name = NameOfSpecial(value);
-    std::array<char, 16> buffer;
-    std::copy(name.begin(), name.end(), buffer.begin());
-    if (upper) MakeUpper(buffer.data(), name.size());
-    WriteNumber(output, specification,
-                NumberText{.prefix = SignOf(std::signbit(value), specification),
-                           .digits = {buffer.data(), name.size()},
-                           .mayPadWithZeros = false});
-}
-
-template <typename Unit>
-void WriteDouble(Output<Unit>& output, const Specification<Unit>& specification, double value) noexcept {
-    const bool upper = specification.conversion < 'a';
-    if (!std::isfinite(value)) return WriteSpecial(output, specification, value, upper);
-
-    const auto conversion = static_cast<char>(specification.conversion | 0x20);
-    const std::size_t defaultPrecision = conversion == 'a' ? 13 : 6;
-    const std::size_t precision =
-        specification.precision == noPrecision ? defaultPrecision : specification.precision;
-    const bool negative = std::signbit(value);
-    DoubleDigits digits(std::fabs(value), precision, conversion, specification.alternate);
-    if (upper) digits.MakeUpper();
-
-    std::array<char, 3> prefix;
-    const std::string_view sign = SignOf(negative, specification);
-    char* end = std::copy(sign.begin(), sign.end(), prefix.data());
-    if (conversion == 'a') {
-        *end++ = '0';
-        *end++ = upper ? 'X' : 'x';
-    }
-    NumberText text{.prefix = {prefix.data(), static_cast<std::size_t>(end - prefix.data())}};
-    digits.PutInto(text);
-    WriteNumber(output, specification, text);
-}
-
-// A piece of the source, and what it comes to in the output's own units.
-struct Extent {
-    std::size_t length;
-    std::size_t converted;
-};
-
-template <typename Unit>
-Extent ExtentOf(const Unit* text, std::size_t precision, const Unit*) noexcept {
-    std::size_t length = 0;
-    if (precision == noPrecision) {
-        length = std::char_traits<Unit>::length(text);
-    } else {
-        while (length < precision && text[length] != 0) ++length;
-    }
-    return {length, length};
-}
-
-template <typename Unit>
-Extent ExtentOf(const OtherWidth<Unit>* text, std::size_t precision, const Unit*) noexcept {
-    if (precision == noPrecision) {
-        const std::size_t length = std::char_traits<OtherWidth<Unit>>::length(text);
-        return {length, ansitext::ConvertedLength(text, length)};
-    }
-    Extent extent{0, 0};
-    while (extent.converted < precision && text[extent.length] != 0) {
-        const OtherWidth<Unit>* const character = text + extent.length;
-        const std::size_t length = ansitext::CharacterLength(character);
-        const std::size_t converted = ansitext::ConvertedLength(character, length);
-        if (extent.converted + converted > precision) break;
-        extent.length += length;
-        extent.converted += converted;
-    }
-    return extent;
-}
-
-template <typename Unit>
-void AppendText(Output<Unit>& output, const Unit* text, const Extent& extent) noexcept {
-    output.Append(text, extent.length);
-}
-
-template <typename Unit>
-void AppendText(Output<Unit>& output, const OtherWidth<Unit>* text, const Extent& extent) noexcept {
-    output.AppendConverted(text, extent.length, extent.converted);
-}
-
-template <typename Unit, typename Source>
-void WritePadded(Output<Unit>& output, const Specification<Unit>& specification, const Source* text,
-                 const Extent& extent) noexcept {
-    const std::size_t padding =
-        specification.width > extent.converted ? specification.width - extent.converted : 0;
-    if (!specification.left) output.Repeat(specification.zeros ? '0' : ' ', padding);
-    AppendText(output, text, extent);
-    if (specification.left) output.Repeat(' ', padding);
-}
-
-template <typename Source, typename Unit>
-void WriteText(Output<Unit>& output, const Specification<Unit>& specification,
-               Arguments& arguments) noexcept {
-    static constexpr Source nullText[] = {'(', 'n', 'u', 'l', 'l', ')', 0};
-    const auto* given = arguments.Next<const Source*>();
-    const Source* const text = given == nullptr ? nullText : given;
-    WritePadded(output, specification, text,
-                ExtentOf(text, specification.precision, static_cast<const Unit*>(nullptr)));
-}
-
-template <typename Source, typename Unit>
-void WriteCharacter(Output<Unit>& output, const Specification<Unit>& specification,
-                    Arguments& arguments) noexcept {
-    const auto character = static_cast<Source>(arguments.Next<int>());
-    if constexpr (std::is_same_v<Source, Unit>) {
-        WritePadded(output, specification, &character, Extent{1, 1});
-    } else {
-        WritePadded(output, specification, &character, Extent{1, ansitext::ConvertedLength(&character, 1)});
-    }
-}
-
-// Whether the text or character of this specification is wide.
-template <typename Unit>
-bool TakesWide(const Specification<Unit>& specification) noexcept {
-    constexpr bool wideFormat = std::is_same_v<Unit, WCHAR>;
-    switch (specification.size) {
-        case Size::hh:
-        case Size::h:
-            return false;
-        case Size::l:
-        case Size::w:
-            return true;
-        default:
-            return (specification.conversion == 's' || specification.conversion == 'c') == wideFormat;
-    }
-}
-
-template <typename Unit>
-void Write(Output<Unit>& output, const Specification<Unit>& specification, Arguments& arguments) noexcept {
+void Write(Output<Unit>& output, const Specification<Unit>& specification,
+           ListedArguments& arguments) noexcept {
     switch (specification.conversion) {
         case 'd':
         case 'i':
@@ -546,12 +203,13 @@ void Write(Output<Unit>& output, const Specification<Unit>& specification, Argum
             return WriteDouble(output, specification, arguments.Next<double>());
         case 's':
         case 'S':
-            return TakesWide(specification) ? WriteText<WCHAR>(output, specification, arguments)
-                                            : WriteText<char>(output, specification, arguments);
+            return TakesWide(specification) ? WriteText(output, specification, arguments.Next<const WCHAR*>())
+                                            : WriteText(output, specification, arguments.Next<const char*>());
         case 'c':
         case 'C':
-            return TakesWide(specification) ? WriteCharacter<WCHAR>(output, specification, arguments)
-                                            : WriteCharacter<char>(output, specification, arguments);
+            return TakesWide(specification)
+                       ? WriteCharacter(output, specification, static_cast<WCHAR>(arguments.Next<int>()))
+                       : WriteCharacter(output, specification, static_cast<char>(arguments.Next<int>()));
         case 'p':
             return WritePointer(output, specification, arguments.Next<const void*>());
         case 'n':
@@ -562,11 +220,134 @@ void Write(Output<Unit>& output, const Specification<Unit>& specification, Argum
     }
 }
 
+// A whole number in the width of its type, unless the size cuts it or asks for 64 bits.
+std::int64_t SignedOf(Size size, const Argument& argument) noexcept {
+    switch (size) {
+        case Size::hh:
+            return static_cast<signed char>(argument.whole);
+        case Size::h:
+            return static_cast<short>(argument.whole);
+        case Size::bits64:
+            return argument.whole;
+        default:
+            return argument.isLong ? argument.whole : static_cast<std::int32_t>(argument.whole);
+    }
+}
+
+std::uint64_t UnsignedOf(Size size, const Argument& argument) noexcept {
+    switch (size) {
+        case Size::hh:
+            return static_cast<unsigned char>(argument.whole);
+        case Size::h:
+            return static_cast<unsigned short>(argument.whole);
+        case Size::bits64:
+            return static_cast<std::uint64_t>(argument.whole);
+        default:
+            return argument.isLong ? static_cast<std::uint64_t>(argument.whole)
+                                   : static_cast<std::uint32_t>(argument.whole);
+    }
+}
+
+double FloatingOf(const Argument& argument) noexcept {
+    if (argument.kind == Argument::Kind::Floating) return argument.floating;
+    return argument.isSigned ? static_cast<double>(argument.whole)
+                             : static_cast<double>(static_cast<std::uint64_t>(argument.whole));
+}
+
+// The conversion that writes the argument: the one asked for, or, where that can't, the one of its own kind.
 template <typename Unit>
-std::size_t Run(Unit* target, std::size_t capacity, const Unit* format, va_list list) noexcept {
+char ConversionFor(Unit asked, const Argument& argument) noexcept {
+    using Kind = Argument::Kind;
+    constexpr char ofKind[] = {'d', 'g', 's', 's', 'p'};
+    const bool isWhole = argument.kind == Kind::Whole;
+    const bool isText = argument.kind == Kind::Narrow || argument.kind == Kind::Wide;
+    bool fits = false;
+    switch (asked) {
+        case 'd':
+        case 'i':
+        case 'u':
+        case 'o':
+        case 'x':
+        case 'X':
+        case 'c':
+        case 'C':
+            fits = isWhole;
+            break;
+        case 'a':
+        case 'A':
+        case 'e':
+        case 'E':
+        case 'f':
+        case 'F':
+        case 'g':
+        case 'G':
+            fits = isWhole || argument.kind == Kind::Floating;
+            break;
+        case 's':
+        case 'S':
+            fits = isText || (argument.kind == Kind::Pointer && argument.pointer == nullptr);
+            break;
+        case 'p':
+            fits = isText || argument.kind == Kind::Pointer;
+            break;
+        default:
+            break;
+    }
+    if (fits) return static_cast<char>(asked);
+    return isWhole && !argument.isSigned ? 'u' : ofKind[static_cast<int>(argument.kind)];
+}
+
+template <typename Unit>
+void WriteArgument(Output<Unit>& output, const Specification<Unit>& specification,
+                   const Argument& argument) noexcept {
+    switch (specification.conversion) {
+        case 'd':
+        case 'i':
+            return WriteSigned(output, specification, SignedOf(specification.size, argument));
+        case 'u':
+        case 'o':
+        case 'x':
+        case 'X':
+            return WriteInteger(output, specification, UnsignedOf(specification.size, argument), "");
+        case 'c':
+        case 'C':
+            return TakesWide(specification)
+                       ? WriteCharacter(output, specification, static_cast<WCHAR>(argument.whole))
+                       : WriteCharacter(output, specification, static_cast<char>(argument.whole));
+        case 's':
+        case 'S':
+            return argument.kind == Argument::Kind::Wide
+                       ? WriteText(output, specification, static_cast<const WCHAR*>(argument.pointer))
+                       : WriteText(output, specification, static_cast<const char*>(argument.pointer));
+        case 'p':
+            return WritePointer(output, specification, argument.pointer);
+        default:
+            return WriteDouble(output, specification, FloatingOf(argument));
+    }
+}
+
+template <typename Unit>
+void Write(Output<Unit>& output, Specification<Unit> specification, TypedArguments& arguments) noexcept {
+    constexpr std::string_view conversions = "diuoxXaAeEfFgGsScCpn";
+    const Unit asked = specification.conversion;
+    if (asked >= 0x80 || conversions.find(static_cast<char>(asked)) == conversions.npos) {
+        return output.Append(&asked, asked == 0 ? 0 : 1);
+    }
+    const Argument* const argument = arguments.Next();
+    if (argument == nullptr || asked == 'n') return;
+    const char conversion = ConversionFor(asked, *argument);
+    if (static_cast<Unit>(conversion) != asked) {
+        specification.conversion = static_cast<Unit>(conversion);
+        specification.size = Size::none;
+        specification.precision = noPrecision;
+    }
+    WriteArgument(output, specification, *argument);
+}
+
+template <typename Unit, typename Arguments>
+std::size_t Run(Unit* target, std::size_t capacity, const Unit* format, Arguments& arguments) noexcept {
     Output<Unit> output(target, capacity);
-    Arguments arguments(list);
-    while (*format != 0) {
+    while (format != nullptr && *format != 0) {
         const Unit* percent = format;
         while (*percent != 0 && *percent != '%') ++percent;
         output.Append(format, static_cast<std::size_t>(percent - format));
@@ -585,11 +366,25 @@ std::size_t Run(Unit* target, std::size_t capacity, const Unit* format, va_list 
 namespace msformat {
 
 std::size_t Fill(char* target, std::size_t capacity, const char* format, va_list arguments) noexcept {
-    return Run(target, capacity, format, arguments);
+    ListedArguments listed(arguments);
+    return Run(target, capacity, format, listed);
 }
 
 std::size_t Fill(WCHAR* target, std::size_t capacity, const WCHAR* format, va_list arguments) noexcept {
-    return Run(target, capacity, format, arguments);
+    ListedArguments listed(arguments);
+    return Run(target, capacity, format, listed);
+}
+
+std::size_t Fill(char* target, std::size_t capacity, const char* format,
+                 std::span<const Argument> arguments) noexcept {
+    TypedArguments typed(arguments);
+    return Run(target, capacity, format, typed);
+}
+
+std::size_t Fill(WCHAR* target, std::size_t capacity, const WCHAR* format,
+                 std::span<const Argument> arguments) noexcept {
+    TypedArguments typed(arguments);
+    return Run(target, capacity, format, typed);
 }
 
 }  // namespace msformat
