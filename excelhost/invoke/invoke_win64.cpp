@@ -76,7 +76,7 @@ Word Signature::Call(FARPROC function, std::span<Word> arguments) const {
     }
     if (plan_->result == Passing::Double) {
         using CallForDouble = double (*)(FARPROC, const Word*, std::size_t);
-        const auto call = reinterpret_cast<CallForDouble>(&excelhost_call_words);
+        const auto call = reinterpret_cast<CallForDouble>(reinterpret_cast<void*>(&excelhost_call_words));
         return WordFrom(call(function, arguments.data(), arguments.size()));
     }
     return WordFrom(excelhost_call_words(function, arguments.data(), arguments.size()));

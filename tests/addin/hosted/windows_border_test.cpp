@@ -172,16 +172,22 @@ std::size_t BusyBytes() {
     return bytes;
 }
 
+// The simulated host keeps a little of each call; this one keeps nothing.
+int PASCAL ForgetfulHost(int, int, LPXLOPER12*, LPXLOPER12 result) {
+    if (result != nullptr) *result = XLOPER12{.val = {.num = 1.5}, .xltype = xltypeNum};
+    return xlretSuccess;
+}
+
 // KESTROLUMEN_RELOADS: how often; the process takes some thousands.
 TEST_F(Border, LoadsAndUnloadsLeaveNothing) {
     const auto round = [&] {
-        Load(&CallBack);
+        Load(&ForgetfulHost);
         {
             const TakenName taken;
             EXPECT_TRUE(FailureOfHandshake());
         }
         ShakeHands();
-        EXPECT_EQ(Answer(), Value(excelhost::Text(TEXT("answer"))));
+        CallRecords();
         Close();
         addIn.reset();
     };
