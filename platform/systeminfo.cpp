@@ -13,23 +13,6 @@
 
 #include <iterator>
 
-namespace {
-
-// The first drive of a kind, as "C:\"; empty when there is none.
-struct DriveRoot {
-    char text[4];
-};
-
-DriveRoot FirstDrive(UINT kind) noexcept {
-    DriveRoot root = {"A:\\"};
-    for (; root.text[0] <= 'Z'; ++root.text[0]) {
-        if (GetDriveTypeA(root.text) == kind) return root;
-    }
-    return {};
-}
-
-}  // namespace
-
 SYSTEM_INFO NativeSystemInfo() noexcept {
     SYSTEM_INFO info;
     GetNativeSystemInfo(&info);
@@ -49,13 +32,21 @@ MEMORYSTATUSEX MemoryStatus() noexcept {
     return status;
 }
 
+char kestrolumen::detail::SystemDrive(UINT(WINAPI* typeOfDrive)(LPCSTR root)) noexcept {
+    for (const UINT kind : {DRIVE_FIXED, DRIVE_REMOTE}) {
+        for (char root[] = "A:\\"; root[0] <= 'Z'; ++root[0]) {
+            if (typeOfDrive(root) == kind) return root[0];
+        }
+    }
+    return 0;
+}
+
 std::uint32_t SystemVolumeSerial() noexcept {
-    DriveRoot root = FirstDrive(DRIVE_FIXED);
-    if (root.text[0] == 0) root = FirstDrive(DRIVE_REMOTE);
-    if (root.text[0] == 0) return 0;
+    const char root[] = {kestrolumen::detail::SystemDrive(&GetDriveTypeA), ':', '\\', 0};
+    if (root[0] == 0) return 0;
     DWORD serial = 0;
     const UINT mode = SetErrorMode(SEM_FAILCRITICALERRORS);
-    const BOOL told = GetVolumeInformationA(root.text, nullptr, 0, &serial, nullptr, nullptr, nullptr, 0);
+    const BOOL told = GetVolumeInformationA(root, nullptr, 0, &serial, nullptr, nullptr, nullptr, 0);
     SetErrorMode(mode);
     return told != FALSE ? serial : 0;
 }

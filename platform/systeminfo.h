@@ -45,4 +45,8 @@ namespace kestrolumen::detail {
 // SYSTEM\CurrentControlSet\Control\ComputerName\ComputerName below HKEY_LOCAL_MACHINE; else empty.
 [[nodiscard]] CStringW RegisteredComputerName();
 
+// The letter of the drive whose serial number counts, by what GetDriveTypeA says of "A:\" to "Z:\": the first
+// fixed drive, or else the first of a network; 0 when there is neither.
+[[nodiscard]] char SystemDrive(UINT(WINAPI* typeOfDrive)(LPCSTR root)) noexcept;
+
 }  // namespace kestrolumen::detail

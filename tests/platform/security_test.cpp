@@ -3,6 +3,7 @@
 #include "platform/registrykey.h"
 #include "platform/securityattributes.h"
 #include "support/allocations.h"
+#include "support/home.h"
 #include "support/raised.h"
 #include "support/registry.h"
 
@@ -58,6 +59,10 @@ TEST(CurrentUserAttributes, NameTheUserForAnElevatedProcessUnlessASettingForbids
         }
     };
     expect(true);
+    {
+        const support::WithoutElevation plain;
+        expect(true);
+    }
     RegistryKey key(1, HKEY_CURRENT_USER, TEXT("Software\\Quillmar"), KEY_WRITE,
                     NullSecurityAttributes().get());
     const WCHAR* const setting = TEXT("Use NULL Security Attributes");

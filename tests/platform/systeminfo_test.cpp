@@ -5,7 +5,9 @@
 #include "support/registry.h"
 
 #include <windows.h>
+#include <fileapi.h>
 
+#include <string_view>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -121,11 +123,38 @@ TEST_F(Settings, TellTheTabletModeAndTheNameOfTheMachine) {
     EXPECT_EQ(kestrolumen::detail::RegisteredComputerName(), TEXT(""));
 }
 
+// The types of drives C:, D: and Z:, all others being unknown.
+UINT drives[3];
+UINT WINAPI TypeOfDrive(LPCSTR root) {
+    EXPECT_STREQ(root + 1, ":\\");
+    const std::size_t place = std::string_view("CDZ").find(root[0]);
+    return place < std::size(drives) ? drives[place] : UINT{DRIVE_NO_ROOT_DIR};
+}
+
+TEST(SystemFacts, TheDriveThatCountsIsTheFirstFixedOneOrElseOneOfANetwork) {
+    const struct {
+        UINT c, d, z;
+        char drive;
+    } rows[] = {{DRIVE_FIXED, DRIVE_FIXED, DRIVE_FIXED, 'C'},
+                {DRIVE_REMOTE, DRIVE_CDROM, DRIVE_FIXED, 'Z'},
+                {DRIVE_CDROM, DRIVE_REMOTE, DRIVE_REMOTE, 'D'},
+                {DRIVE_REMOVABLE, DRIVE_CDROM, DRIVE_RAMDISK, 0}};
+    for (const auto& row : rows) {
+        drives[0] = row.c;
+        drives[1] = row.d;
+        drives[2] = row.z;
+        EXPECT_EQ(kestrolumen::detail::SystemDrive(&TypeOfDrive), row.drive);
+    }
+    const char root[] = {kestrolumen::detail::SystemDrive(&GetDriveTypeA), ':', '\\', 0};
+    DWORD serial = 0;
+    GetVolumeInformationA(root, nullptr, 0, &serial, nullptr, nullptr, nullptr, 0);
+    EXPECT_EQ(SystemVolumeSerial(), serial);
+}
+
 TEST(SystemFacts, AgreeWithOneAnother) {
     EXPECT_GT(MemoryStatus().ullTotalPhys, MemoryStatus().ullAvailPhys);
     EXPECT_EQ(NativeSystemInfo().wProcessorArchitecture == PROCESSOR_ARCHITECTURE_AMD64, Is64BitWindows());
     EXPECT_LE(SystemInfo().dwNumberOfProcessors, ProcessorCounts(false).logicalProcessors);
-    EXPECT_EQ(SystemVolumeSerial(), SystemVolumeSerial());
     EXPECT_EQ(ComputerName(false, true), ComputerName(true, false) + TEXT("-") + UserName(true));
     EXPECT_FALSE(UserName(false).IsEmpty() || IsExcelRunning());
 }

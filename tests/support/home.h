@@ -29,6 +29,16 @@ class EnvironmentVariable {
 // Kernel handles that the process has open; natively its file descriptors.
 [[nodiscard]] std::size_t OpenHandles();
 
+// Without an administrator's rights until the end of the object, where this system lets a process do so. Under
+// Windows nothing changes.
+class WithoutElevation {
+  public:
+    WithoutElevation();
+    ~WithoutElevation();
+    WithoutElevation(const WithoutElevation&) = delete;
+    WithoutElevation& operator=(const WithoutElevation&) = delete;
+};
+
 // A fresh folder in which the stand-in keeps its named objects, for this process and its children, until the
 // end of the object. Under Windows it stays empty.
 class RuntimeFolder {

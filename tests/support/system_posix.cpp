@@ -72,6 +72,14 @@ void SetVariable(const std::string& name, const char* value) {
     value == nullptr ? unsetenv(name.c_str()) : setenv(name.c_str(), value, 1);
 }
 
+constexpr uid_t nobody = 65534;
+WithoutElevation::WithoutElevation() {
+    static_cast<void>(getuid() == 0 && seteuid(nobody) == 0);
+}
+WithoutElevation::~WithoutElevation() {
+    static_cast<void>(seteuid(getuid()));
+}
+
 std::filesystem::path ProgramFolder() {
     return std::filesystem::read_symlink("/proc/self/exe").parent_path();
 }

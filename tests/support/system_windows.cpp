@@ -89,6 +89,9 @@ void SetVariable(const std::string& name, const char* value) {
     _putenv_s(name.c_str(), value == nullptr ? "" : value);
 }
 
+WithoutElevation::WithoutElevation() = default;
+WithoutElevation::~WithoutElevation() = default;
+
 std::filesystem::path ProgramFolder() {
     return std::filesystem::path(ProgramPath()).parent_path();
 }
