@@ -83,7 +83,8 @@ std::string CsvLine(const std::vector<std::string>& fields) {
     std::string line;
     for (const std::string& field : fields) {
         if (&field != fields.data()) line += ',';
-        if (field.find_first_of(",\"\r\n") == std::string::npos) {
+        // A byte-order mark in front of all would be skipped.
+        if (field.find_first_of(",\"\r\n") == std::string::npos && !field.starts_with(kByteOrderMark)) {
             line += field;
             continue;
         }

@@ -23,6 +23,7 @@ TEST(CsvTest, ReadsTables) {
         {"", {}},
         {"a,b\r\nc,d\r\n", {{"a", "b"}, {"c", "d"}}},
         {"\xEF\xBB\xBFx\n", {{"x"}}},
+        {"\"\xEF\xBB\xBFx\"\n", {{"\xEF\xBB\xBFx"}}},
         {",\n,\n", {{"", ""}, {"", ""}}},
         {"\"a,b\",\"c\"\"d\"\n\"line\r\nend\",\"\"\"\"", {{"a,b", "c\"d"}, {"line\r\nend", "\""}}},
         {std::string("a\0b,c", 5), {{std::string("a\0b", 3), "c"}}},

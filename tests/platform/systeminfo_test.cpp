@@ -132,13 +132,14 @@ UINT WINAPI TypeOfDrive(LPCSTR root) {
 }
 
 TEST(SystemFacts, TheDriveThatCountsIsTheFirstFixedOneOrElseOneOfANetwork) {
+    constexpr UINT removable = 2, compactDisc = 5;
     const struct {
         UINT c, d, z;
         char drive;
     } rows[] = {{DRIVE_FIXED, DRIVE_FIXED, DRIVE_FIXED, 'C'},
-                {DRIVE_REMOTE, DRIVE_CDROM, DRIVE_FIXED, 'Z'},
-                {DRIVE_CDROM, DRIVE_REMOTE, DRIVE_REMOTE, 'D'},
-                {DRIVE_REMOVABLE, DRIVE_CDROM, DRIVE_RAMDISK, 0}};
+                {DRIVE_REMOTE, compactDisc, DRIVE_FIXED, 'Z'},
+                {compactDisc, DRIVE_REMOTE, DRIVE_REMOTE, 'D'},
+                {removable, compactDisc, removable, 0}};
     for (const auto& row : rows) {
         drives[0] = row.c;
         drives[1] = row.d;
