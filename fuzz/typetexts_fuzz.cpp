@@ -13,8 +13,8 @@ using fuzz::Check;
 namespace {
 
 // Its own pointer is null and its own number nothing in particular.
-void* Function() {
-    return nullptr;
+INT_PTR WINAPI Function() {
+    return 0;
 }
 
 std::string Described(const excelhost::TypeText& type) {
@@ -89,7 +89,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
 
     excelhost::Host host;
     host.KeepTrace(false);
-    host.AddModule(TEXT("fuzz.xll"), [](const char*) { return reinterpret_cast<FARPROC>(&Function); });
+    host.AddModule(TEXT("fuzz.xll"), [](const char*) -> FARPROC { return &Function; });
     const double id = Register(host, text);
     const auto found = host.Find(TEXT("FUNCTION"));
     Check((id != 0) == (found != nullptr), "what is taken is there");
