@@ -1,3 +1,2 @@
-find_package(ICU REQUIRED COMPONENTS uc)
 find_package(fmt REQUIRED)
-kestrolumen_bench(text USES text ICU::uc fmt::fmt)
+kestrolumen_bench(text USES text fmt::fmt)

@@ -1,18 +1,16 @@
-// Any bytes as UTF-8 and as UTF-16, with each set of vector instructions that the machine has, beside a
-// reader of one character after the other.
+// Any bytes as UTF-8 and as UTF-16 through the system's calls, beside a reader of one character after the other.
 #include "fuzz.h"
 
-#include "src/tableconversion.h"
-#include "src/utf8.h"
+#include <windows.h>
 
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <span>
 #include <string>
-#include <utility>
+#include <string_view>
 
 using fuzz::Check;
-using winapi::VectorSet;
 
 namespace {
 
@@ -89,39 +87,33 @@ Exact<Unit> Copy(std::basic_string_view<Unit> text, std::size_t offset) {
 
 // Converts into the size told, which must give the reference, and into one unit less, which must be refused.
 template <typename To, typename Convert>
-void CheckConversion(std::basic_string_view<To> reference, std::size_t told, std::size_t offset,
-                     Convert convert) {
-    Check(told == reference.size(), "the size is told");
-    const Exact<To> room(told, offset);
-    Check(convert(room.units) == told && room.View() == reference, "the text is the reference's");
-    if (told > 0) Check(!convert(Exact<To>(told - 1, offset).units), "less room is refused");
+void CheckConversion(std::basic_string_view<To> reference, std::size_t offset, Convert convert) {
+    const auto size = static_cast<int>(reference.size());
+    Check(convert(nullptr, 0) == size, "the size is told");
+    const Exact<To> room(reference.size(), offset);
+    Check(convert(room.units.data(), size) == size && room.View() == reference,
+          "the text is the reference's");
+    if (size < 2) return;
+    const Exact<To> tooSmall(reference.size() - 1, offset);
+    Check(convert(tooSmall.units.data(), size - 1) == 0, "less room is refused");
 }
 
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) return 0;
+    if (size < 3) return 0;
     const std::size_t offset = data[0] % 32;
     const std::string bytes(data + 1, data + size);
     const std::u16string units = fuzz::Wide({data + 1, size - 1}).GetString();
+    if (units.empty()) return 0;
     const auto utf8 = Copy(std::string_view(bytes), offset);
     const auto utf16 = Copy(std::u16string_view(units), offset);
-    const std::u16string wide = Utf16Reference(bytes);
-    const std::string narrow = Utf8Reference(units);
-    for (const VectorSet vectors : {VectorSet::baseline, VectorSet::avx2}) {
-        if (vectors > winapi::BestVectorSet()) continue;
-        CheckConversion<char16_t>(
-            wide, winapi::utf8::Utf16Length(utf8.View(), vectors), offset,
-            [&](auto room) { return winapi::utf8::ToUtf16(utf8.View(), room, vectors); });
-        CheckConversion<char>(narrow, winapi::utf8::Utf8Length(utf16.View(), vectors), offset,
-                              [&](auto room) { return winapi::utf8::ToUtf8(utf16.View(), room, vectors); });
-        const winapi::CodePage& western = *winapi::FindCodePage(1252);
-        const Exact<char16_t> plain(bytes.size(), offset), fast(bytes.size(), offset);
-        for (const auto& [room, set] : {std::pair(&plain, VectorSet::baseline), {&fast, vectors}}) {
-            Check(winapi::WideFromPage(western, utf8.View(), room->units, set) == bytes.size(),
-                  "a unit for a byte");
-        }
-        Check(plain.View() == fast.View(), "a page of single bytes is the same with vectors");
-    }
+    CheckConversion<char16_t>(Utf16Reference(bytes), offset, [&](char16_t* to, int room) {
+        return MultiByteToWideChar(CP_UTF8, 0, utf8.units.data(), static_cast<int>(bytes.size()), to, room);
+    });
+    CheckConversion<char>(Utf8Reference(units), offset, [&](char* to, int room) {
+        return WideCharToMultiByte(CP_UTF8, 0, utf16.units.data(), static_cast<int>(units.size()), to, room,
+                                   nullptr, nullptr);
+    });
     return 0;
 }

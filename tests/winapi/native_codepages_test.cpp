@@ -1,18 +1,15 @@
-// What only the stand-in has: the choice of the ANSI code page and of vector instructions.
+// What only the stand-in has: the choice of the ANSI code page.
 #include "codepagetext.h"
 
 #include <stdexcept>
 
 #include <mbctype.h>
 
-#include "src/utf8.h"
 #include "support/children.h"
 #include "support/home.h"
 #include "winapi/control.h"
 
 namespace {
-
-using winapi::VectorSet;
 
 TEST(AnsiCodePage, IsWhatTheProgramSays) {
     const UINT before = winapi::SetAnsiCodePage(932);
@@ -40,24 +37,5 @@ TEST(AnsiCodePage, IsThatOfTheEnvironmentToStartWith) {
         EXPECT_EQ(child.Finish(), 0);
     }
 }
-
-// The calls take the best that the machine has, so each set is tried by itself here.
-class WithVectors : public testing::TestWithParam<VectorSet> {
-  protected:
-    void SetUp() override {
-        if (GetParam() > winapi::BestVectorSet()) GTEST_SKIP() << "this machine doesn't have them";
-    }
-};
-
-// The counters of a vector's lanes are emptied now and then.
-TEST_P(WithVectors, LongTextIsCountedRight) {
-    const Wide text(300000, 0x20AC);
-    EXPECT_EQ(winapi::utf8::Utf8Length(text, GetParam()), 3 * text.size());
-}
-
-INSTANTIATE_TEST_SUITE_P(All, WithVectors, testing::Values(VectorSet::baseline, VectorSet::avx2),
-                         [](const auto& test) {
-                             return test.param == VectorSet::avx2 ? "Avx2" : "Baseline";
-                         });
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <climits>
 #include <cstdlib>
 #include <new>
-#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -12,9 +11,8 @@
 #include "winapi/codepages.h"
 #include "winapi/control.h"
 #include "winapi/errorcodes.h"
-#include "codepage_tables.h"
-#include "tableconversion.h"
-#include "utf8.h"
+#include "codepagetable.h"
+#include "textconversion.h"
 
 namespace {
 
@@ -57,14 +55,6 @@ int Fail(DWORD error) noexcept {
     return 0;
 }
 
-int Fits(std::size_t count) noexcept {
-    return count <= INT_MAX ? static_cast<int>(count) : Fail(ERROR_INVALID_PARAMETER);
-}
-
-int FitsIn(std::optional<std::size_t> written) noexcept {
-    return written ? Fits(*written) : Fail(ERROR_INSUFFICIENT_BUFFER);
-}
-
 template <class Unit>
 std::basic_string_view<Unit> SourceOf(const Unit* source, int length) noexcept {
     if (length >= 0) return {source, static_cast<std::size_t>(length)};
@@ -93,18 +83,12 @@ const CodePage* TablesOf(UINT codePage) noexcept {
     }
 }
 
-int Utf8ToWide(DWORD flags, std::string_view source, std::span<WCHAR> destination) noexcept {
-    if ((flags & ~static_cast<DWORD>(MB_ERR_INVALID_CHARS)) != 0) return Fail(ERROR_INVALID_FLAGS);
-    if (flags != 0 && !winapi::utf8::IsWellFormed(source)) return Fail(ERROR_NO_UNICODE_TRANSLATION);
-    if (destination.empty()) return Fits(winapi::utf8::Utf16Length(source));
-    return FitsIn(winapi::utf8::ToUtf16(source, destination));
-}
-
-int WideToUtf8(DWORD flags, std::u16string_view source, std::span<char> destination) noexcept {
-    if ((flags & ~static_cast<DWORD>(WC_ERR_INVALID_CHARS)) != 0) return Fail(ERROR_INVALID_FLAGS);
-    if (flags != 0 && !winapi::utf8::IsWellFormed(source)) return Fail(ERROR_NO_UNICODE_TRANSLATION);
-    if (destination.empty()) return Fits(winapi::utf8::Utf8Length(source));
-    return FitsIn(winapi::utf8::ToUtf8(source, destination));
+template <class To>
+int Finish(const winapi::Converted& converted, bool isStrict, std::span<To> destination) noexcept {
+    if (isStrict && !converted.isExact) return Fail(ERROR_NO_UNICODE_TRANSLATION);
+    if (converted.units > INT_MAX) return Fail(ERROR_INVALID_PARAMETER);
+    if (!destination.empty() && converted.units > destination.size()) return Fail(ERROR_INSUFFICIENT_BUFFER);
+    return static_cast<int>(converted.units);
 }
 
 template <class Info>
@@ -163,7 +147,7 @@ BOOL WINAPI IsDBCSLeadByteEx(UINT codePage, BYTE byte) noexcept {
     const UINT number = Resolve(codePage);
     if (number == CP_UTF8) return FALSE;
     const CodePage* const page = TablesOf(number);
-    return page != nullptr && page->IsLeadByte(byte);
+    return page != nullptr && page->facts.IsLeadByte(byte);
 }
 
 BOOL WINAPI IsDBCSLeadByte(BYTE byte) noexcept {
@@ -176,17 +160,16 @@ int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, LPCCH source, int sou
     const std::string_view text = SourceOf(source, sourceLength);
     const std::span<WCHAR> target = DestinationOf(destination, destinationSize);
     const UINT number = Resolve(codePage);
-    if (number == CP_UTF8) return Utf8ToWide(flags, text, target);
-
+    const bool isStrict = (flags & MB_ERR_INVALID_CHARS) != 0;
+    if (number == CP_UTF8) {
+        if ((flags & ~static_cast<DWORD>(MB_ERR_INVALID_CHARS)) != 0) return Fail(ERROR_INVALID_FLAGS);
+        return Finish(winapi::WideFromUtf8(text, target), isStrict, target);
+    }
     const CodePage* const page = TablesOf(number);
     if (page == nullptr) return 0;
     constexpr DWORD known = MB_PRECOMPOSED | MB_USEGLYPHCHARS | MB_ERR_INVALID_CHARS;
     if ((flags & ~known) != 0) return Fail(ERROR_INVALID_FLAGS);
-    if ((flags & MB_ERR_INVALID_CHARS) != 0 && !winapi::IsValidText(*page, text)) {
-        return Fail(ERROR_NO_UNICODE_TRANSLATION);
-    }
-    if (target.empty()) return Fits(winapi::WideLength(*page, text));
-    return FitsIn(winapi::WideFromPage(*page, text, target));
+    return Finish(winapi::WideFromPage(*page, text, target), isStrict, target);
 }
 
 int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH source, int sourceLength, LPSTR destination,
@@ -197,7 +180,8 @@ int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH source, int so
     const UINT number = Resolve(codePage);
     if (number == CP_UTF8) {
         if (defaultChar != nullptr || usedDefaultChar != nullptr) return Fail(ERROR_INVALID_PARAMETER);
-        return WideToUtf8(flags, text, target);
+        if ((flags & ~static_cast<DWORD>(WC_ERR_INVALID_CHARS)) != 0) return Fail(ERROR_INVALID_FLAGS);
+        return Finish(winapi::Utf8FromWide(text, target), flags != 0, target);
     }
 
     const CodePage* const page = TablesOf(number);
@@ -205,11 +189,7 @@ int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH source, int so
     constexpr DWORD known =
         WC_DISCARDNS | WC_SEPCHARS | WC_DEFAULTCHAR | WC_COMPOSITECHECK | WC_NO_BEST_FIT_CHARS;
     if ((flags & ~known) != 0) return Fail(ERROR_INVALID_FLAGS);
-    const std::uint16_t defaultCode = winapi::FirstCode(*page, defaultChar);
-    bool usedDefault = false;
-    const int result = target.empty()
-                           ? Fits(winapi::PageLength(*page, text, defaultCode, usedDefault))
-                           : FitsIn(winapi::PageFromWide(*page, text, target, defaultCode, usedDefault));
-    if (usedDefaultChar != nullptr) *usedDefaultChar = usedDefault ? TRUE : FALSE;
-    return result;
+    const winapi::Converted converted = winapi::PageFromWide(*page, text, target, defaultChar);
+    if (usedDefaultChar != nullptr) *usedDefaultChar = converted.isExact ? FALSE : TRUE;
+    return Finish(converted, false, target);
 }

@@ -1,4 +1,4 @@
-#include "codepage_tables.h"
+#include "codepagetable.h"
 
 #include <algorithm>
 #include <atomic>
@@ -92,46 +92,59 @@ char16_t UnitOf(Iconv& decoder, std::uint16_t code) {
     return static_cast<char16_t>(byte(0) | byte(1) << 8);
 }
 
-std::unique_ptr<CodePage> BuildByIconv(const CodePageFacts& facts) {
+// The code of `unit` to iconv, or 0.
+std::uint16_t CodeOf(Iconv& encoder, char16_t unit) {
+    const auto result = encoder.Convert({static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)});
+    if (!result || result->size() > 2) return 0;
+    std::uint16_t code = 0;
+    for (const char byte : *result)
+        code = static_cast<std::uint16_t>(code << 8 | static_cast<std::uint8_t>(byte));
+    return code;
+}
+
+void SetSingleBytes(CodePage& page, Iconv& decoder) {
+    char16_t nextUndefined = page.facts.undefinedFrom;
+    for (std::uint16_t byte = 0; byte < 256; ++byte) {
+        if (page.facts.IsLeadByte(static_cast<std::uint8_t>(byte))) continue;
+        char16_t unit = UnitOf(decoder, byte);
+        if (page.facts.number == 1255 && byte == 0xCA) unit = u'\u05BA';  // Windows has it, iconv doesn't
+        if (unit == 0) {
+            const bool isControl = byte < 0xA0 || nextUndefined == 0;
+            page.undefined[byte] = !isControl;
+            unit = isControl ? byte : nextUndefined++;
+        }
+        page.unitOfCode[byte] = unit;
+        page.codeOfUnit[unit] = byte;
+    }
+}
+
+void SetPairs(CodePage& page, Iconv& decoder, Iconv& encoder) {
+    for (std::size_t code = 0x8000; code < page.unitOfCode.size(); ++code) {
+        if (!page.facts.IsLeadByte(static_cast<std::uint8_t>(code >> 8)) || code % 256 == 0) continue;
+        const char16_t unit = UnitOf(decoder, static_cast<std::uint16_t>(code));
+        page.unitOfCode[code] = unit;
+        if (page.codeOfUnit[unit] == 0) page.codeOfUnit[unit] = static_cast<std::uint16_t>(code);
+    }
+    page.codeOfUnit[0] = 0;
+    // Several pairs may mean one unit: iconv knows the one that stands for it.
+    for (std::size_t unit = 0; unit < page.codeOfUnit.size(); ++unit) {
+        if (page.codeOfUnit[unit] <= 0xFF) continue;
+        const std::uint16_t code = CodeOf(encoder, static_cast<char16_t>(unit));
+        if (code > 0xFF && page.unitOfCode[code] == unit) page.codeOfUnit[unit] = code;
+    }
+}
+
+std::unique_ptr<CodePage> Build(const CodePageFacts& facts) {
     const std::string name = "CP" + std::to_string(facts.number);
     Iconv decoder("UTF-16LE", name);
     Iconv encoder(name, "UTF-16LE");
     if (!decoder.IsOpen() || !encoder.IsOpen()) return nullptr;
-
-    CodePage::SingleBytes single;
-    for (std::uint16_t byte = 0; byte < 256; ++byte) single[byte] = UnitOf(decoder, byte);
-    if (facts.number == 1255) single[0xCA] = u'\u05BA';  // Windows has it, iconv doesn't
-    auto page = std::make_unique<CodePage>(facts, single);
-    for (unsigned lead = 0; lead < 256; ++lead) {
-        if (!page->IsLeadByte(static_cast<std::uint8_t>(lead))) continue;
-        for (unsigned trail = 1; trail < 256; ++trail) {
-            const char16_t unit = UnitOf(decoder, static_cast<std::uint16_t>(lead << 8 | trail));
-            if (unit != 0) {
-                page->AddPair(static_cast<std::uint8_t>(lead), static_cast<std::uint8_t>(trail), unit);
-            }
-        }
-    }
-    for (unsigned unit = 1; unit <= 0xFFFF; ++unit) {
-        const auto wide = static_cast<char16_t>(unit);
-        const std::uint16_t code = page->CodeOfUnit(wide);
-        if (code <= 0xFF) continue;  // lacking, or a single byte, of which no two mean the same
-        const auto bytes = encoder.Convert({static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)});
-        if (!bytes || bytes->size() != 2) continue;
-        const auto byte = [&](std::size_t i) { return static_cast<std::uint8_t>((*bytes)[i]); };
-        page->PreferCode(wide, static_cast<std::uint16_t>(byte(0) << 8 | byte(1)));
-    }
+    const std::size_t codes = facts.MaxCharSize() == 2 ? 0x10000 : 0x100;
+    auto page = std::make_unique<CodePage>(
+        CodePage{facts, std::vector<char16_t>(codes), std::vector<std::uint16_t>(0x10000), {}});
+    SetSingleBytes(*page, decoder);
+    SetPairs(*page, decoder, encoder);
     return page;
-}
-
-// The page that nearly every Windows of the West has needs no iconv.
-std::unique_ptr<CodePage> BuildLatin1252(const CodePageFacts& facts) {
-    constexpr char16_t from0x80[] =
-        u"\u20AC\u0081\u201A\u0192\u201E\u2026\u2020\u2021\u02C6\u2030\u0160\u2039\u0152\u008D\u017D\u008F"
-        u"\u0090\u2018\u2019\u201C\u201D\u2022\u2013\u2014\u02DC\u2122\u0161\u203A\u0153\u009D\u017E\u0178";
-    CodePage::SingleBytes single;
-    for (std::size_t byte = 0; byte < 256; ++byte) single[byte] = static_cast<char16_t>(byte);
-    std::copy_n(from0x80, 32, single.begin() + 0x80);
-    return std::make_unique<CodePage>(facts, single);
 }
 
 }  // namespace
@@ -141,58 +154,6 @@ const CodePageFacts* FindFacts(UINT codePage) noexcept {
         std::find_if(std::begin(knownPages), std::end(knownPages),
                      [&](const CodePageFacts& facts) { return facts.number == codePage; });
     return found == std::end(knownPages) ? nullptr : found;
-}
-
-CodePage::CodePage(const CodePageFacts& pageFacts, const SingleBytes& single)
-    : facts_(pageFacts), singleBytes_(single), codes_(256) {
-    std::uint8_t rows = 0;
-    for (std::size_t range = 0; range < facts_.leadBytes.size(); range += 2) {
-        if (facts_.leadBytes[range] == 0) break;
-        for (unsigned byte = facts_.leadBytes[range]; byte <= facts_.leadBytes[range + 1]; ++byte) {
-            leadRows_[byte] = ++rows;
-            singleBytes_[byte] = 0;
-        }
-    }
-    unsigned byte = 0xA0;
-    while (byte < 256 && singleBytes_[byte] == byte) ++byte;
-    hasLatin1_ = byte == 256;
-    pairs_.resize(rows * std::size_t{256});
-    SetSingleBytes();
-}
-
-void CodePage::SetSingleBytes() {
-    char16_t nextUndefined = facts_.undefinedFrom;
-    for (std::uint16_t byte = 0; byte < 256; ++byte) {
-        if (leadRows_[byte] != 0) continue;
-        char16_t& unit = singleBytes_[byte];
-        if (unit == 0 && byte != 0) {
-            const bool isControl = (byte >= 0x80 && byte < 0xA0) || nextUndefined == 0;
-            undefined_[byte] = !isControl;
-            unit = isControl ? byte : nextUndefined++;
-        }
-        SetCode(unit, byte);
-    }
-}
-
-void CodePage::SetCode(char16_t unit, std::uint16_t code) {
-    std::uint16_t& row = codeRows_[unit >> 8];
-    if (row == 0) {
-        row = static_cast<std::uint16_t>(codes_.size() / 256);
-        codes_.resize(codes_.size() + 256);
-    }
-    codes_[row * std::size_t{256} + (unit & 0xFFu)] = code;
-}
-
-void CodePage::AddPair(std::uint8_t lead, std::uint8_t trail, char16_t unit) {
-    pairs_[(leadRows_[lead] - 1u) * std::size_t{256} + trail] = unit;
-    if (CodeOfUnit(unit) == 0) SetCode(unit, static_cast<std::uint16_t>(lead << 8 | trail));
-}
-
-void CodePage::PreferCode(char16_t unit, std::uint16_t code) {
-    const auto lead = static_cast<std::uint8_t>(code >> 8);
-    if (IsLeadByte(lead) && UnitOfPair(lead, static_cast<std::uint8_t>(code & 0xFF)) == unit) {
-        SetCode(unit, code);
-    }
 }
 
 const CodePage* FindCodePage(UINT codePage) {
@@ -206,7 +167,7 @@ const CodePage* FindCodePage(UINT codePage) {
     static std::mutex building;
     const std::lock_guard lock(building);
     if (const CodePage* const page = slot.load(std::memory_order_relaxed)) return page;
-    auto page = facts->number == 1252 ? BuildLatin1252(*facts) : BuildByIconv(*facts);
+    auto page = Build(*facts);
     slot.store(page.get(), std::memory_order_release);
     return page.release();  // kept to the end, when static objects may still convert text
 }
