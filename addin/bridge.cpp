@@ -29,7 +29,7 @@ class MacroAlertsOff {
 
 // Whether Excel refused the call. A function that answered with an error value leaves no return code.
 bool IsRefusedCall(const XXloper& result) noexcept {
-    return TypeOf(result) == xltypeErr && result.val.returnCode != xlretSuccess;
+    return TypeOf(result) == xltypeErr && result.val.failure.returnCode != xlretSuccess;
 }
 
 template <typename... Handles>

@@ -11,7 +11,8 @@ ThreadResultStore* store = nullptr;
 
 // The value for the cell where no other can be kept. It stands there before any code has run: initialised on
 // first use it would need what the process may have run out of.
-constinit XLOPER12 valueError = {.val = {.err = xlerrValue, .returnCode = 0}, .xltype = xltypeErr};
+constinit XLOPER12 valueError = {.val = {.failure = {.err = xlerrValue, .returnCode = 0}},
+                                 .xltype = xltypeErr};
 
 // Holds a store's flag for a scope.
 class SpinGuard {

@@ -2,13 +2,13 @@
 
 #include "automation/vbvectors.h"
 #include "errors/vex.h"
+#include "text/detail/compiler.h"
 #include "text/text.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <span>
-#include <type_traits>
 
 namespace {
 
@@ -21,23 +21,13 @@ void RequireRowsOfLength(const Matrix& matrix, std::size_t columns) {
                                            std::int64_t{shorter - matrix.begin()}));
 }
 
-// Two neighbours in memory, in one register.
-using Pair [[gnu::vector_size(16)]] = double;
-
-Pair Load(const double* from) noexcept {
-    Pair pair;
-    std::memcpy(&pair, from, sizeof pair);
-    return pair;
-}
-
-// The two values at each of two places, crossed over.
+// The two values at each of two places, crossed over. All are read before the first is written, so that
+// compilers can do it in two registers.
 void TransposeSquare(const double* from0, const double* from1, double* to0, double* to1) noexcept {
-    const Pair first = Load(from0);
-    const Pair second = Load(from1);
-    const Pair heads = __builtin_shufflevector(first, second, 0, 2);
-    const Pair tails = __builtin_shufflevector(first, second, 1, 3);
-    std::memcpy(to0, &heads, sizeof heads);
-    std::memcpy(to1, &tails, sizeof tails);
+    const double heads[] = {from0[0], from1[0]};
+    const double tails[] = {from0[1], from1[1]};
+    std::memcpy(to0, heads, sizeof heads);
+    std::memcpy(to1, tails, sizeof tails);
 }
 
 // The two ways that values go between the rows of a matrix and a block that holds column by column.
@@ -83,11 +73,10 @@ void MoveBand(std::span<Row, BandRows> band, const Strip<Place>& strip, std::siz
               std::size_t ahead) noexcept {
     std::array<decltype(band[0].data()), BandRows> rows;
     for (std::size_t r = 0; r < BandRows; ++r) rows[r] = band[r].data() + strip.left;
-    constexpr int forWriting = std::is_const_v<Place> ? 0 : 1;
     std::size_t c = 0;
     for (; c + 1 < strip.columns; c += 2) {
-        __builtin_prefetch(strip.At(ahead, c), forWriting);
-        __builtin_prefetch(strip.At(ahead, c + 1), forWriting);
+        kestrolumen::detail::Prefetch(strip.At(ahead, c));
+        kestrolumen::detail::Prefetch(strip.At(ahead, c + 1));
         Place* const column0 = strip.At(top, c);
         Place* const column1 = strip.At(top, c + 1);
         for (std::size_t r = 0; r < BandRows; r += 2) {

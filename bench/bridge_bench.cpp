@@ -53,7 +53,7 @@ struct Plain {
         if (code != 0) {
             result->xltype = xltypeErr;
             result->val.err = xlerrValue;
-            result->val.returnCode = code;
+            result->val.failure.returnCode = code;
         }
     }
     static LPXLOPER12 Call(int function, int count, LPXLOPER12* operands) {

@@ -24,7 +24,7 @@ void CallInto(XLOPER12& record, int functionNumber, int count, LPXLOPER12* opera
     Excel12(xlDisableXLMsgs, nullptr, 0);
     if (code != xlretSuccess) {
         SetErrorValue(record, xlerrValue);
-        record.val.returnCode = code;
+        record.val.failure.returnCode = code;
     }
 }
 

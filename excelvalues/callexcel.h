@@ -1,7 +1,7 @@
 // The one road of calls into Excel's function interface. A call always gives one XXloperPtr, and the caller
 // tells the outcomes apart by the value alone:
 //
-//   outcome                             type           val.err         val.returnCode
+//   outcome                             type           val.err         val.failure.returnCode
 //   Excel gave an ordinary value        not xltypeErr
 //   Excel gave an error value           xltypeErr      Excel's number  0
 //   the call failed                     xltypeErr      xlerrValue      the callback's return code

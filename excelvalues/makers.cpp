@@ -124,7 +124,7 @@ XXloperPtr XXloperFromBlob(const std::vector<BYTE>& bytes) {
 void SetErrorValue(XLOPER12& record, std::int32_t code) noexcept {
     record.xltype = xltypeErr;
     record.val.err = code;
-    record.val.returnCode = 0;
+    record.val.failure.returnCode = 0;
 }
 
 void SetSingleCellArray(XLOPER12& record, XLOPER12* element) noexcept {

@@ -46,12 +46,14 @@ struct XLOPER12 {
         XCHAR* str;
         // xltypeBool.
         BOOL xbool;
-        // xltypeErr: one of the xlerr... numbers. `returnCode` is this system's own addition, in room that
-        // Excel leaves unused: the code that Excel's callback gave when a call failed, 0 in any other value.
-        __extension__ struct {
+        // xltypeErr: one of the xlerr... numbers, which is failure.err too. `returnCode` is this system's own
+        // addition, in room that Excel leaves unused: the code that Excel's callback gave when a call failed, 0
+        // in any other value.
+        std::int32_t err;
+        struct {
             std::int32_t err;
             std::int32_t returnCode;
-        };
+        } failure;
         // xltypeInt.
         std::int32_t w;
         // xltypeSRef: one rectangle on the current sheet; `count` is always 1.
@@ -99,7 +101,7 @@ static_assert(sizeof(XLREF12) == 16);
 static_assert(sizeof(XLMREF12) == 20 && offsetof(XLMREF12, reflref) == 4);
 static_assert(sizeof(XLOPER12) == 32 && alignof(XLOPER12) == 8);
 static_assert(offsetof(XLOPER12, val) == 0 && offsetof(XLOPER12, xltype) == 24);
-static_assert(offsetof(XLOPER12, val.err) == 0 && offsetof(XLOPER12, val.returnCode) == 4);
+static_assert(offsetof(XLOPER12, val.err) == 0 && offsetof(XLOPER12, val.failure.returnCode) == 4);
 static_assert(offsetof(XLOPER12, val.sref.ref) == 4);
 static_assert(offsetof(XLOPER12, val.mref.idSheet) == sizeof(void*));
 static_assert(offsetof(XLOPER12, val.array.rows) == sizeof(void*));

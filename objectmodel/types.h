@@ -10,9 +10,6 @@
 #include "objectmodel/com_ptr.h"
 #include "objectmodel/owned.h"
 
-// A macro of Windows' printing interface, which would rename the class of that name.
-#undef DocumentProperties
-
 namespace MsExcel {
 class AddIn;
 class AddIns;
@@ -20,7 +17,7 @@ class Application;
 class Areas;
 class AutoCorrect;
 class Comment;
-class DocumentProperties;
+class DocumentPropertiesClass;
 class DocumentProperty;
 class Hyperlink;
 class Hyperlinks;
@@ -43,6 +40,12 @@ class Windows;
 class Workbook;
 class Workbooks;
 class Worksheet;
+
+// Windows' printing interface has a macro of this name, which makes it one of the other two: the class is found
+// by the name in either case, and is the same one whether or not a caller's headers have the macro.
+using DocumentProperties = DocumentPropertiesClass;
+using DocumentPropertiesA = DocumentPropertiesClass;
+using DocumentPropertiesW = DocumentPropertiesClass;
 }  // namespace MsExcel
 
 // The marker of an omitted optional argument: VT_ERROR with DISP_E_PARAMNOTFOUND. It is initialised before

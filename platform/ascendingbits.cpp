@@ -1,6 +1,8 @@
 #include "platform/detail/ascendingbits.h"
 
 #include "platform/bits.h"
+#include "text/detail/compiler.h"
+#include "text/detail/cpusupport.h"
 
 #include <cstddef>
 #include <cstring>
@@ -13,17 +15,9 @@ void SetOneByOne(std::uint8_t* bytes, std::span<const std::int32_t> values) noex
 
 }  // namespace
 
-#if (defined(__x86_64__) || defined(__i386__)) && defined(__OPTIMIZE__)
-
-#include <immintrin.h>
-
-// GCC does not align the stack of 64-bit Windows to registers of 32 bytes (its bug 54412), so they must never
-// be put there, which only a build without optimisation would do.
-#define WITH_AVX2 gnu::target("avx2")
+#if KESTROLUMEN_WIDE_REGISTERS
 
 namespace {
-
-const bool hasAvx2 = __builtin_cpu_supports("avx2");
 
 constexpr std::size_t lanes = 8;
 
@@ -31,11 +25,12 @@ constexpr std::size_t lanes = 8;
 // are put together when the word is stored.
 class Word {
   public:
-    [[WITH_AVX2]] explicit Word(std::uint32_t first) noexcept
+    KESTROLUMEN_FOR("avx2")
+    explicit Word(std::uint32_t first) noexcept
         : first_(first), firsts_(_mm256_set1_epi32(static_cast<int>(first))) {}
 
     // A shift by 32 or more, and so by less than 0, gives 0: what doesn't belong into the word adds nothing.
-    [[WITH_AVX2, gnu::always_inline]] void Add(__m256i values) noexcept {
+    KESTROLUMEN_INLINE_FOR("avx2") void Add(__m256i values) noexcept {
         const __m256i highestBit = _mm256_set1_epi32(static_cast<int>(0x80000000));
         const __m256i places = _mm256_sub_epi32(values, firsts_);
         const __m256i placesInLow = _mm256_sub_epi32(places, _mm256_set1_epi32(32));
@@ -50,16 +45,17 @@ class Word {
     // Whether no value can lie between the two.
     [[nodiscard]] bool Follows(const Word& other) const noexcept { return first_ - other.first_ == 64; }
 
-    [[WITH_AVX2, gnu::always_inline]] void Store(std::uint8_t* bytes) const noexcept {
+    KESTROLUMEN_INLINE_FOR("avx2") void Store(std::uint8_t* bytes) const noexcept {
         const __m256i pairs =
             _mm256_or_si256(_mm256_unpacklo_epi32(low_, high_), _mm256_unpackhi_epi32(low_, high_));
         const __m128i two = _mm_or_si128(_mm256_castsi256_si128(pairs), _mm256_extracti128_si256(pairs, 1));
         const __m128i one = _mm_or_si128(two, _mm_unpackhi_epi64(two, two));
+        const __m128i highestFirst = _mm_setr_epi8(7, 6, 5, 4, 3, 2, 1, 0, -1, -1, -1, -1, -1, -1, -1, -1);
         std::uint64_t word = 0;
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(&word), one);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(&word), _mm_shuffle_epi8(one, highestFirst));
         std::uint64_t stored = 0;
         std::memcpy(&stored, bytes + first_ / 8, sizeof stored);
-        stored |= __builtin_bswap64(word);
+        stored |= word;
         std::memcpy(bytes + first_ / 8, &stored, sizeof stored);
     }
 
@@ -70,7 +66,7 @@ class Word {
     __m256i low_ = _mm256_setzero_si256();
 };
 
-[[WITH_AVX2]] void SetByWords(std::uint8_t* bytes, std::span<const std::int32_t> values) noexcept {
+KESTROLUMEN_FOR("avx2") void SetByWords(std::uint8_t* bytes, std::span<const std::int32_t> values) noexcept {
     Word word(0);
     for (; values.size() >= lanes; values = values.subspan(lanes)) {
         const __m256i next = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(values.data()));
@@ -91,7 +87,7 @@ class Word {
 
 void kestrolumen::detail::SetAscendingBits(std::uint8_t* bytes,
                                            std::span<const std::int32_t> values) noexcept {
-    hasAvx2 ? SetByWords(bytes, values) : SetOneByOne(bytes, values);
+    KnownCpuSupport().avx2 ? SetByWords(bytes, values) : SetOneByOne(bytes, values);
 }
 
 #else

@@ -1,8 +1,6 @@
 #include "platform/cpufeatures.h"
 
-#if defined(__x86_64__) || defined(__i386__)
-#include <cpuid.h>
-#endif
+#include "text/detail/compiler.h"
 
 namespace {
 
@@ -12,40 +10,24 @@ constexpr bool HasBit(std::uint64_t bits, unsigned bit) noexcept {
 
 constexpr unsigned osxsave = 27;  // in ECX of leaf 1: XGETBV may be used
 
-#if defined(__x86_64__) || defined(__i386__)
-
-std::uint64_t ReadXcr0() noexcept {
-    std::uint32_t low = 0, high = 0;
-    asm volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
-    return std::uint64_t{high} << 32 | low;
-}
-
 void AppendBytes(std::string& text, std::uint32_t bytes) {
     for (unsigned shift = 0; shift < 32; shift += 8) text += static_cast<char>(bytes >> shift & 0xFF);
 }
 
 kestrolumen::detail::CpuRegisters Ask() {
+    using kestrolumen::detail::AskCpu;
     kestrolumen::detail::CpuRegisters result;
-    unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
-    if (__get_cpuid(0, &eax, &ebx, &ecx, &edx) != 0) {
-        for (const unsigned part : {ebx, edx, ecx}) AppendBytes(result.vendor, part);
+    const kestrolumen::detail::Cpuid vendor = AskCpu(0);
+    if (vendor.eax != 0) {
+        for (const std::uint32_t part : {vendor.ebx, vendor.edx, vendor.ecx})
+            AppendBytes(result.vendor, part);
     }
-    if (__get_cpuid(1, &eax, &ebx, &ecx, &edx) != 0) {
-        result.ecx1 = ecx;
-        result.edx1 = edx;
-    }
-    if (__get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) != 0) result.ebx7 = ebx;
-    if (HasBit(result.ecx1, osxsave)) result.xcr0 = ReadXcr0();
+    result.ecx1 = AskCpu(1).ecx;
+    result.edx1 = AskCpu(1).edx;
+    result.ebx7 = AskCpu(7).ebx;
+    result.xcr0 = kestrolumen::detail::SavedRegisters();
     return result;
 }
-
-#else
-
-kestrolumen::detail::CpuRegisters Ask() {
-    return {};
-}
-
-#endif
 
 struct Cpu {
     std::string vendor;

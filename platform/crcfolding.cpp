@@ -1,15 +1,14 @@
 #include "platform/detail/crcfolding.h"
 
-#if defined(__x86_64__) || defined(__i386__)
+#include "text/detail/compiler.h"
+#include "text/detail/cpusupport.h"
 
-#include <immintrin.h>
+#if KESTROLUMEN_X86
 
 #include <span>
 
-// Set for each function by itself and not for the file: what the file takes from headers stays usable on
-// every machine.
-#define WITH_CLMUL [[gnu::target("pclmul,sse4.1")]]
-#define WITH_WIDE_CLMUL [[gnu::target("vpclmulqdq,pclmul,avx2")]]
+#define WITH_CLMUL KESTROLUMEN_FOR("pclmul,sse4.1")
+#define WITH_WIDE_CLMUL KESTROLUMEN_FOR("vpclmulqdq,pclmul,avx2")
 
 // The message is a polynomial, its first bit the highest coefficient. Folding keeps 16 bytes that are
 // congruent to what has been read so far, modulo the polynomial P of the check: to go n bits on, the two
@@ -175,14 +174,9 @@ WITH_CLMUL __m128i FoldBlocks(__m128i state, Bytes& rest) noexcept {
     return all;
 }
 
-// Whether the machine has registers of 32 bytes for that. GCC does not align the stack of 64-bit Windows to
-// them (its bug 54412), so they must never be put there, which only a build without optimisation would do.
+// Whether the machine has registers of 32 bytes for that.
 bool CanFoldWide() noexcept {
-#ifdef __OPTIMIZE__
-    return __builtin_cpu_supports("vpclmulqdq") && __builtin_cpu_supports("avx2");
-#else
-    return false;
-#endif
+    return KESTROLUMEN_WIDE_REGISTERS && kestrolumen::detail::KnownCpuSupport().vpclmulqdq;
 }
 
 template <typename Order>
@@ -258,7 +252,7 @@ WITH_CLMUL typename Order::State Fold(typename Order::State state, Bytes rest) n
 
 namespace kestrolumen::detail {
 
-const bool canFold = __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("sse4.1");
+const bool canFold = KnownCpuSupport().pclmul;
 
 std::uint32_t FoldCrc32(std::uint32_t state, const unsigned char* data, std::size_t length) noexcept {
     return Fold<LowestBitFirst>(state, {data, length});

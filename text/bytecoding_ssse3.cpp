@@ -1,12 +1,11 @@
 #include "text/detail/bytecoding_ssse3.h"
 
-#if defined(__x86_64__) || defined(__i386__)
+#include "text/detail/compiler.h"
+#include "text/detail/cpusupport.h"
 
-#include <tmmintrin.h>
+#if KESTROLUMEN_X86
 
-// Set for each function by itself and not for the file: what the file takes from headers stays usable on
-// every machine.
-#define WITH_SSSE3 [[gnu::target("ssse3")]]
+#define WITH_SSSE3 KESTROLUMEN_FOR("ssse3")
 
 namespace {
 
@@ -71,7 +70,7 @@ WITH_SSSE3 inline __m128i SixBitValues(__m128i characters, bool& valid) noexcept
 }
 
 bool HasSsse3() noexcept {
-    return __builtin_cpu_supports("ssse3") != 0;
+    return kestrolumen::detail::KnownCpuSupport().ssse3;
 }
 
 WITH_SSSE3 std::size_t EncodeHexWide(const std::uint8_t* bytes, std::size_t size, char* digits) noexcept {

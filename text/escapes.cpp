@@ -31,8 +31,8 @@ Target* WriteEscape(WCHAR unit, Target* target) noexcept {
     return WriteEscape(static_cast<char>(unit & 0xFF), target);
 }
 
-template <typename Unit>
-void Resize(CStringT<Unit>& text, std::uint64_t length) {
+template <typename Text>
+void Resize(Text& text, std::uint64_t length) {
     static_cast<void>(text.GetBufferSetLength(
         kestrolumen::detail::CStringLength(length, "escaped text: longer than 2^31 - 2 units")));
 }
@@ -42,8 +42,8 @@ void Resize(std::string& text, std::uint64_t length) {
     text.resize(static_cast<std::size_t>(length));
 }
 
-template <typename Unit>
-Unit* Start(CStringT<Unit>& text) {
+template <typename Text>
+auto* Start(Text& text) {
     return text.GetBuffer();
 }
 

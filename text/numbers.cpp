@@ -16,7 +16,7 @@ Unit Digit(unsigned value) noexcept {
 }
 
 template <typename Unit>
-CStringT<Unit> Grouped(std::int64_t value, Unit separator) {
+kestrolumen::CStringOf<Unit> Grouped(std::int64_t value, Unit separator) {
     Unit buffer[32];
     Unit* const end = std::end(buffer);
     Unit* begin = end;
@@ -34,7 +34,7 @@ CStringT<Unit> Grouped(std::int64_t value, Unit separator) {
         *--begin = Digit<Unit>(first % 10);
     }
     if (isNegative) *--begin = '-';
-    return CStringT<Unit>(begin, static_cast<int>(end - begin));
+    return {begin, static_cast<int>(end - begin)};
 }
 
 char* WithoutTrailingZeros(const char* point, char* end) noexcept {

@@ -12,8 +12,8 @@
 
 namespace {
 
-template <typename Unit>
-void Append(CStringT<Unit>& text, const Unit* units, std::size_t count) {
+template <typename Text, typename Unit>
+void Append(Text& text, const Unit* units, std::size_t count) {
     text.Append(units, kestrolumen::detail::CStringLength(count, "list as text: longer than 2^31 - 2 units"));
 }
 
@@ -173,8 +173,8 @@ Text ByteList(const std::vector<std::uint8_t>& values, bool hex) {
 }
 
 // Up to its first zero unit.
-template <typename Unit>
-const Unit* ZeroTerminated(const CStringT<Unit>& text) noexcept {
+template <typename Text>
+auto* ZeroTerminated(const Text& text) noexcept {
     return text.GetString();
 }
 const char* ZeroTerminated(const std::string& text) noexcept {

@@ -25,26 +25,28 @@
 
 namespace kestrolumen::detail {
 
-template <typename Unit>
-[[nodiscard]] CStringT<Unit> Trimmed(CStringT<Unit> text) {
+template <typename Text>
+[[nodiscard]] Text Trimmed(Text text) {
     return std::move(text.Trim());
 }
-template <typename Unit>
-[[nodiscard]] CStringT<Unit> Lower(CStringT<Unit> text) {
+template <typename Text>
+[[nodiscard]] Text Lower(Text text) {
     return std::move(text.MakeLower());
 }
-template <typename Unit>
-[[nodiscard]] CStringT<Unit> Upper(CStringT<Unit> text) {
+template <typename Text>
+[[nodiscard]] Text Upper(Text text) {
     return std::move(text.MakeUpper());
 }
 template <typename Unit>
-[[nodiscard]] CStringT<Unit> Replaced(CStringT<Unit> text, const Unit* from, const Unit* to) {
+[[nodiscard]] CStringOf<Unit> Replaced(CStringOf<Unit> text, const Unit* from, const Unit* to) {
     text.Replace(from, to);
     return text;
 }
 
-template <typename Unit>
-[[nodiscard]] std::basic_string<Unit> Std(const CStringT<Unit>& text) {
+[[nodiscard]] inline std::string Std(const CStringA& text) {
+    return text.GetString();
+}
+[[nodiscard]] inline StdWString Std(const CStringW& text) {
     return text.GetString();
 }
 

@@ -10,8 +10,19 @@
 
 #include <atlstr.h>
 
+#include <concepts>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 using StdWString = std::basic_string<WCHAR>;
 using StdWStringView = std::basic_string_view<WCHAR>;
+
+namespace kestrolumen {
+
+// CStringA or CStringW by its unit, for templates. The class template behind the two isn't the same everywhere.
+template <typename Unit>
+requires std::same_as<Unit, char> || std::same_as<Unit, WCHAR>
+using CStringOf = std::conditional_t<std::is_same_v<Unit, char>, CStringA, CStringW>;
+
+}  // namespace kestrolumen

@@ -15,7 +15,7 @@ class TextView : public std::basic_string_view<Unit> {
 
   public:
     TextView(const Unit* text) noexcept : View(text == nullptr ? View() : View(text)) {}
-    TextView(const CStringT<Unit>& text) noexcept
+    TextView(const kestrolumen::CStringOf<Unit>& text) noexcept
         : View(text.GetString(), static_cast<std::size_t>(text.GetLength())) {}
     TextView(const std::basic_string<Unit>& text) noexcept : View(text) {}
     TextView(View text) noexcept : View(text) {}

@@ -82,13 +82,14 @@ CStringA NextQuotedOfDoubleByte(const CStringA& text, const UnitSet<WCHAR>& deli
 }
 
 template <typename Unit>
-CStringT<Unit> Abbreviated(const CStringT<Unit>& text, std::uint32_t head, std::uint32_t tail) {
+kestrolumen::CStringOf<Unit> Abbreviated(const kestrolumen::CStringOf<Unit>& text, std::uint32_t head,
+                                         std::uint32_t tail) {
     constexpr Unit dots[] = {'.', '.', '.'};
     const auto length = static_cast<std::uint64_t>(text.GetLength());
     if (length <= std::uint64_t{head} + tail + std::size(dots)) return text;
     const auto first = static_cast<int>(head);
     const auto last = static_cast<int>(tail);
-    CStringT<Unit> abbreviated;
+    kestrolumen::CStringOf<Unit> abbreviated;
     Unit* at = abbreviated.GetBufferSetLength(first + static_cast<int>(std::size(dots)) + last);
     at = std::copy_n(text.GetString(), first, at);
     at = std::copy(std::begin(dots), std::end(dots), at);
@@ -153,9 +154,9 @@ CStringA TokenizeQuotedA(const CStringA& text, const CStringA& delimiters, int& 
 }
 
 CStringA AbbreviatedA(const CStringA& text, std::uint32_t head, std::uint32_t tail) {
-    return Abbreviated(text, head, tail);
+    return Abbreviated<char>(text, head, tail);
 }
 
 CStringW AbbreviatedW(const CStringW& text, std::uint32_t head, std::uint32_t tail) {
-    return Abbreviated(text, head, tail);
+    return Abbreviated<WCHAR>(text, head, tail);
 }

@@ -40,8 +40,9 @@ void CallsIntoExcel() {
         std::printf("  the answer: %s\n", Utf8FromCStringW(upper->ToCStringW()).c_str());
     }
     const XXloperPtr refused = CallExcel(4711);
-    if (TypeOf(*refused) == xltypeErr && refused->val.returnCode != xlretSuccess) {
-        std::printf("  refused with code %d, shown as error %d\n", refused->val.returnCode, refused->val.err);
+    if (TypeOf(*refused) == xltypeErr && refused->val.failure.returnCode != xlretSuccess) {
+        std::printf("  refused with code %d, shown as error %d\n", refused->val.failure.returnCode,
+                    refused->val.err);
     }
 }
 

@@ -86,7 +86,7 @@ TEST_F(Bridge, TakesOneRoadOfThree) {
             host.Refuse(xlUDF, code);
             const XLOPER12* const result = expectEntries(off + first + second + "xlFree " + on);
             EXPECT_EQ(excelhost::ValueFrom(*result), Value(ErrorValue{xlerrValue}));
-            EXPECT_EQ(result->val.returnCode, code);
+            EXPECT_EQ(result->val.failure.returnCode, code);
             host.StopRefusing();
         }
         EXPECT_EQ(host.AlertsShown(), 0u);

@@ -160,7 +160,7 @@ class ResultStore : public testing::Test {
         const XLOPER12* const record = StoreThreadResult(value);
         EXPECT_EQ(record->xltype, xltypeErr);
         EXPECT_EQ(record->val.err, xlerrValue);
-        EXPECT_EQ(record->val.returnCode, 0);
+        EXPECT_EQ(record->val.failure.returnCode, 0);
         EXPECT_EQ(value.use_count(), 1);
         EXPECT_TRUE(OpenedThreadResultStore() == nullptr || Store().slots.empty());
         EXPECT_TRUE(OpenedThreadResultStore() == nullptr || Store().spinFlag == 0);

@@ -81,7 +81,7 @@ static_assert(!IsCall<std::nullptr_t> && !IsCall<XXloper*, std::nullptr_t> && !I
 TEST_F(CallExcelTest, PassesOperandsInOrderAndTakesNoReference) {
     answer = [](XLOPER12* result) {
         EXPECT_EQ(result->xltype, 0u);
-        EXPECT_EQ(result->val.returnCode, 0);
+        EXPECT_EQ(result->val.failure.returnCode, 0);
         return xlretSuccess;
     };
     [&]<std::size_t... Count>(std::index_sequence<Count...>) {
@@ -113,7 +113,7 @@ TEST_F(CallExcelTest, ValueTellsTheOutcomeAndGoesBackWhateverItIs) {
             XXloperPtr result = CallExcel(xlUDF);
             EXPECT_EQ(TypeOf(*result), xltypeErr);
             EXPECT_EQ(result->val.err, each.error);
-            EXPECT_EQ(result->val.returnCode, each.returnCode);
+            EXPECT_EQ(result->val.failure.returnCode, each.returnCode);
             record = result.get();
             const XXloperPtr second = std::move(result);
         });

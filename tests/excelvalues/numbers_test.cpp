@@ -30,7 +30,7 @@ std::string Number(std::uint64_t bits) {
 }
 std::string Shown(const XXloper& value) {
     if (value.xltype == xltypeNum) return Number(BitsOf(value.val.num));
-    if (value.xltype == xltypeErr && value.val.returnCode == 0)
+    if (value.xltype == xltypeErr && value.val.failure.returnCode == 0)
         return "error " + std::to_string(value.val.err);
     return value.xltype == xltypeNil ? "nil" : "type " + std::to_string(value.xltype);
 }

@@ -21,7 +21,7 @@ TEST(ValueChecksum, GoesOverTheFieldsInOrder) {
     null[2].val.array = {nullptr, 2, 0x10003};
     XLOPER12 failed{};
     SetErrorValue(failed, xlerrValue);
-    failed.val.returnCode = xlretFailed;
+    failed.val.failure.returnCode = xlretFailed;
     failed.xltype |= xlbitDLLFree;
     std::string longUnits = Field(xltypeStr, 4) + Field(5000, 2);
     for (int i = 0; i < 5000; ++i) longUnits += Field(0x1234, 2);

@@ -1,16 +1,12 @@
 // Sets of single units, such as the delimiters of tokens.
 #pragma once
 
+#include "text/detail/compiler.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <string_view>
-
-// 64-bit x86 has these registers always, 32-bit x86 when the build says so.
-#if defined(__SSE2__) || defined(_M_X64)
-#define KESTROLUMEN_TEXT_SSE2
-#include <emmintrin.h>
-#endif
 
 namespace kestrolumen::detail {
 
@@ -28,7 +24,7 @@ class BlockOfUnits {
     [[nodiscard]] unsigned PlacesIn(const Unit* block) const noexcept;
 
   private:
-#ifdef KESTROLUMEN_TEXT_SSE2
+#if KESTROLUMEN_SSE2
     using Register = __m128i;
 
     [[nodiscard]] Register PlacesInRegister(const Unit* units) const noexcept {
@@ -58,7 +54,7 @@ class BlockOfUnits {
 
 template <typename Unit>
 unsigned BlockOfUnits<Unit>::PlacesIn(const Unit* block) const noexcept {
-#ifdef KESTROLUMEN_TEXT_SSE2
+#if KESTROLUMEN_SSE2
     Register places = PlacesInRegister(block);
     if constexpr (sizeof(Unit) == 2) places = _mm_packs_epi16(places, PlacesInRegister(block + 8));
     return static_cast<unsigned>(_mm_movemask_epi8(places));

@@ -17,7 +17,7 @@ TEST_F(HostedAddIn, GivesValueErrorsWithoutExcelAndLeavesQuietly) {
         const XLOPER12* const result = Export<decltype(NetOutputPrediction)>(addIn, "NetOutputPrediction")(
             &missing, &missing, &missing, &missing, &missing);
         EXPECT_EQ(excelhost::ValueFrom(*result), Value(ErrorValue{xlerrValue}));
-        EXPECT_EQ(result->val.returnCode, call < 2 ? xlretFailed : 0);
+        EXPECT_EQ(result->val.failure.returnCode, call < 2 ? xlretFailed : 0);
         if (call == 1) Close();
     }
     EXPECT_TRUE(host.Trace().empty());
