@@ -145,7 +145,7 @@ TEST(Makers, LentBytesAndElementsAreNotCopied) {
     EXPECT_EQ(record.val.array.lparray, &element);
     EXPECT_EQ(record.val.array.rows * record.val.array.columns, 1);
     SetErrorValue(element, xlerrNA);
-    EXPECT_EQ(element.val.returnCode, 0) << "whatever stood there";
+    EXPECT_EQ(element.val.failure.returnCode, 0) << "whatever stood there";
     EXPECT_EQ(XXloperFromBool(2)->val.xbool, 2) << "the byte as it is";
 }
 
