@@ -63,7 +63,7 @@ class ValuePrinter:
         return "text " + read_text(address + 2, count, 2)
 
     def error(self):
-        number, refused = int(self.content["err"]), int(self.content["returnCode"])
+        number, refused = int(self.content["err"]), int(self.content["failure"]["returnCode"])
         name = ERRORS.get(number, f"number {number}")
         return f"error {name}" + (f", Excel refused the call with code {refused}" if refused else "")
 
