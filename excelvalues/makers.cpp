@@ -12,9 +12,7 @@ namespace {
 constexpr std::size_t LongestString = 32767;
 
 std::size_t LengthUpToLimit(const WCHAR* text) noexcept {
-    std::size_t length = 0;
-    while (length < LongestString && text[length] != 0) ++length;
-    return length;
+    return std::min(std::char_traits<WCHAR>::length(text), LongestString);
 }
 
 // `length` is at most LongestString.

@@ -25,7 +25,7 @@ for argument in "$@"; do
     -h|--help)   help "$0"; exit ;;
     --windows)   preset=bench-win32 home=win32; continue ;;
     --windows64) preset=bench-win64 home=win64; continue ;;
-    --publish)   scripts/setup.sh bench; exec python3 scripts/bench_publish.py ;;
+    --publish)   scripts/setup.sh bench; exec /usr/bin/python3 scripts/bench_publish.py ;;
   esac
   [[ " ${known[*]} " == *" $argument "* ]] || { echo "bench.sh: there is no benchmark '$argument': ${known[*]}" >&2; exit 2; }
   names+=("$argument")

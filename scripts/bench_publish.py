@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Puts the benchmarks' results into docs/performance.md: tables between its marks, charts beside it.
 
 Reads bench-results/HOME/*.json, which scripts/bench.sh wrote. What a home has no results for stays as it is.
