@@ -4,6 +4,7 @@
 #   scripts/setup.sh            the native lanes
 #   scripts/setup.sh windows    native, the 32-bit native lane, MinGW and Wine
 #   scripts/setup.sh bench      native, and the rivals that the benchmarks measure against
+#   scripts/setup.sh package    native, MinGW, and what makes pages of the documentation
 #   scripts/setup.sh all        everything
 #
 # A package index that can't be fetched is told and ends nothing: a package that can't be installed does, by name.
@@ -23,13 +24,16 @@ wine=(wine wine32:i386 wine64)
 # matplotlib draws the charts of docs/performance.md.
 bench=(libbenchmark-dev libicu-dev libfmt-dev libeigen3-dev zlib1g-dev liblzma-dev python3-matplotlib)
 
+pages=(python3-markdown)
+
 case "$what" in
   native)  packages=("${native[@]}"); want_wine= ;;
   bench)   packages=("${native[@]}" "${bench[@]}"); want_wine= ;;
   windows) packages=("${native[@]}" "${native32[@]}" "${mingw[@]}"); want_wine=1 ;;
-  all)     packages=("${native[@]}" "${locales[@]}" "${sanitizers[@]}" "${native32[@]}" "${mingw[@]}" "${bench[@]}"); want_wine=1 ;;
+  package) packages=("${native[@]}" "${mingw[@]}" "${pages[@]}"); want_wine= ;;
+  all)     packages=("${native[@]}" "${locales[@]}" "${sanitizers[@]}" "${native32[@]}" "${mingw[@]}" "${bench[@]}" "${pages[@]}"); want_wine=1 ;;
   -h|--help) help "$0"; exit ;;
-  *) echo "setup.sh: '$what' is none of: native, windows, bench, all" >&2; exit 2 ;;
+  *) echo "setup.sh: '$what' is none of: native, windows, bench, package, all" >&2; exit 2 ;;
 esac
 
 say() { echo "setup.sh: $*" >&2; }
