@@ -114,8 +114,9 @@ LPXLOPER12 WINAPI OwnFind(LPXLOPER12 values, const WCHAR* text) {
 }
 
 int WINAPI xlAutoOpen() {
+    LocateExcel12Entry();
+    OpenThreadResultStore();
     try {
-        OpenThreadResultStore();
         const XXloperPtr module = CallExcel(xlGetName);
         for (std::size_t i = 0; i < std::size(functions); ++i) Register(module, procedures[i], functions[i]);
         return 1;
@@ -129,10 +130,5 @@ int WINAPI xlAutoClose() {
     ids.clear();
     CloseThreadResultStore();
     return 1;
-}
-
-BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
-    if (reason == DLL_PROCESS_ATTACH) LocateExcel12Entry();
-    return TRUE;
 }
 }
