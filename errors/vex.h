@@ -121,6 +121,7 @@ class VexExcelError : public VexException {
     using VexException::VexException;
 };
 
+// The sheet is protected. `args`: the address of the cell.
 class VexExcelWorksheetProtected : public VexExcelError {
   public:
     VexExcelWorksheetProtected(const char* raiser, std::int32_t number, CStringW address)
@@ -130,6 +131,7 @@ class VexExcelWorksheetProtected : public VexExcelError {
     using VexExcelError::VexExcelError;
 };
 
+// The sheet is protected and the cell locked. `args`: its address.
 class VexExcelWorksheetProtectedCellLocked : public VexExcelWorksheetProtected {
   public:
     VexExcelWorksheetProtectedCellLocked(const char* raiser, std::int32_t number, CStringW address)
@@ -137,6 +139,7 @@ class VexExcelWorksheetProtectedCellLocked : public VexExcelWorksheetProtected {
                                      std::move(address)) {}
 };
 
+// The sheet is protected and hides the cell's formula. `args`: its address.
 class VexExcelWorksheetProtectedCellHidden : public VexExcelWorksheetProtected {
   public:
     VexExcelWorksheetProtectedCellHidden(const char* raiser, std::int32_t number, CStringW address)
@@ -144,18 +147,21 @@ class VexExcelWorksheetProtectedCellHidden : public VexExcelWorksheetProtected {
                                      std::move(address)) {}
 };
 
+// The cell is a part of an array formula, which changes as a whole only. `args`: its address.
 class VexCellPartOfArrayFormula : public VexExcelError {
   public:
     VexCellPartOfArrayFormula(const char* raiser, std::int32_t number, CStringW address)
         : VexExcelError(Key{TEXT("VexCellPartOfArrayFormula")}, raiser, number, std::move(address)) {}
 };
 
+// Excel doesn't tell the formula, for no reason that is known. `args`: the address of the cell.
 class VexExcelCellFormulaReadError : public VexExcelError {
   public:
     VexExcelCellFormulaReadError(const char* raiser, std::int32_t number, CStringW address)
         : VexExcelError(Key{TEXT("VexExcelCellFormulaReadError")}, raiser, number, std::move(address)) {}
 };
 
+// Excel doesn't take the formula. `args`: the address of the cell, the formula.
 class VexExcelCellFormulaWriteError : public VexExcelError {
   public:
     VexExcelCellFormulaWriteError(const char* raiser, std::int32_t number, CStringW address, CStringW formula)
@@ -163,6 +169,7 @@ class VexExcelCellFormulaWriteError : public VexExcelError {
                         std::move(formula)) {}
 };
 
+// This Excel is too old for the operation. `args`: a sentence that says so.
 class VexExcelUnsupportedMethodCall : public VexExcelError {
   public:
     VexExcelUnsupportedMethodCall(const char* raiser, std::int32_t number, CStringW sentence)
@@ -175,30 +182,35 @@ class VexDiskError : public VexException {
     using VexException::VexException;
 };
 
+// A path that leads nowhere. `args`: the path.
 class VexInvalidDirectory : public VexDiskError {
   public:
     VexInvalidDirectory(const char* raiser, std::int32_t number, CStringW path)
         : VexDiskError(Key{TEXT("VexInvalidDirectory")}, raiser, number, std::move(path)) {}
 };
 
+// A file that can't be opened or made. `args`: its path as it was given.
 class VexErrorOpeningFile : public VexDiskError {
   public:
     VexErrorOpeningFile(const char* raiser, std::int32_t number, CStringW path)
         : VexDiskError(Key{TEXT("VexErrorOpeningFile")}, raiser, number, std::move(path)) {}
 };
 
+// A file that gives fewer bytes than were asked for. `args`: a sentence with its name.
 class VexErrorReadingFile : public VexDiskError {
   public:
     VexErrorReadingFile(const char* raiser, std::int32_t number, CStringW sentence)
         : VexDiskError(Key{TEXT("VexErrorReadingFile")}, raiser, number, std::move(sentence)) {}
 };
 
+// A file that takes fewer bytes than were given. `args`: a sentence with its name.
 class VexErrorWritingFile : public VexDiskError {
   public:
     VexErrorWritingFile(const char* raiser, std::int32_t number, CStringW sentence)
         : VexDiskError(Key{TEXT("VexErrorWritingFile")}, raiser, number, std::move(sentence)) {}
 };
 
+// A position that a file can't be brought to. `args`: a sentence with its name.
 class VexErrorSeekingFile : public VexDiskError {
   public:
     VexErrorSeekingFile(const char* raiser, std::int32_t number, CStringW sentence)
@@ -211,6 +223,7 @@ class VexSafeArrayError : public VexException {
     using VexException::VexException;
 };
 
+// An array whose shape an operation can't use. `args`: nothing, or a sentence.
 class VexArraySizeError : public VexSafeArrayError {
   public:
     VexArraySizeError(const char* raiser, std::int32_t number)
@@ -219,6 +232,7 @@ class VexArraySizeError : public VexSafeArrayError {
         : VexSafeArrayError(Key{TEXT("VexArraySizeError")}, raiser, number, std::move(sentence)) {}
 };
 
+// An element that is no string. `args`: its type.
 class VexExpectedString : public VexSafeArrayError {
   public:
     VexExpectedString(const char* raiser, std::int32_t number, CStringW type)
@@ -231,6 +245,7 @@ class VexWindowsError : public VexException {
     using VexException::VexException;
 };
 
+// A call about accounts or rights that failed. `args`: a sentence with the call and its error.
 class VexSecurityFunctionError : public VexWindowsError {
   public:
     VexSecurityFunctionError(const char* raiser, std::int32_t number, CStringW sentence)
@@ -243,6 +258,7 @@ class VexRegKeyError : public VexException {
     using VexException::VexException;
 };
 
+// A key that can't be opened. `args`: the result, the key's path.
 class VexRegKeyOpenFailed : public VexRegKeyError {
   public:
     VexRegKeyOpenFailed(const char* raiser, std::int32_t number, CStringW result, CStringW path)
@@ -250,6 +266,7 @@ class VexRegKeyOpenFailed : public VexRegKeyError {
                          std::move(path)) {}
 };
 
+// A key that can't be made. `args`: the result, the key's path.
 class VexRegKeyCreateFailed : public VexRegKeyError {
   public:
     VexRegKeyCreateFailed(const char* raiser, std::int32_t number, CStringW result, CStringW path)
@@ -257,6 +274,7 @@ class VexRegKeyCreateFailed : public VexRegKeyError {
                          std::move(path)) {}
 };
 
+// A key that doesn't tell what is in it. `args`: the result, the key's path.
 class VexRegKeyEnumFailed : public VexRegKeyError {
   public:
     VexRegKeyEnumFailed(const char* raiser, std::int32_t number, CStringW result, CStringW path)
@@ -264,6 +282,8 @@ class VexRegKeyEnumFailed : public VexRegKeyError {
                          std::move(path)) {}
 };
 
+// A value that can't be read, or is of another kind. `args`: the result of the system's call if one failed, the
+// value's name, the key's path.
 class VexRegValueReadFailed : public VexRegKeyError {
   public:
     VexRegValueReadFailed(const char* raiser, std::int32_t number, CStringW name, CStringW path)
@@ -275,6 +295,7 @@ class VexRegValueReadFailed : public VexRegKeyError {
                          std::move(name), std::move(path)) {}
 };
 
+// A value that can't be written. `args`: the result, the value's name, the key's path.
 class VexRegValueWriteFailed : public VexRegKeyError {
   public:
     VexRegValueWriteFailed(const char* raiser, std::int32_t number, CStringW result, CStringW name,
@@ -283,6 +304,7 @@ class VexRegValueWriteFailed : public VexRegKeyError {
                          std::move(name), std::move(path)) {}
 };
 
+// A value that can't be deleted. `args`: the result, the value's name, the key's path.
 class VexRegValueDeleteFailed : public VexRegKeyError {
   public:
     VexRegValueDeleteFailed(const char* raiser, std::int32_t number, CStringW result, CStringW name,
@@ -299,6 +321,7 @@ class VexKernelObjectError : public VexException {
                        std::move(name)) {}
 };
 
+// An array or a string of automation that can't be had. `args`: nothing.
 class VexOutOfMemory : public VexException {
   public:
     VexOutOfMemory(const char* raiser, std::int32_t number)

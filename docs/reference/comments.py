@@ -1,9 +1,11 @@
 #!/usr/bin/env python3
 """Doxygen's input filter: the headers' plain comments as documentation.
 
-A comment belongs to the declarations that follow it without an empty line, all of them. A comment at the head of a
-file is the file's, one behind a declaration on its line is that declaration's. Code is passed on as it is, but for
-members that say nothing to a reader: deleted ones, destructors, friends.
+A comment belongs to the declarations that follow it without an empty line, all of them; one that an empty line
+follows to those of its group that have none of their own. A comment at the head of a file is the file's, and speaks for
+what has no other; so does a class's for its constructors and operators. One behind a declaration on its line is that
+declaration's. Code is passed on as it is, but for members that say nothing to a reader: deleted ones, destructors,
+friends. Any other member without a comment is what Doxygen is there to find.
 """
 import re
 import sys
@@ -57,7 +59,39 @@ def starts(line, previous, indent):
     return own == indent and done and not LABEL.match(line) and not INCLUDE.match(line)
 
 
-def convert(paragraph):
+class Scopes:
+    """What documents a declaration that has no comment of its own."""
+
+    def __init__(self, head):
+        self.head = head
+        self.sections = {}  # indentation: a comment that an empty line follows, for the group behind it
+        self.classes = {}   # indentation of the members: the class's name and comment
+
+    def enter(self, line, documented, indent):
+        self.leave(indent)
+        opened = re.match(r"\s*(?:template .*> )?(?:class|struct) (\w+)\b.*\{$", line)
+        if opened:
+            self.classes[indent + 4] = (opened.group(1), documented)
+
+    def leave(self, indent):
+        for table in (self.sections, self.classes):
+            for inner in [key for key in table if key > indent]:
+                del table[inner]
+
+    def fallback(self, line, indent):
+        if indent in self.sections:
+            return self.sections[indent]
+        if indent in self.classes:
+            name, _ = self.classes[indent]
+            if re.match(rf"\s*(?:(?:explicit|constexpr|consteval) )*{name}\(|.*\boperator\b", line):
+                return ["// As the class's comment tells."]
+            return []
+        if self.head and not self.classes and not re.match(r"\s*(?:namespace|enum|extern|class \w+;|struct \w+;)", line):
+            return ["// As the head of this file tells."]
+        return []
+
+
+def convert(paragraph, scopes):
     comment, previous, out = [], None, []
     documented = []
     for line in paragraph:
@@ -72,14 +106,23 @@ def convert(paragraph):
         if SILENT.match(line):
             continue
         indent = len(line) - len(line.lstrip())
+        new = starts(line, previous, indent)
+        if new:
+            own = documented if documented and indent == len(documented[0]) - len(documented[0].lstrip()) else []
+            words = own or scopes.fallback(line, indent)
+            scopes.enter(line, own, indent)
         trailing = re.match(r"^(.*[;,{}(\w])\s+// (.*)$", line)
         if trailing:
             out.append(f"{trailing.group(1)}  ///< {escaped(trailing.group(2))}")
         else:
-            if documented and starts(line, previous, len(documented[0]) - len(documented[0].lstrip())):
-                out += documentation(documented, " " * indent)
+            if new and words:
+                out += documentation(words, " " * indent)
             out.append(line)
         previous = line
+    if comment and previous is None:
+        indent = len(comment[0]) - len(comment[0].lstrip())
+        scopes.leave(indent)
+        scopes.sections[indent] = comment
     return out + comment
 
 
@@ -92,8 +135,9 @@ def main():
         print("/// @file")
         print("\n".join(documentation([line for line in head if line.strip()], "")))
     print()
+    scopes = Scopes(head)
     for paragraph in paragraphs(lines):
-        print("\n".join(convert(paragraph)))
+        print("\n".join(convert(paragraph, scopes)))
         print()
 
 
