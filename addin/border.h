@@ -19,6 +19,7 @@
 // The bits of an error that is no Microsoft one, and "KLU".
 inline constexpr DWORD ExportFailureCode = 0xE04B4C55;
 
+// What a failure was, told by its class.
 enum class FailureKind : std::uint32_t {
     Unknown = 0,
     Vex = 1,          // of the family in errors/vex.h; the text is its key, operation and arguments

@@ -99,6 +99,7 @@ class VexException {
     std::vector<CStringW> args;  // in the order of the constructor's arguments; may be empty
 
   protected:
+    // The name of a class, for `key`.
     struct Key {
         const WCHAR* text;
     };

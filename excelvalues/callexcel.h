@@ -38,6 +38,7 @@ struct CallExcelToFree {
 //     const ExcelResult result(xlfRegister, *file, *procedure, *typeText, *functionText);
 class ExcelResult {
   public:
+    // Makes the call. The operands are read only.
     template <std::derived_from<XLOPER12>... Operands>
     requires(sizeof...(Operands) != 0) explicit ExcelResult(int functionNumber,
                                                             const Operands&... operands) noexcept {

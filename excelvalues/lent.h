@@ -54,6 +54,7 @@ class LentXXloper {
     LentXXloper(const LentXXloper&) = delete;
     LentXXloper& operator=(const LentXXloper&) = delete;
 
+    // Valid as long as this object.
     [[nodiscard]] const XXloperPtr& Handle() const noexcept { return handle_; }
 
   private:

@@ -34,6 +34,7 @@ class File {
     File(const File&) = delete;
     File& operator=(const File&) = delete;
 
+    // As it was given.
     [[nodiscard]] const CStringW& name() const noexcept { return name_; }
     // The stream, which stays this object's; null once closed.
     [[nodiscard]] std::FILE* stream() const noexcept { return stream_; }

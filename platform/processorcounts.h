@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+// How many processors a machine has.
 struct ProcessorCount {
     std::uint32_t cores;              // physical ones
     std::uint32_t logicalProcessors;  // what runs a thread

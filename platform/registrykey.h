@@ -65,6 +65,7 @@ class RegistryKey {
     // Whether the key can be opened for reading in the 32-bit view.
     [[nodiscard]] static bool Exists(HKEY root, const WCHAR* subkey) noexcept;
 
+    // What the constructor was given, and the open key, which stays this object's.
     [[nodiscard]] std::uint32_t view() const noexcept { return view_; }
     [[nodiscard]] HKEY root() const noexcept { return root_; }
     [[nodiscard]] HKEY key() const noexcept { return key_; }

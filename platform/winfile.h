@@ -28,6 +28,7 @@ class WinFile {
     WinFile(const WinFile&) = delete;
     WinFile& operator=(const WinFile&) = delete;
 
+    // As it was given.
     [[nodiscard]] const CStringW& name() const noexcept { return name_; }
     // The handle, which stays this object's; INVALID_HANDLE_VALUE once closed.
     [[nodiscard]] HANDLE handle() const noexcept { return handle_; }

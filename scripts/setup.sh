@@ -24,7 +24,7 @@ wine=(wine wine32:i386 wine64)
 # matplotlib draws the charts of docs/performance.md.
 bench=(libbenchmark-dev libicu-dev libfmt-dev libeigen3-dev zlib1g-dev liblzma-dev python3-matplotlib)
 
-pages=(python3-markdown)
+pages=(doxygen python3-markdown)
 
 case "$what" in
   native)  packages=("${native[@]}"); want_wine= ;;

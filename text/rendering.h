@@ -28,6 +28,7 @@ struct ChunkedVectorDouble {
     unsigned shift = 0;    // the base-2 logarithm of blockSize
     std::size_t mask = 0;  // blockSize - 1
 
+    // Of all blocks together.
     [[nodiscard]] std::size_t size() const noexcept {
         return blocks.empty() ? 0 : (blocks.size() - 1) * blockSize + blocks.back().size();
     }

@@ -9,11 +9,12 @@ friends. Any other member without a comment is what Doxygen is there to find.
 """
 import re
 import sys
+from pathlib import Path
 
 SILENT = re.compile(r"^\s*(?:[\w:<>]+\([^()]*(?:\([^()]*\))?[^()]*\)(?: noexcept)? = delete;"
                     r"|[\w:<>]+& operator=\([^()]*\)(?: noexcept)? = delete;"
                     r"|(?:virtual )?~\w+\(\)(?: noexcept)?(?: override| = default)?(?:;| \{.*\})?"
-                    r"|friend .*;|static_assert\(.*\);)$")
+                    r"|friend .*;|extern template .*;|static_assert\(.*\);)$")
 INCLUDE = re.compile(r"^\s*#")
 LABEL = re.compile(r"^\s*(?:public|protected|private):$|^\s*\}")
 
@@ -83,7 +84,9 @@ class Scopes:
             return self.sections[indent]
         if indent in self.classes:
             name, _ = self.classes[indent]
-            if re.match(rf"\s*(?:(?:explicit|constexpr|consteval) )*{name}\(|.*\boperator\b", line):
+            if line.startswith("    virtual ") and "= 0;" in line:
+                return ["// Excel's published member of that name; docs/object-model.md has its DISPID and arguments."]
+            if re.match(rf"\s*(?:(?:explicit|constexpr|consteval) )*{name}\(|.*\boperator\b|[^()]*;|(?:union|struct) \{{", line):
                 return ["// As the class's comment tells."]
             return []
         if self.head and not self.classes and not re.match(r"\s*(?:namespace|enum|extern|class \w+;|struct \w+;)", line):
@@ -106,6 +109,8 @@ def convert(paragraph, scopes):
         if SILENT.match(line):
             continue
         indent = len(line) - len(line.lstrip())
+        if line.lstrip().startswith("}"):
+            scopes.leave(indent)
         new = starts(line, previous, indent)
         if new:
             own = documented if documented and indent == len(documented[0]) - len(documented[0].lstrip()) else []
@@ -132,7 +137,7 @@ def main():
     while lines and (lines[0].startswith("//") or not lines[0].strip()):
         head.append(lines.pop(0))
     if any(line.strip() for line in head):
-        print("/// @file")
+        print(f"/// @file\n/// @ingroup {Path(sys.argv[1]).parent.name}\n///")
         print("\n".join(documentation([line for line in head if line.strip()], "")))
     print()
     scopes = Scopes(head)
