@@ -1,7 +1,7 @@
 #include "addin/bridge.h"
 
 #include "addin/detail/atborder.h"
-#include "addin/detail/resultstore.h"
+#include "addin/resultstore.h"
 #include "excelvalues/xxloper.h"
 
 namespace {

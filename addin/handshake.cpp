@@ -2,7 +2,7 @@
 
 #include "addin/detail/atborder.h"
 #include "addin/detail/module.h"
-#include "addin/detail/resultstore.h"
+#include "addin/resultstore.h"
 #include "automation/automation.h"
 #include "excelvalues/lent.h"
 #include "excelvalues/xxloper.h"

@@ -1,24 +1,13 @@
 #include "addin/lifecycle.h"
 
 #include "addin/detail/atborder.h"
-#include "addin/detail/locateexcel.h"
-#include "addin/detail/module.h"
-#include "addin/detail/resultstore.h"
 #include "addin/handshake.h"
+#include "addin/resultstore.h"
 #include "errors/vex.h"
 
 #include <new>
 
 namespace {
-
-void Attach(HMODULE module) noexcept {
-    try {
-        AttachModule(module);
-    } catch (...) {
-        // No memory for the texts; the handshake notes them. Excel is found all the same.
-        LocateExcel12Entry();
-    }
-}
 
 int Open() {
     try {
@@ -38,13 +27,6 @@ int Close() noexcept {
 }
 
 }  // namespace
-
-BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
-    return AtBorder([=] {
-        if (reason == DLL_PROCESS_ATTACH) Attach(module);
-        return TRUE;
-    });
-}
 
 int WINAPI xlAutoOpen() {
     return AtBorder(Open);

@@ -1,4 +1,4 @@
-#include "addin/detail/locateexcel.h"
+#include "addin/locateexcel.h"
 
 #include "excelvalues/callexcel.h"
 

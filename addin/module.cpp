@@ -1,6 +1,6 @@
 #include "addin/detail/module.h"
 
-#include "addin/detail/locateexcel.h"
+#include "addin/locateexcel.h"
 
 #include <new>
 

@@ -1,4 +1,4 @@
-#include "addin/detail/resultstore.h"
+#include "addin/resultstore.h"
 
 #include <algorithm>
 #include <new>

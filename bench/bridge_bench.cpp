@@ -3,7 +3,7 @@
 #include "support/operation.h"
 
 #include "addin/addin.h"
-#include "addin/detail/resultstore.h"
+#include "addin/resultstore.h"
 #include "excelvalues/xxloper.h"
 
 #include <cstdlib>

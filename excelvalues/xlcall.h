@@ -91,7 +91,7 @@ struct XLOPER12 {
             } h;
             std::int32_t cbData;
         } bigdata;
-    } val;
+    } val;  // read by the type
     DWORD xltype;
 };
 using LPXLOPER12 = XLOPER12*;

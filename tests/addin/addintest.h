@@ -3,9 +3,9 @@
 #pragma once
 
 #include "addin/addin.h"
-#include "addin/detail/locateexcel.h"
+#include "addin/locateexcel.h"
 #include "addin/detail/module.h"
-#include "addin/detail/resultstore.h"
+#include "addin/resultstore.h"
 #include "excelhost/host.h"
 #include "excelvalues/xxloper.h"
 #include "leaving.h"
