@@ -85,6 +85,7 @@ class OwnedBstr {
     }
     ~OwnedBstr() { SysFreeString(text); }
 
+    // The string, which stays this object's; null for none.
     [[nodiscard]] BSTR get() const noexcept { return text; }
 
   private:

@@ -86,7 +86,7 @@ class Scopes:
             name, _ = self.classes[indent]
             if line.startswith("    virtual ") and "= 0;" in line:
                 return ["// Excel's published member of that name; docs/object-model.md has its DISPID and arguments."]
-            if re.match(rf"\s*(?:(?:explicit|constexpr|consteval) )*{name}\(|.*\boperator\b|[^()]*;", line):
+            if re.match(rf"\s*(?:(?:explicit|constexpr|consteval|\[\[nodiscard\]\]) )*{name}\(|.*\boperator\b|[^()]*;", line):
                 return ["// As the class's comment tells."]
             return []
         if self.head and not self.classes and not re.match(r"\s*(?:namespace|enum|extern|class \w+;|struct \w+;)", line):
