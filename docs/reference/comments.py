@@ -20,8 +20,8 @@ LABEL = re.compile(r"^\s*(?:public|protected|private):$|^\s*\}")
 
 
 def escaped(text):
-    """Comments are prose, not markup: nothing in them is a command, a link or a tag."""
-    return re.sub(r"([\\@<>#%&$])", r"\\\1", text)
+    """Comments are prose, not markup: nothing in them is a command, a link or a tag. Names stand in backticks."""
+    return re.sub(r"`([^`]+)`", r"<tt>\1</tt>", re.sub(r"([\\@<>#%&$])", r"\\\1", text))
 
 
 def documentation(comment, indent):
@@ -116,7 +116,7 @@ def convert(paragraph, scopes):
             own = documented if documented and indent == len(documented[0]) - len(documented[0].lstrip()) else []
             words = own or scopes.fallback(line, indent)
             scopes.enter(line, own, indent)
-        trailing = re.match(r"^(.*[;,{}(\w])\s+// (.*)$", line)
+        trailing = "// namespace" not in line and re.match(r"^(.*[;,{}(\w])\s+// (.*)$", line)
         if trailing:
             out.append(f"{trailing.group(1)}  ///< {escaped(trailing.group(2))}")
         else:
