@@ -3,8 +3,10 @@
 // Excel's part is played by the automation server in memory. With a real Excel only the first interface would
 // come from elsewhere: everything behind MakeApplication stays as it is.
 
+#include <chrono>
 #include <cstdio>
 #include <string>
+#include <thread>
 
 #include <comdef.h>
 
@@ -18,6 +20,9 @@ namespace {
 using excelhost::automation::AutomationServer;
 using excelhost::automation::Refusal;
 using excelhost::automation::SheetNode;
+
+// Excel's own: it is in a state in which it takes no calls from outside, such as a cell being edited.
+constexpr auto VBA_E_IGNORE = static_cast<HRESULT>(0x800AC472);
 
 std::string Utf8(const CStringW& text) {
     return Utf8FromCStringW(text);
@@ -104,6 +109,29 @@ void Walk(const std::shared_ptr<MsExcel::Application>& excel) {
     Say("The same from outside", Utf8(excel->GetRange(TEXT("[Book1]Sheet1!B2"))->GetText()));
 }
 
+// Whether Excel turned the call away before it did anything: it computes, shows a dialog, or a cell is edited.
+bool IsBusy(HRESULT result) {
+    return result == RPC_E_CALL_REJECTED || result == RPC_E_SERVERCALL_RETRYLATER || result == VBA_E_IGNORE;
+}
+
+// Runs an operation, and again while Excel is busy. Any other failure passes on.
+template <class Operation>
+auto Patiently(Operation operation) {
+    for (int tries = 1;; ++tries) {
+        try {
+            return operation();
+        } catch (const _com_error& raised) {
+            if (!IsBusy(raised.Error()) || tries == 10) throw;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+}
+
+void ShowPatience(const std::shared_ptr<MsExcel::Application>& excel, AutomationServer& server) {
+    server.Refuse("Application", 392, Refusal::Result(RPC_E_SERVERCALL_RETRYLATER), 2);
+    Say("A busy Excel, patiently", "version " + Utf8(Patiently([&] { return excel->GetVersion(); })));
+}
+
 void ShowRefusals(const std::shared_ptr<MsExcel::Application>& excel, AutomationServer& server) {
     const auto range = [&](const WCHAR* address) { return excel->GetRange(CStringW(address)); };
     SheetNode& sheet = server.FirstSheet();
@@ -140,6 +168,7 @@ int main() {
         const auto excel = MakeApplication(ComPtr<IDispatch>::Adopt(server.NewApplication()));
         Walk(excel);
         ShowRefusals(excel, server);
+        ShowPatience(excel, server);
     }
     const std::size_t held = server.Live().size();
     Say("", held == 0 ? "All objects are given back." : std::to_string(held) + " objects are still held.");
