@@ -84,10 +84,23 @@ Value Cells::Scalar(const Value& value) const {
     return ErrorValue{xlerrValue};
 }
 
+Area Cells::Bounded(const Area& area) const noexcept {
+    Area bounded = area;
+    RW rows = 1;
+    COL columns = 1;
+    for (const Grid* grid : sheets_) {
+        rows = std::max(rows, grid->Rows());
+        columns = std::max(columns, grid->Columns());
+    }
+    if (area.Rows() == kRowLimit) bounded.rectangle.rwLast = rows - 1;
+    if (area.Columns() == kColumnLimit) bounded.rectangle.colLast = columns - 1;
+    return bounded;
+}
+
 Value Cells::Read(const Value& value) const {
     if (!IsReference(value)) return value.Is<Missing>() ? Value(Empty{}) : value;
     const auto range = Find(value);
-    return range ? range->grid->Read(range->area) : Value(ErrorValue{xlerrRef});
+    return range ? range->grid->Read(Bounded(range->area)) : Value(ErrorValue{xlerrRef});
 }
 
 std::optional<ErrorValue> ToNumber(const Value& scalar, double& number) {

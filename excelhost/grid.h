@@ -85,7 +85,10 @@ class Cells {
     // the row or column of the formula (Excel's implicit intersection), #VALUE! when there is none; an array
     // its first element; a missing argument is an empty cell; a sheet that isn't there is #REF!.
     [[nodiscard]] Value Scalar(const Value& value) const;
-    // The value as an array or a scalar: what stands behind a reference, other values as they are.
+    // The area, of whole columns or rows as far as the largest of the sheets reaches: of a million cells that are
+    // all empty nothing is to be had, and every operand of an array operation is cut alike.
+    [[nodiscard]] Area Bounded(const Area& area) const noexcept;
+    // The value as an array or a scalar: what stands behind a reference, bounded, other values as they are.
     [[nodiscard]] Value Read(const Value& value) const;
 
   private:

@@ -66,20 +66,18 @@ Array Given::Table(std::size_t i) const {
         if (const Array* array = arguments_[i].If<Array>()) return *array;
         return {1, 1, {Scalar(i)}};
     }
-    Cells::Range range = Range(i);
-    XLREF12& r = range.area.rectangle;
-    if (range.area.Rows() == kRowLimit) r.rwLast = std::max(range.grid->Rows(), 1) - 1;
-    if (range.area.Columns() == kColumnLimit) r.colLast = std::max(range.grid->Columns(), 1) - 1;
-    Value value = range.grid->Read(range.area);
+    const Cells::Range range = Range(i);
+    const Area area = cells_.Bounded(range.area);
+    Value value = range.grid->Read(area);
     if (Array* array = std::get_if<Array>(&value)) return std::move(*array);
-    if (range.area.Rows() * range.area.Columns() != 1) Fail(xlerrValue);
+    if (SizeOf(i) != Size{}) Fail(xlerrValue);
     return {1, 1, {std::move(value)}};
 }
 
 Given::Size Given::SizeOf(std::size_t i) const {
     if (const Array* array = arguments_[i].If<Array>()) return {array->rows, array->columns};
     if (!IsReference(arguments_[i])) return {};
-    const Area area = Range(i).area;
+    const Area area = cells_.Bounded(Range(i).area);
     return {area.Rows(), area.Columns()};
 }
 

@@ -47,10 +47,10 @@ class Given {
     }
     // A rectangle of cells; #VALUE! for anything else.
     [[nodiscard]] Cells::Range Range(std::size_t i) const;
-    // A rectangle of values: the cells of a reference, the elements of an array, one value alone. Of whole
-    // columns and rows it has what the sheet has.
+    // A rectangle of values: the cells of a reference (of whole columns and rows those that Cells::Bounded gives),
+    // the elements of an array, one value alone.
     [[nodiscard]] Array Table(std::size_t i) const;
-    // The rows and columns of the argument itself.
+    // Its rows and columns.
     struct Size {
         std::size_t rows = 1;
         std::size_t columns = 1;

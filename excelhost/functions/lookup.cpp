@@ -108,9 +108,6 @@ Value ExtendedLookUp(const Given& given) {
     const Array results = given.Table(2);
     const double mode = given.Number(4, 0);
     if (given.SizeOf(1) != given.SizeOf(2)) return ErrorValue{xlerrValue};
-    const auto result = [&](std::size_t i) {
-        return i < results.cells.size() ? results.cells[i] : Value(Empty{});
-    };
     Found best;
     for (std::size_t i = 0; i < line.cells.size(); ++i) {
         const Value& value = line.cells[i];
@@ -118,14 +115,14 @@ Value ExtendedLookUp(const Given& given) {
         const auto* text = value.If<Text>();
         const auto order = CompareScalars(value, wanted);
         if (std::is_eq(order) || (mode == 2 && text && MatchesPattern(*text, *wanted.If<Text>()))) {
-            return result(i);
+            return results.cells[i];
         }
         const bool candidate = (mode == -1 && std::is_lt(order)) || (mode == 1 && std::is_gt(order));
         const auto against =
             best ? CompareScalars(value, line.cells[*best]) : std::partial_ordering::unordered;
         if (candidate && (!best || (mode < 0 ? std::is_gt(against) : std::is_lt(against)))) best = i;
     }
-    if (best) return result(*best);
+    if (best) return results.cells[*best];
     return given.Has(3) && !given.Raw(3).Is<Missing>() ? given.Any(3) : Value(ErrorValue{xlerrNA});
 }
 

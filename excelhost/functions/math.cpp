@@ -87,26 +87,22 @@ Value Product(const Given& given) {
     return any ? FiniteNumber(product) : Value(0.0);
 }
 
-// What is no number counts as 0, and so does what a sheet doesn't reach.
+// What is no number counts as 0.
 Value SumProduct(const Given& given) {
-    static const Value nothing = Empty{};
-    Array products = given.Table(0);
+    std::vector<double> products;
     for (std::size_t i = 0; i < given.Count(); ++i) {
         if (given.SizeOf(i) != given.SizeOf(0)) return ErrorValue{xlerrValue};
-        const Array table = i == 0 ? Array{} : given.Table(i);
-        for (std::size_t cell = 0; cell < products.cells.size(); ++cell) {
-            const std::size_t row = cell / products.columns;
-            const std::size_t column = cell % products.columns;
-            Value& product = products.cells[cell];
-            const bool reached = i == 0 || (row < table.rows && column < table.columns);
-            const Value& factor = i == 0 ? product : reached ? table.At(row, column) : nothing;
+        const Array table = given.Table(i);
+        products.resize(table.cells.size(), 1);
+        for (std::size_t cell = 0; cell < products.size(); ++cell) {
+            const Value& factor = table.cells[cell];
             if (const auto* error = factor.If<ErrorValue>()) return *error;
             const double* number = factor.If<double>();
-            product = (number != nullptr ? *number : 0) * (i == 0 ? 1 : *product.If<double>());
+            products[cell] *= number != nullptr ? *number : 0;
         }
     }
     double sum = 0;
-    for (const Value& product : products.cells) sum += *product.If<double>();
+    for (const double product : products) sum += product;
     return FiniteNumber(sum);
 }
 

@@ -99,7 +99,7 @@ TEST(FormulaTest, GivesWhatExcelGives) {
         {"=SUM(C1:XFD1048576)", "6"},
         {"=COUNT(A1:C3,1,\"2\",\"x\",TRUE,#N/A)", "7"},
         {"=SUMPRODUCT((C1:C3>1)*C1:C3,C1:C3)", "13"},
-        {"=SUMPRODUCT(C1:C2,C2:C3)&SUMPRODUCT(C3:C4,C1:C2)&SUMPRODUCT(C:C,A:A)", "\"835\""},
+        {"=SUMPRODUCT(C1:C2,C2:C3)&SUMPRODUCT(C3:C4,C1:C2)&SUMPRODUCT((C:C>1)*C:C,C:C)", "\"8313\""},
         {"=SUMPRODUCT(C1:C2,C1:C3)", "#VALUE!"},
         // Where both spreadsheets of functions/README.md depart from Excel's help.
         {"=CEILING(-2.5,2)&FLOOR(-2.5,2)&SUM(\"3\",TRUE,2)&DAY(60)", "\"-2-4629\""},
