@@ -9,6 +9,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <io.h>
+
 #include <memory>
 #include <string>
 #include <vector>
@@ -100,7 +102,7 @@ void AddConversions() {
 // A file that goes with its last user.
 struct Scratch {
     StdWString path = StdWString(TempDirectory().GetString()) + TEXT("kestrolumen growth.txt");
-    ~Scratch() { DeleteFileW(path.c_str()); }
+    ~Scratch() { _wremove(path.c_str()); }
 };
 
 void AddFiles() {
