@@ -3,7 +3,7 @@
 
 #include <stdexcept>
 
-#include <mbctype.h>
+#include <mbstring.h>
 
 #include "support/children.h"
 #include "support/home.h"
@@ -15,13 +15,14 @@ TEST(AnsiCodePage, IsWhatTheProgramSays) {
     const UINT before = winapi::SetAnsiCodePage(932);
     EXPECT_EQ(before, 1252u);
     EXPECT_EQ(GetACP(), 932u);
-    EXPECT_TRUE(IsDBCSLeadByte(0x82));
+    EXPECT_TRUE(IsDBCSLeadByteEx(CP_ACP, 0x82));
     EXPECT_EQ(_setmbcp(_MB_CP_ANSI), 0);
-    EXPECT_EQ(_getmbcp(), 932);
+    const unsigned char pair[] = {0x82, 0xA0, 0};
+    EXPECT_EQ(_mbsnextc(pair), 0x82A0u);
     EXPECT_THROW(winapi::SetAnsiCodePage(12345), std::invalid_argument);
     EXPECT_EQ(winapi::SetAnsiCodePage(before), 932u);
     EXPECT_EQ(_setmbcp(_MB_CP_ANSI), 0);
-    EXPECT_EQ(_getmbcp(), 0);
+    EXPECT_EQ(_mbsnextc(pair), 0x82u);
 }
 
 const support::Role tellsItsPage("ansi code page", [](const support::Arguments&) {

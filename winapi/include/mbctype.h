@@ -9,6 +9,3 @@
 // Sets the page that the _mbs functions go by, process-wide; to start with it is the ANSI code page. Gives 0,
 // or -1 with errno EINVAL for a page that is not known or is neither single- nor double-byte.
 int _setmbcp(int codePage) noexcept;
-
-// The page, or 0 when it is a single-byte one.
-[[nodiscard]] int _getmbcp() noexcept;

@@ -24,7 +24,6 @@ struct SID {
     DWORD SubAuthority[1];  // as many as SubAuthorityCount says
 };
 
-[[nodiscard]] DWORD WINAPI GetLengthSid(PSID sid) noexcept;
 [[nodiscard]] BOOL WINAPI EqualSid(PSID one, PSID other) noexcept;
 
 #define ACL_REVISION 2

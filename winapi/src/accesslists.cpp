@@ -108,13 +108,9 @@ BOOL WINAPI LookupAccountNameW(LPCWSTR, LPCWSTR name, PSID sid, LPDWORD sidSize,
     });
 }
 
-DWORD WINAPI GetLengthSid(PSID sid) noexcept {
-    return SizeOf(*static_cast<const SID*>(sid));
-}
-
 BOOL WINAPI EqualSid(PSID one, PSID other) noexcept {
-    const DWORD size = GetLengthSid(one);
-    return size == GetLengthSid(other) && std::memcmp(one, other, size) == 0;
+    const DWORD size = SizeOf(*static_cast<const SID*>(one));
+    return size == SizeOf(*static_cast<const SID*>(other)) && std::memcmp(one, other, size) == 0;
 }
 
 BOOL WINAPI GetAce(PACL list, DWORD index, LPVOID* entry) noexcept {

@@ -62,27 +62,6 @@ BSTR WINAPI SysAllocStringByteLen(LPCSTR text, UINT length) noexcept {
     return NewBstr(text, length);
 }
 
-INT WINAPI SysReAllocString(BSTR* target, const OLECHAR* text) noexcept {
-    if (target == nullptr) return FALSE;
-    const BSTR fresh = SysAllocString(text);
-    if (fresh == nullptr && text != nullptr) return FALSE;
-    SysFreeString(*target);
-    *target = fresh;
-    return TRUE;
-}
-
-INT WINAPI SysReAllocStringLen(BSTR* target, const OLECHAR* text, UINT length) noexcept {
-    if (target == nullptr) return FALSE;
-    const BSTR fresh = SysAllocStringLen(text, length);
-    if (fresh == nullptr) return FALSE;
-    if (text == nullptr && *target != nullptr) {
-        std::memcpy(fresh, *target, std::min(SysStringByteLen(*target), SysStringByteLen(fresh)));
-    }
-    SysFreeString(*target);
-    *target = fresh;
-    return TRUE;
-}
-
 void WINAPI SysFreeString(BSTR text) noexcept {
     if (text != nullptr) std::free(Block(text));
 }

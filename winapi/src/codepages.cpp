@@ -150,10 +150,6 @@ BOOL WINAPI IsDBCSLeadByteEx(UINT codePage, BYTE byte) noexcept {
     return page != nullptr && page->facts.IsLeadByte(byte);
 }
 
-BOOL WINAPI IsDBCSLeadByte(BYTE byte) noexcept {
-    return IsDBCSLeadByteEx(CP_ACP, byte);
-}
-
 int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, LPCCH source, int sourceLength, LPWSTR destination,
                                int destinationSize) noexcept {
     if (!AreValid(source, sourceLength, destination, destinationSize)) return Fail(ERROR_INVALID_PARAMETER);

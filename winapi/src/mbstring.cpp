@@ -57,10 +57,6 @@ int _setmbcp(int codePage) noexcept {
     return 0;
 }
 
-int _getmbcp() noexcept {
-    return static_cast<int>(CurrentPage().load());
-}
-
 unsigned char* _mbsinc(const unsigned char* current) noexcept {
     const bool isPair = IsLead(current[0]) && current[1] != 0;
     return const_cast<unsigned char*>(current) + (isPair ? 2 : 1);

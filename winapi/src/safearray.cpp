@@ -123,7 +123,7 @@ ElementType ElementTypeOf(VARTYPE type) noexcept {
     }
 }
 
-void SetType(SAFEARRAY* array, VARTYPE type, const ElementType& element, const void* iid) noexcept {
+void SetType(SAFEARRAY* array, VARTYPE type, const ElementType& element) noexcept {
     array->cbElements = element.bytes;
     array->fFeatures = element.features;
     if ((element.features & FADF_HAVEIID) == 0) {
@@ -131,8 +131,7 @@ void SetType(SAFEARRAY* array, VARTYPE type, const ElementType& element, const v
         std::memcpy(HiddenType(array), &wide, sizeof wide);
         return;
     }
-    const IID& usual = type == VT_DISPATCH ? IID_IDispatch : IID_IUnknown;
-    std::memcpy(HiddenIid(array), iid != nullptr ? iid : &usual, sizeof(IID));
+    std::memcpy(HiddenIid(array), type == VT_DISPATCH ? &IID_IDispatch : &IID_IUnknown, sizeof(IID));
 }
 
 // Makes the raw bytes at `target` a copy of the element at `source`, with an ownership of its own.
@@ -222,15 +221,10 @@ HRESULT WINAPI SafeArrayAllocData(SAFEARRAY* array) noexcept {
 }
 
 SAFEARRAY* WINAPI SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds) noexcept {
-    return SafeArrayCreateEx(type, dimensions, bounds, nullptr);
-}
-
-SAFEARRAY* WINAPI SafeArrayCreateEx(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds,
-                                    PVOID extra) noexcept {
     const ElementType element = ElementTypeOf(type);
     SAFEARRAY* array = nullptr;
     if (element.bytes == 0 || FAILED(SafeArrayAllocDescriptor(dimensions, &array))) return nullptr;
-    SetType(array, type, element, extra);
+    SetType(array, type, element);
     std::reverse_copy(bounds, bounds + dimensions, array->rgsabound);
     if (FAILED(SafeArrayAllocData(array))) {
         SafeArrayDestroyDescriptor(array);
@@ -240,10 +234,6 @@ SAFEARRAY* WINAPI SafeArrayCreateEx(VARTYPE type, UINT dimensions, SAFEARRAYBOUN
 }
 
 SAFEARRAY* WINAPI SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG count) noexcept {
-    return SafeArrayCreateVectorEx(type, lowerBound, count, nullptr);
-}
-
-SAFEARRAY* WINAPI SafeArrayCreateVectorEx(VARTYPE type, LONG lowerBound, ULONG count, PVOID extra) noexcept {
     const ElementType element = ElementTypeOf(type);
     const SAFEARRAYBOUND bound{count, lowerBound};
     const std::optional<std::size_t> bytes = BlockBytes(element.bytes, {&bound, 1});
@@ -251,7 +241,7 @@ SAFEARRAY* WINAPI SafeArrayCreateVectorEx(VARTYPE type, LONG lowerBound, ULONG c
         return nullptr;
     SAFEARRAY* const array = NewDescriptor(1, vectorDescriptorBytes + *bytes);
     if (array == nullptr) return nullptr;
-    SetType(array, type, element, extra);
+    SetType(array, type, element);
     array->fFeatures |= FADF_CREATEVECTOR;
     array->rgsabound[0] = bound;
     array->pvData = Bytes(array) + vectorDescriptorBytes;
@@ -320,10 +310,6 @@ UINT WINAPI SafeArrayGetDim(SAFEARRAY* array) noexcept {
     return array == nullptr ? 0 : array->cDims;
 }
 
-UINT WINAPI SafeArrayGetElemsize(SAFEARRAY* array) noexcept {
-    return array == nullptr ? 0 : array->cbElements;
-}
-
 HRESULT WINAPI SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound) noexcept {
     if (array == nullptr || bound == nullptr) return E_INVALIDARG;
     const SAFEARRAYBOUND* const found = BoundOf(array, dimension);
@@ -383,14 +369,6 @@ HRESULT WINAPI SafeArrayAccessData(SAFEARRAY* array, void** data) noexcept {
 
 HRESULT WINAPI SafeArrayUnaccessData(SAFEARRAY* array) noexcept {
     return SafeArrayUnlock(array);
-}
-
-HRESULT WINAPI SafeArrayPtrOfIndex(SAFEARRAY* array, LONG* indices, void** element) noexcept {
-    if (array == nullptr || indices == nullptr || element == nullptr) return E_INVALIDARG;
-    void* const found = ElementAt(array, indices);
-    if (found == nullptr) return DISP_E_BADINDEX;
-    *element = found;
-    return S_OK;
 }
 
 HRESULT WINAPI SafeArrayGetElement(SAFEARRAY* array, LONG* indices, void* value) {

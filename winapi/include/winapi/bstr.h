@@ -18,12 +18,6 @@ using BSTR = OLECHAR*;
 [[nodiscard]] BSTR WINAPI SysAllocStringLen(const OLECHAR* text, UINT length) noexcept;
 [[nodiscard]] BSTR WINAPI SysAllocStringByteLen(LPCSTR text, UINT length) noexcept;
 
-// Puts a new BSTR into `*target` and frees the old one, which `text` may be a part of. FALSE, with the old
-// one in place, when memory runs out, and for a null `target`. A null `text` leaves `*target` null in the
-// first form; in the second it resizes the old text.
-INT WINAPI SysReAllocString(BSTR* target, const OLECHAR* text) noexcept;
-INT WINAPI SysReAllocStringLen(BSTR* target, const OLECHAR* text, UINT length) noexcept;
-
 void WINAPI SysFreeString(BSTR text) noexcept;
 
 // 0 for null. An odd last byte doesn't count as a unit.

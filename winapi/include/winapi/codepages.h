@@ -20,7 +20,6 @@
 #define CP_UTF8 65001
 
 #define MB_PRECOMPOSED 0x00000001        // the default
-#define MB_COMPOSITE 0x00000002          // refused: nothing is taken apart here
 #define MB_USEGLYPHCHARS 0x00000004      // accepted, no page here has glyphs for its control characters
 #define MB_ERR_INVALID_CHARS 0x00000008  // fail with ERROR_NO_UNICODE_TRANSLATION instead of replacing
 
@@ -61,7 +60,6 @@ BOOL WINAPI GetCPInfoExW(UINT codePage, DWORD flags, LPCPINFOEXW info) noexcept;
 
 // Whether the byte opens a double-byte character of the page. False for an unknown page and for UTF-8.
 [[nodiscard]] BOOL WINAPI IsDBCSLeadByteEx(UINT codePage, BYTE byte) noexcept;
-[[nodiscard]] BOOL WINAPI IsDBCSLeadByte(BYTE byte) noexcept;
 
 // Both conversions take a source of `sourceLength` units, or one that ends with a zero unit when the length
 // is negative; the terminator is then converted too. They give the units written, or those needed when

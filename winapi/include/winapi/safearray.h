@@ -49,16 +49,11 @@ HRESULT WINAPI SafeArrayAllocDescriptor(UINT dimensions, SAFEARRAY** array) noex
 HRESULT WINAPI SafeArrayAllocData(SAFEARRAY* array) noexcept;
 
 // A whole array with elements of a type that VARIANTs can hold, zero; `bounds` in Visual Basic's order, the
-// leftmost dimension first. The vectors have one dimension, with descriptor and data in one block. `extra` is
-// the IID of elements that are interfaces, or null. Null for a type that no array can have, for no
-// dimensions, and when memory runs out. VT_RECORD is such a type here.
+// leftmost dimension first. A vector has one dimension, with descriptor and data in one block. Null for a type
+// that no array can have, for no dimensions, and when memory runs out. VT_RECORD is such a type here.
 [[nodiscard]] SAFEARRAY* WINAPI SafeArrayCreate(VARTYPE type, UINT dimensions,
                                                 SAFEARRAYBOUND* bounds) noexcept;
-[[nodiscard]] SAFEARRAY* WINAPI SafeArrayCreateEx(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds,
-                                                  PVOID extra) noexcept;
 [[nodiscard]] SAFEARRAY* WINAPI SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG count) noexcept;
-[[nodiscard]] SAFEARRAY* WINAPI SafeArrayCreateVectorEx(VARTYPE type, LONG lowerBound, ULONG count,
-                                                        PVOID extra) noexcept;
 
 // DISP_E_ARRAYISLOCKED for a locked array. The data goes with all that its elements own; a block that isn't
 // the array's to free stays, zeroed. Null is S_OK but for SafeArrayDestroyData.
@@ -73,7 +68,6 @@ HRESULT WINAPI SafeArrayRedim(SAFEARRAY* array, SAFEARRAYBOUND* bound);
 
 // 0 for null.
 [[nodiscard]] UINT WINAPI SafeArrayGetDim(SAFEARRAY* array) noexcept;
-[[nodiscard]] UINT WINAPI SafeArrayGetElemsize(SAFEARRAY* array) noexcept;
 
 // `dimension` counts from 1, the leftmost; another gives DISP_E_BADINDEX. The upper bound of an empty
 // dimension is one below the lower.
@@ -91,8 +85,6 @@ HRESULT WINAPI SafeArrayAccessData(SAFEARRAY* array, void** data) noexcept;
 HRESULT WINAPI SafeArrayUnaccessData(SAFEARRAY* array) noexcept;
 
 // `indices` holds one index a dimension, the leftmost first. DISP_E_BADINDEX for one that is out of bounds.
-HRESULT WINAPI SafeArrayPtrOfIndex(SAFEARRAY* array, LONG* indices, void** element) noexcept;
-
 // Copies one element out, of which the caller owns what it owns: `value` points to room for it, whose content
 // doesn't matter. E_OUTOFMEMORY.
 HRESULT WINAPI SafeArrayGetElement(SAFEARRAY* array, LONG* indices, void* value);
