@@ -5,8 +5,8 @@
 
 #include <winreg.h>
 
-#include "src/failure.h"
-#include "src/registrytext.h"
+#include "kernel32/failure.h"
+#include "advapi32/registrytext.h"
 
 #include <optional>
 #include <string>

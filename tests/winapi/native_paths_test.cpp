@@ -1,5 +1,5 @@
-#include "src/failure.h"
-#include "src/paths.h"
+#include "kernel32/failure.h"
+#include "kernel32/paths.h"
 
 #include <windows.h>
 

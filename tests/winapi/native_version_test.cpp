@@ -1,5 +1,5 @@
 // Images of both systems and widths, which are the seeds of fuzz/version_fuzz.cpp, too.
-#include "src/paths.h"
+#include "kernel32/paths.h"
 
 #include <windows.h>
 

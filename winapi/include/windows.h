@@ -1,6 +1,6 @@
 // A stand-in for the Windows header of this name: the calls that the product makes and nothing more, each
 // faithful to Microsoft's published description down to the error codes that product code reads.
-// One concept a header; the folder winapi/ beside this file holds them.
+// One concept a header, in the folder of the library that supplies the calls; README.md lists them all.
 #pragma once
 
 #include "winapi/types.h"

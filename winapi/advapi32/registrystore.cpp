@@ -1,8 +1,8 @@
 #include "registrystore.h"
 
 #include "accounts.h"
-#include "failure.h"
-#include "filetime.h"
+#include "kernel32/failure.h"
+#include "kernel32/filetime.h"
 #include "registrytext.h"
 
 #include <cerrno>

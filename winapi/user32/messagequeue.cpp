@@ -1,6 +1,6 @@
 #include "messagequeue.h"
 
-#include "failure.h"
+#include "kernel32/failure.h"
 #include "sysinfoapi.h"
 
 namespace winapi {

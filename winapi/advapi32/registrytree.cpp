@@ -1,6 +1,6 @@
 #include "registrytree.h"
 
-#include "failure.h"
+#include "kernel32/failure.h"
 #include "winapi/strings.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "crtfailure.h"
+#include "crt/crtfailure.h"
 #include "kernelobject.h"
 #include "paths.h"
 

@@ -1,9 +1,9 @@
 #include "winapi/crt.h"
 
 #include "crtfailure.h"
-#include "filesharing.h"
-#include "openfile.h"
-#include "paths.h"
+#include "kernel32/filesharing.h"
+#include "kernel32/openfile.h"
+#include "kernel32/paths.h"
 
 #include "winapi/files.h"
 

@@ -6,7 +6,7 @@
 // unfinished copy, which the next writer overwrites.
 #pragma once
 
-#include "namefile.h"
+#include "kernel32/namefile.h"
 #include "registrytree.h"
 
 #include <cstdint>

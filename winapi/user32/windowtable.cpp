@@ -1,6 +1,6 @@
 #include "winapi/windowtable.h"
 
-#include "failure.h"
+#include "kernel32/failure.h"
 #include "messagequeue.h"
 #include "winapi/codepages.h"
 #include "winapi/strings.h"

@@ -1,7 +1,7 @@
 #include "winreg.h"
 
-#include "failure.h"
-#include "kernelobject.h"
+#include "kernel32/failure.h"
+#include "kernel32/kernelobject.h"
 #include "registrystore.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "registrytext.h"
 
-#include "failure.h"
+#include "kernel32/failure.h"
 #include "winreg.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "accounts.h"
 
-#include "failure.h"
-#include "paths.h"
+#include "kernel32/failure.h"
+#include "kernel32/paths.h"
 #include "winapi/accounts.h"
 #include "winapi/strings.h"
 

@@ -1,8 +1,8 @@
 #include "shlobj.h"
 
-#include "accounts.h"
-#include "failure.h"
-#include "paths.h"
+#include "advapi32/accounts.h"
+#include "kernel32/failure.h"
+#include "kernel32/paths.h"
 
 #include <string>
 

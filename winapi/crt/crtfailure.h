@@ -1,7 +1,7 @@
 // How the runtime library's calls report failures: they turn the errors of Windows into errno.
 #pragma once
 
-#include "failure.h"
+#include "kernel32/failure.h"
 
 #include <cerrno>
 

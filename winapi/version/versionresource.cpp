@@ -1,7 +1,7 @@
 #include "versionresource.h"
 
-#include "failure.h"
-#include "paths.h"
+#include "kernel32/failure.h"
+#include "kernel32/paths.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 #include "crtfailure.h"
-#include "descriptor.h"
-#include "filesharing.h"
-#include "openfile.h"
-#include "paths.h"
+#include "kernel32/descriptor.h"
+#include "kernel32/filesharing.h"
+#include "kernel32/openfile.h"
+#include "kernel32/paths.h"
 
 #include <direct.h>
 #include <io.h>
