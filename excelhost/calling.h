@@ -3,7 +3,7 @@
 #pragma once
 
 #include "excelhost/blocks.h"
-#include "excelhost/invoke/invoke.h"
+#include "excelhost/machine/invoke.h"
 #include "excelhost/oldvalues.h"
 #include "excelhost/typetext.h"
 #include "excelhost/value.h"

@@ -5,6 +5,7 @@
 #include "excelhost/value.h"
 
 #include <optional>
+#include <string>
 
 namespace excelhost {
 
@@ -12,7 +13,9 @@ namespace excelhost {
 class CallScope {
   public:
     // A procedure of an add-in's life, xlAutoOpen and its kin.
-    explicit CallScope(TextView module) noexcept : module_(module) { Enter(); }
+    CallScope(TextView module, const char* procedure) noexcept : module_(module), procedure_(procedure) {
+        Enter();
+    }
     // A worksheet function, called from a cell if one is given.
     CallScope(const Registration& function, std::optional<Reference> caller) noexcept
         : module_(function.module), function_(&function), caller_(std::move(caller)) {
@@ -30,6 +33,11 @@ class CallScope {
     // Null in a procedure of the add-in's life.
     [[nodiscard]] const Registration* Function() const noexcept { return function_; }
     [[nodiscard]] const std::optional<Reference>& Caller() const noexcept { return caller_; }
+    // For people: "'TRY.ADD' of try.xll", "xlAutoOpen of try.xll".
+    [[nodiscard]] std::string Name() const {
+        return (function_ != nullptr ? "'" + Utf8(function_->functionText) + "'" : procedure_) + " of " +
+               Utf8(FileNameOf(module_));
+    }
 
   private:
     void Enter() noexcept {
@@ -38,6 +46,7 @@ class CallScope {
     }
 
     TextView module_;
+    std::string procedure_;
     const Registration* function_ = nullptr;
     std::optional<Reference> caller_;
     const CallScope* outer_ = nullptr;

@@ -1,5 +1,6 @@
 #include "excelhost/host.h"
 
+#include "excelhost/callscope.h"
 #include "excelhost/state.h"
 #include "excelhost/worksheetcall.h"
 
@@ -15,6 +16,44 @@ constexpr int kMostOperands = 255;
 
 std::atomic<Host*> current_host{nullptr};
 
+const std::string kUnreadable = "an operand is ";
+
+// Excel keeps worksheet functions from what only commands and macro sheets may do.
+std::optional<Outcome> RefusalOfCaller(From from) {
+    const CallScope* scope = CallScope::Current();
+    const Registration* function = scope != nullptr ? scope->Function() : nullptr;
+    if (function == nullptr || from == From::Anywhere) return std::nullopt;
+    if (function->type.threadSafe) {
+        return Outcome::Failed(xlretNotThreadSafe, "not from a function that is registered as thread-safe");
+    }
+    if (from == From::Commands) return Outcome::Failed(xlretFailed, "a command, and no command calls");
+    if (from == From::Macros && !function->type.forMacroSheets) {
+        return Outcome::Failed(xlretFailed, "not from a worksheet function without '#'");
+    }
+    return std::nullopt;
+}
+
+std::string NameOfCaller() {
+    const CallScope* scope = CallScope::Current();
+    return scope != nullptr ? scope->Name() : "an add-in";
+}
+
+std::string GiverOf(int function) {
+    return NameOfCaller() + " in a result of " + FunctionName(function);
+}
+
+// What an add-in should hear of even if it doesn't look at its results.
+void NoteFault(HostState& state, const Entry& entry) {
+    const bool isFree = entry.function == xlFree && !entry.refused && entry.returnCode != xlretSuccess;
+    if (isFree) state.findings.Add(NameOfCaller() + " handed xlFree a value that is " + entry.note);
+    if (entry.note.starts_with(kUnreadable)) {
+        state.findings.Add(NameOfCaller() + " called " + FunctionName(entry.function) + ", and " +
+                           entry.note);
+    } else if (entry.function == xlfRegister && !entry.note.empty()) {
+        state.findings.Add(NameOfCaller() + " had a registration refused: " + entry.note, false);
+    }
+}
+
 // Checks a call into Excel and serves it.
 Outcome Serve(HostState& state, int number, int count, LPXLOPER12* records) {
     const ServedFunction* function = FindServed(number);
@@ -27,9 +66,16 @@ Outcome Serve(HostState& state, int number, int count, LPXLOPER12* records) {
     if (std::find(operands.begin(), operands.end(), nullptr) != operands.end()) {
         return Outcome::Failed(xlretInvXloper, "a null operand");
     }
+    // xlFree knows its own memory by its address and reads nothing else.
+    for (const XLOPER12* operand : function->number == xlFree ? Operands{} : operands) {
+        if (std::string fault = Unreadable(*operand); !fault.empty()) {
+            return Outcome::Failed(xlretInvXloper, kUnreadable + fault);
+        }
+    }
     if (operands.size() < function->fewest || operands.size() > function->most) {
         return Outcome::Failed(xlretInvCount);
     }
+    if (auto refusal = RefusalOfCaller(function->from)) return *std::move(refusal);
     return function->run(state, operands);
 }
 
@@ -59,6 +105,7 @@ int Host::CallBack(int function, int count, LPXLOPER12* operands, LPXLOPER12 res
         entry.messages = state_->messages;
         entry.alerts = state_->alerts;
         state_->trace.Begin(entry, given);
+        state_->lastCalls.Began(function);
         refusal = state_->refusals.Strike(function, given);
     }
     entry.refused = refusal.has_value();
@@ -69,13 +116,17 @@ int Host::CallBack(int function, int count, LPXLOPER12* operands, LPXLOPER12 res
     {
         const std::lock_guard lock(state_->mutex);
         const bool succeeded = outcome.returnCode == xlretSuccess;
-        if (result != nullptr && succeeded) state_->ledger.Give(outcome.value, *result);
+        if (result != nullptr && succeeded && state_->ledger.Give(outcome.value, *result)) {
+            state_->ledger.SetGiver(*result, GiverOf(function));
+        }
         if (result != nullptr && !succeeded) state_->ledger.Fail(*result);
         entry.returnCode = outcome.returnCode;
+        state_->lastCalls.Ended(outcome.returnCode);
         entry.note = std::move(outcome.note);
         entry.result.record = result;
         if (result != nullptr && succeeded && state_->trace.IsWatched()) entry.result = Traced(result);
         state_->trace.Complete(entry);
+        NoteFault(*state_, entry);
         listener = state_->trace.Listener();
     }
     if (listener) listener(entry);
@@ -105,25 +156,7 @@ void Host::SetCurrentSheet(IDSHEET id) {
 }
 
 Value Host::Dereference(const Value& value) const {
-    IDSHEET id = 0;
-    Area area;
-    if (const Area* onSheet = value.If<Area>()) {
-        area = *onSheet;
-    } else if (const Reference* reference = value.If<Reference>()) {
-        if (reference->areas.size() != 1) return ErrorValue{xlerrValue};
-        id = reference->sheet;
-        area = reference->areas.front();
-    } else {
-        return value;
-    }
-    CellReader reader;
-    {
-        const std::lock_guard lock(state_->mutex);
-        const OpenSheet* sheet = state_->sheets.Find(id);
-        if (sheet == nullptr || !sheet->reader) return ErrorValue{xlerrRef};
-        reader = sheet->reader;
-    }
-    return reader(area);
+    return excelhost::Dereference(*state_, value);
 }
 
 void Host::AddModule(TextView path, ModuleExports exports, HINSTANCE instance) {
@@ -147,8 +180,7 @@ Value Host::Call(TextView functionText, std::span<const Value> arguments, std::o
     const auto function = Find(functionText);
     if (!function || function->kind == Registration::Kind::Command) return ErrorValue{xlerrName};
     if (arguments.size() > function->Arity()) return ErrorValue{xlerrValue};
-    const Value value = CallWorksheetFunction(*state_, *function, arguments, std::move(caller),
-                                              [this](const Value& given) { return Dereference(given); });
+    const Value value = CallWorksheetFunction(*state_, *function, arguments, std::move(caller));
     return Dereference(value);
 }
 
@@ -197,6 +229,38 @@ void Host::KeepTrace(bool keep) {
 void Host::OnEntry(std::function<void(const Entry&)> listener) {
     const std::lock_guard lock(state_->mutex);
     state_->trace.Listen(std::move(listener));
+}
+
+std::vector<Finding> Host::Findings() const {
+    const std::lock_guard lock(state_->mutex);
+    excelhost::Findings findings = state_->findings;
+    for (const std::string& giver : state_->ledger.Leaks()) {
+        findings.Add("what " + giver + " was given never came back through xlFree");
+    }
+    return findings.All();
+}
+
+void Host::SetEvaluator(std::function<Value(TextView formula)> evaluator) {
+    const std::lock_guard lock(state_->mutex);
+    state_->evaluator = std::move(evaluator);
+}
+
+void Host::CalculationEnded() {
+    std::vector<EventHandler> handlers;
+    {
+        const std::lock_guard lock(state_->mutex);
+        handlers = state_->handlers;
+    }
+    constexpr int kEnded = 1;
+    for (const EventHandler& handler : handlers) {
+        if (handler.event != kEnded) continue;
+        const CallScope scope(handler.module, "an event's procedure");
+        reinterpret_cast<int(PASCAL*)()>(reinterpret_cast<void (*)()>(handler.entry))();
+    }
+}
+
+std::vector<LastCall> Host::LastCalls() const {
+    return state_->lastCalls.All();
 }
 
 Account Host::GetAccount() const {

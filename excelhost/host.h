@@ -9,7 +9,7 @@
 //     Value value = host.Call(TEXT("NetOutputPrediction"), arguments);
 //     EXPECT_TRUE(host.GetAccount().Balanced());
 //
-// The function numbers served stand in the tables of functions/. Any other gives xlretInvXlfn. Operands that
+// The function numbers served stand in the tables of served/. Any other gives xlretInvXlfn. Operands that
 // are null or too many never crash the host: they give xlretInvXloper or xlretInvCount, as Microsoft's
 // "Excel12, Excel12v" describes those codes.
 //
@@ -17,7 +17,8 @@
 // call the host again.
 #pragma once
 
-#include "excelhost/functions.h"
+#include "excelhost/findings.h"
+#include "excelhost/served/table.h"
 #include "excelhost/ledger.h"
 #include "excelhost/registrations.h"
 #include "excelhost/sheets.h"
@@ -64,6 +65,11 @@ class Host {
     // sheet that isn't there, or to several rectangles, gives #REF! or #VALUE!.
     [[nodiscard]] Value Dereference(const Value& value) const;
 
+    // Gives xlfEvaluate its values; names set through xlfSetName come first.
+    void SetEvaluator(std::function<Value(TextView formula)> evaluator);
+    // Calls the procedures that add-ins have registered for this event.
+    void CalculationEnded();
+
     // -- Modules and registered functions.
 
     // Makes a loaded add-in known under its path or its file name alone; xlfRegister takes either.
@@ -104,7 +110,11 @@ class Host {
     // Called with each entry when it is complete, whether or not a trace is kept. Nothing stops.
     void OnEntry(std::function<void(const Entry&)> listener);
 
+    // The latest few calls, the latest one last. Not locked, for handlers of crashes.
+    [[nodiscard]] std::vector<LastCall> LastCalls() const;
     [[nodiscard]] Account GetAccount() const;
+    // What was found wrong, in the order in which it first happened.
+    [[nodiscard]] std::vector<Finding> Findings() const;
     // Whether alerts for macro errors are on, as xlfError left them; on at first.
     [[nodiscard]] bool MacroAlerts() const;
     // Alerts that a user would have had to answer: an xlUDF failed while alerts were on.

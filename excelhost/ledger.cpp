@@ -1,5 +1,6 @@
 #include "excelhost/ledger.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -32,7 +33,7 @@ void Ledger::Offer(const XLOPER12* record) {
     returned_.erase(record);
 }
 
-void Ledger::Give(const Value& value, XLOPER12& record) {
+bool Ledger::Give(const Value& value, XLOPER12& record) {
     Blocks blocks;
     const XLOPER12 made = RecordFrom(value, blocks);
     if (TypeOf(made) == xltypeErr) {
@@ -45,8 +46,14 @@ void Ledger::Give(const Value& value, XLOPER12& record) {
     Offer(&record);
     if (const void* payload = PayloadOf(record)) {
         ++account_.allocated;
-        live_.insert_or_assign(payload, LiveValue{std::move(blocks), &record});
+        live_.insert_or_assign(payload, LiveValue{std::move(blocks), &record, {}});
+        return true;
     }
+    return false;
+}
+
+void Ledger::SetGiver(const XLOPER12& record, std::string giver) {
+    live_.at(PayloadOf(record)).giver = std::move(giver);
 }
 
 void Ledger::Fail(XLOPER12& record) {
@@ -79,6 +86,13 @@ std::string Ledger::TakeBack(XLOPER12& record) {
     }
     ++account_.foreign;
     return "not from this host";
+}
+
+std::vector<std::string> Ledger::Leaks() const {
+    std::vector<std::string> leaks;
+    for (const auto& [payload, value] : live_) leaks.push_back(value.giver);
+    std::sort(leaks.begin(), leaks.end());
+    return leaks;
 }
 
 void Ledger::Lent(std::size_t records, bool altered) noexcept {

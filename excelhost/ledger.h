@@ -10,6 +10,7 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 namespace excelhost {
 
@@ -47,12 +48,17 @@ class Ledger {
   public:
     // Fills the result record of a successful call. An error value writes its number and type alone, as Excel
     // does: the rest of the record stays what the caller left there.
-    void Give(const Value& value, XLOPER12& record);
+    // Whether the value has memory of its own.
+    bool Give(const Value& value, XLOPER12& record);
+    // Names the call that gave such a value, for when it leaks.
+    void SetGiver(const XLOPER12& record, std::string giver);
     // Notes the result record of a failed call, which stays untouched.
     void Fail(XLOPER12& record);
     // Frees what Excel put into the record and resets its pointer to null, as Microsoft describes xlFree.
     // What is wrong with the record otherwise; then nothing is freed.
     [[nodiscard]] std::string TakeBack(XLOPER12& record);
+    // Who was given the values that never came back, one name a value.
+    [[nodiscard]] std::vector<std::string> Leaks() const;
     void Lent(std::size_t records, bool altered) noexcept;
     void Flagged(bool freed) noexcept { ++(freed ? account_.flagged : account_.unfreeable); }
 
@@ -62,6 +68,7 @@ class Ledger {
     struct LiveValue {
         Blocks blocks;
         const XLOPER12* record = nullptr;
+        std::string giver;
     };
     void Offer(const XLOPER12* record);
     void Retire(const void* payload, Blocks blocks);

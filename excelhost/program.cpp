@@ -57,7 +57,8 @@ Options (--option VALUE or --option=VALUE; "--" ends them):
                          allocated and freed, to the standard error stream
 
 Exit code: 0 done; 1 something is wrong with the sheet or the add-in; 2 something is wrong with the command line;
-3 the add-in leaked a value, freed one twice, or freed or changed one that it was only lent.
+3 an add-in leaked a value, freed one twice, freed or changed one that it was only lent, or did what else is named;
+4 an add-in ended the program: it crashed, aborted, exited or let an exception out.
 )";
 
 // The names of the functions that are built in, in lines.
@@ -112,6 +113,16 @@ class TraceWriter {
     std::ostream* err_;
 };
 
+// What was found wrong with the add-ins; whether any of it is a fault.
+bool PrintFindings(const Host& host, std::ostream& err) {
+    bool isFaulty = false;
+    for (const Finding& finding : host.Findings()) {
+        err << "excelhost: " << Describe(finding) << '\n';
+        isFaulty = isFaulty || finding.isFault;
+    }
+    return isFaulty;
+}
+
 // The whole session.
 void Play(const RunOptions& options, std::span<const std::filesystem::path> addIns, Host& host,
           TraceWriter& trace, SheetFiles& sheets) {
@@ -133,6 +144,7 @@ void Play(const RunOptions& options, std::span<const std::filesystem::path> addI
     }
     trace.Milestone("the sheet is calculated");
     sheets.Calculate(host);
+    host.CalculationEnded();
     for (std::size_t i = sessions.size(); i-- > 0;) {
         if (hasWorkbook && sessions[i].KnowsWorkbook()) {
             tell("the companion workbook leaves: UninitializeXlaInformation", addIns[i]);
@@ -158,11 +170,13 @@ int Run(const RunOptions& options, const std::filesystem::path& folder, std::ost
     const bool isFaultless = sheets.PrintFaults(err);
     const Account account = host.GetAccount();
     if (options.trace || !account.Balanced()) err << "account: " << Describe(account) << '\n';
-    if (!account.Balanced()) {
-        err << "excelhost: the add-in's account isn't balanced\n";
-        return kBadAccount;
-    }
+    const bool isFaulty = PrintFindings(host, err);
+    if (!account.Balanced()) err << "excelhost: the add-in's account isn't balanced\n";
+    if (!account.Balanced() || isFaulty) return kBadAccount;
     return isFaultless ? kDone : kBadInput;
+} catch (const AddInDied& error) {
+    err << "excelhost: " << error.what() << '\n';
+    return kAddInDied;
 } catch (const std::runtime_error& error) {
     err << "excelhost: " << error.what() << '\n';
     return kBadInput;

@@ -13,6 +13,7 @@ enum ExitCode : int {
     kBadInput = 1,    // the sheet, the add-in, a function in the sheet, or a stream that takes no more
     kBadUsage = 2,    // the command line
     kBadAccount = 3,  // the add-in leaked, freed twice, freed what it was lent, or changed it
+    kAddInDied = 4,   // the add-in crashed, aborted, exited, or let an exception out of xlAutoOpen
 };
 
 // Runs the program: `arguments` in UTF-8, without the program's own name; `folder` is the program's own,

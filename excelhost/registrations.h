@@ -1,7 +1,7 @@
 // The add-ins that are loaded and the functions and commands that they have registered.
 #pragma once
 
-#include "excelhost/invoke/invoke.h"
+#include "excelhost/machine/invoke.h"
 #include "excelhost/typetext.h"
 #include "excelhost/value.h"
 

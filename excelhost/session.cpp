@@ -2,6 +2,7 @@
 
 #include "excelhost/callscope.h"
 #include "excelhost/failure.h"
+#include "excelhost/lastwords.h"
 
 #include <oleauto.h>
 
@@ -71,10 +72,7 @@ Session::Session(Host& host, const std::filesystem::path& addIn)
         host.AddModule(
             Wide(Shown(std::filesystem::absolute(addIn))),
             [module = module_](const char* name) { return GetProcAddress(module, name); }, module_);
-        const CallScope scope(fileName_);
-        if (Export<AutoFunction>("xlAutoOpen")() != 1) {
-            throw AddInError("the add-in '" + Utf8(fileName_) + "' refuses to open");
-        }
+        Open();
     } catch (...) {
         FreeLibrary(module_);
         throw;
@@ -87,12 +85,24 @@ Session::~Session() {
     FreeLibrary(module_);
 }
 
+void Session::Open() {
+    const auto open = Export<AutoFunction>("xlAutoOpen");
+    const CallScope scope(fileName_, "xlAutoOpen");
+    std::int32_t opened = 0;
+    try {
+        opened = open();
+    } catch (...) {
+        throw AddInDied("an exception got out: " + CurrentExceptionText() + ", " + LastWords());
+    }
+    if (opened != 1) throw AddInError("the add-in '" + Utf8(fileName_) + "' refuses to open");
+}
+
 bool Session::KnowsWorkbook() const noexcept {
     return GetProcAddress(module_, "InitializeXlaInformationVB") != nullptr;
 }
 
 void Session::Handshake(Form form) {
-    const CallScope scope(fileName_);
+    const CallScope scope(fileName_, "the handshake");
     WorkbookString name(TEXT("Kestrolumen"));
     WorkbookString version(TEXT("8.2"));
     WorkbookString none(TEXT(""));
@@ -113,13 +123,13 @@ void Session::Handshake(Form form) {
 }
 
 void Session::LeaveWorkbook() {
-    const CallScope scope(fileName_);
+    const CallScope scope(fileName_, "UninitializeXlaInformation");
     Export<Uninitialize>("UninitializeXlaInformation")(0);
 }
 
 void Session::Close() {
     if (!std::exchange(open_, false)) return;
-    const CallScope scope(fileName_);
+    const CallScope scope(fileName_, "xlAutoClose");
     if (const auto close = Find<AutoFunction>("xlAutoClose")) close();
 }
 

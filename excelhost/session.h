@@ -19,6 +19,12 @@ class AddInError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// The add-in let an exception out where none may leave.
+class AddInDied : public AddInError {
+  public:
+    using AddInError::AddInError;
+};
+
 // The order of life is: construct, Handshake, cells calculate, LeaveWorkbook, Close, destroy. Each step may
 // be left out; the destructor closes what is open. The two of the workbook are for add-ins that know it.
 class Session {
@@ -45,6 +51,7 @@ class Session {
     [[nodiscard]] const Text& FileName() const noexcept { return fileName_; }
 
   private:
+    void Open();
     // Null when there is none.
     template <class Function>
     [[nodiscard]] Function Find(const char* name) const noexcept;

@@ -1,14 +1,62 @@
 #include "excelhost/trace.h"
 
-#include "excelhost/functions.h"
+#include "excelhost/machine/readable.h"
+#include "excelhost/served/table.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace excelhost {
 
+std::string Unreadable(const XLOPER12& record) {
+    const auto isThere = [](const void* start, std::size_t size) {
+        return IsReadable(start, size) ? std::string() : std::string("a pointer to memory that isn't there");
+    };
+    switch (TypeOf(record)) {
+        case xltypeStr: {
+            const XCHAR* text = record.val.str;
+            if (text == nullptr || !IsReadable(text, sizeof(XCHAR))) return isThere(text, sizeof(XCHAR));
+            return isThere(text, (std::size_t{text[0]} + 1) * sizeof(XCHAR));
+        }
+        case xltypeRef: {
+            const XLMREF12* block = record.val.mref.lpmref;
+            if (block == nullptr) return {};
+            if (!IsReadable(block, sizeof(WORD))) return isThere(block, sizeof(WORD));
+            return isThere(block, offsetof(XLMREF12, reflref) + block->count * sizeof(XLREF12));
+        }
+        case xltypeMulti: {
+            const auto& array = record.val.array;
+            if (array.lparray == nullptr || array.rows < 1 || array.rows > kRowLimit) return {};
+            const auto cells =
+                static_cast<std::size_t>(array.rows) * static_cast<std::size_t>(array.columns & 0xFFFF);
+            return isThere(array.lparray, cells * sizeof(XLOPER12));
+        }
+        case xltypeNum:
+        case xltypeBool:
+        case xltypeErr:
+        case xltypeMissing:
+        case xltypeNil:
+        case xltypeInt:
+        case xltypeSRef:
+        case xltypeFlow:
+        case xltypeBigData:
+            return {};
+        default:
+            return "an uninitialised record, type " + std::to_string(record.xltype);
+    }
+}
+
 TracedValue Traced(const XLOPER12* record) {
     if (record == nullptr) return {nullptr, 0, "(null)"};
-    return {record, TypeOf(*record), Describe(*record)};
+    const std::string fault = Unreadable(*record);
+    return {record, TypeOf(*record), fault.empty() ? Describe(*record) : "(" + fault + ")"};
+}
+
+std::vector<LastCall> LastCalls::All() const {
+    std::vector<LastCall> calls;
+    const std::size_t first = count_ < ring_.size() ? 0 : count_ - ring_.size();
+    for (std::size_t i = first; i < count_; ++i) calls.push_back(ring_[i % ring_.size()]);
+    return calls;
 }
 
 void Trace::Begin(Entry& entry, std::span<const LPXLOPER12> operands) {

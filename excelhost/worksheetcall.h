@@ -3,16 +3,14 @@
 
 #include "excelhost/state.h"
 
-#include <functional>
 #include <optional>
 #include <span>
 
 namespace excelhost {
 
-// Lends the arguments, calls, copies the result and settles the account. Arguments may be fewer than the
-// function has; `caller` is the calling cell; `dereference` gives the cells behind a reference. The value may be a reference.
+// Lends the arguments, calls, copies the result and settles the account. Arguments may be fewer than the function
+// has; `caller` is the calling cell. The value may be a reference.
 [[nodiscard]] Value CallWorksheetFunction(HostState& state, const Registration& function,
-                                          std::span<const Value> arguments, std::optional<Reference> caller,
-                                          const std::function<Value(const Value&)>& dereference);
+                                          std::span<const Value> arguments, std::optional<Reference> caller);
 
 }  // namespace excelhost

@@ -17,4 +17,8 @@ namespace excelhost {
 // unheard.
 void PrepareStreams();
 
+// From here on, a program that ends in an add-in's code, by a crash, abort or exit, says so and has its own exit
+// code. Called once, in the beginning.
+void GuardAgainstAddIns();
+
 }  // namespace excelhost

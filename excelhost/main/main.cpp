@@ -16,6 +16,7 @@
 int main(int count, char** arguments) try {
     excelhost::PrepareStreams();
     excelhost::SetExceptionTeller(excelhost::TellOwnException);
+    excelhost::GuardAgainstAddIns();
     const std::vector<std::string> words = excelhost::ArgumentsFrom(count, arguments);
     const bool describes = !words.empty() && words.front() == "describe" && !excelhost::AsksForHelp(words);
     const std::span<const std::string> rest = std::span(words).subspan(describes ? 1 : 0);

@@ -71,3 +71,22 @@ if(VEX_ADDIN)
     message(FATAL_ERROR "exit code ${code}, message '${err}'")
   endif()
 endif()
+
+# An add-in that ends the program is named, with an exit code of its own.
+foreach(ending IN ITEMS "exit;exit was called" "abort;abort was called" "crash;a crash")
+  list(GET ending 0 habit)
+  list(GET ending 1 message)
+  execute_process(COMMAND "${CMAKE_COMMAND}" -E env "FAULTY_OPENING=${habit}" ${EMULATOR} "${PROGRAM}" run
+    "${EXAMPLE}/sheet.csv" --addin "${FAULTY}" OUTPUT_VARIABLE out ERROR_VARIABLE err RESULT_VARIABLE code)
+  if(NOT code EQUAL 4 OR NOT err MATCHES "${message}.* in xlAutoOpen of faulty.xll; its last calls .* xlGetName xlfRegister xlFree")
+    message(FATAL_ERROR "${habit}: exit code ${code}, message '${err}'")
+  endif()
+endforeach()
+
+# One that links Excel's functions by name: version 0x0C00, and 32 from the old family.
+file(WRITE "${SCRATCH}/linked.csv" "=Version()\n")
+execute_process(COMMAND ${EMULATOR} "${PROGRAM}" run "${SCRATCH}/linked.csv" --addin "${LINKED}"
+  OUTPUT_VARIABLE out ERROR_VARIABLE err RESULT_VARIABLE code)
+if(NOT code EQUAL 0 OR NOT out STREQUAL "3104\n")
+  message(FATAL_ERROR "exit code ${code}, output '${out}', message '${err}'")
+endif()

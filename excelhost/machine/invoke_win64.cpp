@@ -1,6 +1,6 @@
 // For 64-bit Windows: each argument has a place of eight bytes, the first four in registers. Whether a
 // function looks for one of them in RCX or in XMM0 its type alone says, so both are loaded.
-#include "excelhost/invoke/invoke.h"
+#include "excelhost/machine/invoke.h"
 
 #include <cstddef>
 #include <vector>
@@ -76,7 +76,8 @@ Word Signature::Call(FARPROC function, std::span<Word> arguments) const {
     }
     if (plan_->result == Passing::Double) {
         using CallForDouble = double (*)(FARPROC, const Word*, std::size_t);
-        const auto call = reinterpret_cast<CallForDouble>(reinterpret_cast<void*>(&excelhost_call_words));
+        const auto call =
+            reinterpret_cast<CallForDouble>(reinterpret_cast<void (*)()>(&excelhost_call_words));
         return WordFrom(call(function, arguments.data(), arguments.size()));
     }
     return WordFrom(excelhost_call_words(function, arguments.data(), arguments.size()));

@@ -1,8 +1,8 @@
 // The table of the functions that a host serves, by number.
 //
-// To serve another one, write its handler in the room of functions/ that it belongs to and give it a row in
-// that room's table: {number, name, fewest and most operands, handler}. All else follows from the row: its
-// name in the trace, the check of its operands' count, its place in `excelhost functions`.
+// To serve another one, write its handler in the room of served/ that it belongs to and give it a row in
+// that room's table: {number, name, fewest and most operands, from where, handler}. All else follows from
+// the row: its name in the trace and the checks of its operands' count and of who calls.
 #pragma once
 
 #include "excelhost/value.h"
@@ -36,28 +36,45 @@ struct Outcome {
 // None is null.
 using Operands = std::span<const LPXLOPER12>;
 
+// From where Excel lets a function be called.
+enum class From : unsigned char {
+    Anywhere,
+    MainThread,  // not from thread-safe functions ("$")
+    Macros,      // not from worksheet functions but those for macro sheets ("#")
+    Commands,    // not from worksheet functions
+};
+
 struct ServedFunction {
     int number;
     std::string_view name;
     std::size_t fewest;  // operands
     std::size_t most;
+    From from;
     // Locks what it needs of the state itself, so that no lock is held while an add-in's or a workbook's code
     // runs.
     Outcome (*run)(HostState& state, Operands operands);
 };
 
-// Null for a number that isn't served.
+// The bit of commands, which are numbered on their own, up to the highest there may be.
+inline constexpr int kCommand = 0x8000;
+inline constexpr int kHighestCommand = 0x3FF;
+
+// Null for a number that isn't served. Every command is.
 [[nodiscard]] const ServedFunction* FindServed(int number) noexcept;
 
 // "xlUDF", "xlfError"...; the number for any other.
 [[nodiscard]] std::string FunctionName(int number);
 
 // The rooms of the table.
-[[nodiscard]] std::span<const ServedFunction> MemoryFunctions();
-[[nodiscard]] std::span<const ServedFunction> RegistrationFunctions();
-[[nodiscard]] std::span<const ServedFunction> WorkbookFunctions();
-[[nodiscard]] std::span<const ServedFunction> SwitchFunctions();
-[[nodiscard]] std::span<const ServedFunction> SurroundingsFunctions();
+[[nodiscard]] std::span<const ServedFunction> ServedMemory();
+[[nodiscard]] std::span<const ServedFunction> ServedRegistration();
+[[nodiscard]] std::span<const ServedFunction> ServedWorkbooks();
+[[nodiscard]] std::span<const ServedFunction> ServedSwitches();
+[[nodiscard]] std::span<const ServedFunction> ServedSurroundings();
+[[nodiscard]] std::span<const ServedFunction> ServedValues();
+[[nodiscard]] std::span<const ServedFunction> ServedInformation();
+[[nodiscard]] std::span<const ServedFunction> ServedCalling();
+[[nodiscard]] std::span<const ServedFunction> ServedCommands();
 
 // Operands as handlers read them. A number is also a truth value or an integer.
 [[nodiscard]] std::optional<double> NumberOf(const XLOPER12& record);

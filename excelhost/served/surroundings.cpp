@@ -1,6 +1,6 @@
 // What an add-in asks about itself and the program that it runs in.
 #include "excelhost/callscope.h"
-#include "excelhost/functions.h"
+#include "excelhost/served/table.h"
 #include "excelhost/state.h"
 
 #include <windows.h>
@@ -52,14 +52,16 @@ Outcome IsAborted(HostState&, Operands) {
 }
 
 constexpr ServedFunction kTable[] = {
-    {xlSpecial | 9, "xlGetName", 0, 0, GetName},         {xlSpecial | 7, "xlGetInst", 0, 0, GetInstance},
-    {xlSpecial | 8, "xlGetHwnd", 0, 0, GetWindowHandle}, {xlSpecial | 1, "xlStack", 0, 0, GetStack},
-    {xlSpecial | 6, "xlAbort", 0, 1, IsAborted},
+    {xlSpecial | 9, "xlGetName", 0, 0, From::Anywhere, GetName},
+    {xlSpecial | 7, "xlGetInst", 0, 0, From::Anywhere, GetInstance},
+    {xlSpecial | 8, "xlGetHwnd", 0, 0, From::Anywhere, GetWindowHandle},
+    {xlSpecial | 1, "xlStack", 0, 0, From::Anywhere, GetStack},
+    {xlSpecial | 6, "xlAbort", 0, 1, From::Anywhere, IsAborted},
 };
 
 }  // namespace
 
-std::span<const ServedFunction> SurroundingsFunctions() {
+std::span<const ServedFunction> ServedSurroundings() {
     return kTable;
 }
 

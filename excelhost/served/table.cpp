@@ -1,4 +1,4 @@
-#include "excelhost/functions.h"
+#include "excelhost/served/table.h"
 
 #include <algorithm>
 #include <array>
@@ -11,8 +11,9 @@ namespace {
 const std::vector<ServedFunction>& Table() {
     static const std::vector<ServedFunction> table = [] {
         std::vector<ServedFunction> all;
-        for (const auto room : {MemoryFunctions(), RegistrationFunctions(), WorkbookFunctions(),
-                                SwitchFunctions(), SurroundingsFunctions()}) {
+        for (const auto room :
+             {ServedMemory(), ServedRegistration(), ServedWorkbooks(), ServedSwitches(), ServedSurroundings(),
+              ServedValues(), ServedInformation(), ServedCalling(), ServedCommands()}) {
             all.insert(all.end(), room.begin(), room.end());
         }
         std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.number < b.number; });
@@ -24,14 +25,23 @@ const std::vector<ServedFunction>& Table() {
 }  // namespace
 
 const ServedFunction* FindServed(int number) noexcept {
-    const auto found = std::lower_bound(Table().begin(), Table().end(), number,
+    // Two bits ask for a dialog and for English names, which there are none and no others of here.
+    constexpr int kPrompt = 0x1000;
+    constexpr int kInternational = 0x2000;
+    const int plain = number & ~(kPrompt | kInternational);
+    const auto found = std::lower_bound(Table().begin(), Table().end(), plain,
                                         [](const ServedFunction& f, int n) { return f.number < n; });
-    return found != Table().end() && found->number == number ? &*found : nullptr;
+    if (found != Table().end() && found->number == plain) return &*found;
+    const bool isCommand = (plain & ~kHighestCommand) == kCommand;
+    return isCommand ? &ServedCommands().front() : nullptr;
 }
 
 std::string FunctionName(int number) {
     const ServedFunction* function = FindServed(number);
-    return function != nullptr ? std::string(function->name) : std::to_string(number);
+    if (function == nullptr) return std::to_string(number);
+    if (function->number == kCommand && (number & kHighestCommand) != 0)
+        return "xlCommand|" + std::to_string(number & kHighestCommand);
+    return std::string(function->name);
 }
 
 std::optional<double> NumberOf(const XLOPER12& record) {

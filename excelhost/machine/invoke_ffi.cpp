@@ -1,5 +1,5 @@
 // By libffi, which knows the calling conventions of the machines that Linux runs on.
-#include "excelhost/invoke/invoke.h"
+#include "excelhost/machine/invoke.h"
 
 #include <ffi.h>
 

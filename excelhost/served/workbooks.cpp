@@ -1,5 +1,5 @@
 // Workbooks and their sheets.
-#include "excelhost/functions.h"
+#include "excelhost/served/table.h"
 #include "excelhost/state.h"
 
 #include <exception>
@@ -73,13 +73,13 @@ Outcome SheetName(HostState& state, Operands operands) {
 }
 
 constexpr ServedFunction kTable[] = {
-    {xlUDF, "xlUDF", 1, 255, RunWorkbookFunction},
-    {xlSheetNm, "xlSheetNm", 0, 1, SheetName},
+    {xlUDF, "xlUDF", 1, 255, From::Anywhere, RunWorkbookFunction},
+    {xlSheetNm, "xlSheetNm", 0, 1, From::Anywhere, SheetName},
 };
 
 }  // namespace
 
-std::span<const ServedFunction> WorkbookFunctions() {
+std::span<const ServedFunction> ServedWorkbooks() {
     return kTable;
 }
 

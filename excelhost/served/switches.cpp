@@ -1,5 +1,5 @@
 // What turns messages and alerts on and off.
-#include "excelhost/functions.h"
+#include "excelhost/served/table.h"
 #include "excelhost/state.h"
 
 namespace excelhost {
@@ -22,14 +22,14 @@ Outcome SwitchMessages(HostState& state, Operands) {
 }
 
 constexpr ServedFunction kTable[] = {
-    {xlfError, "xlfError", 1, 2, SwitchAlerts},
-    {xlEnableXLMsgs, "xlEnableXLMsgs", 0, 0, SwitchMessages<true>},
-    {xlDisableXLMsgs, "xlDisableXLMsgs", 0, 0, SwitchMessages<false>},
+    {xlfError, "xlfError", 1, 2, From::Anywhere, SwitchAlerts},
+    {xlEnableXLMsgs, "xlEnableXLMsgs", 0, 0, From::Anywhere, SwitchMessages<true>},
+    {xlDisableXLMsgs, "xlDisableXLMsgs", 0, 0, From::Anywhere, SwitchMessages<false>},
 };
 
 }  // namespace
 
-std::span<const ServedFunction> SwitchFunctions() {
+std::span<const ServedFunction> ServedSwitches() {
     return kTable;
 }
 

@@ -1,5 +1,5 @@
 // What takes memory back.
-#include "excelhost/functions.h"
+#include "excelhost/served/table.h"
 #include "excelhost/state.h"
 
 namespace excelhost {
@@ -17,12 +17,12 @@ Outcome Free(HostState& state, Operands operands) {
 }
 
 constexpr ServedFunction kTable[] = {
-    {xlFree, "xlFree", 0, 255, Free},
+    {xlFree, "xlFree", 0, 255, From::Anywhere, Free},
 };
 
 }  // namespace
 
-std::span<const ServedFunction> MemoryFunctions() {
+std::span<const ServedFunction> ServedMemory() {
     return kTable;
 }
 

@@ -1,7 +1,7 @@
 // For 32-bit x86: all arguments go over the stack, doubles as two words; integers and pointers come back in
 // EAX, doubles in ST(0). The stack pointer is restored from the frame, so it doesn't matter who removes the
 // arguments, the function (stdcall) or the caller (cdecl).
-#include "excelhost/invoke/invoke.h"
+#include "excelhost/machine/invoke.h"
 
 #include <cstddef>
 #include <cstring>
@@ -73,7 +73,8 @@ Word Signature::Call(FARPROC function, std::span<Word> arguments) const {
     }
     if (plan_->result == Passing::Double) {
         using CallForDouble = double (*)(FARPROC, const std::uint32_t*, std::size_t);
-        const auto call = reinterpret_cast<CallForDouble>(reinterpret_cast<void*>(&excelhost_call_words));
+        const auto call =
+            reinterpret_cast<CallForDouble>(reinterpret_cast<void (*)()>(&excelhost_call_words));
         return WordFrom(call(function, words.data(), words.size()));
     }
     return WordFrom(static_cast<std::int64_t>(excelhost_call_words(function, words.data(), words.size())));

@@ -1,6 +1,6 @@
 // Registering and unregistering functions and commands.
 #include "excelhost/calling.h"
-#include "excelhost/functions.h"
+#include "excelhost/served/table.h"
 #include "excelhost/state.h"
 
 #include <cmath>
@@ -106,13 +106,13 @@ Outcome Unregister(HostState& state, Operands operands) {
 }
 
 constexpr ServedFunction kTable[] = {
-    {xlfRegister, "xlfRegister", 3, 255, Register},
-    {xlfUnregister, "xlfUnregister", 1, 1, Unregister},
+    {xlfRegister, "xlfRegister", 3, 255, From::MainThread, Register},
+    {xlfUnregister, "xlfUnregister", 1, 1, From::MainThread, Unregister},
 };
 
 }  // namespace
 
-std::span<const ServedFunction> RegistrationFunctions() {
+std::span<const ServedFunction> ServedRegistration() {
     return kTable;
 }
 

@@ -1,0 +1,22 @@
+/* An add-in that links Excel's functions by name. */
+#include "xll.h"
+
+extern int Excel12(int function, Record* result, int count, ...);
+extern int XLL_CALL Excel12v(int function, Record* result, int count, Record* operands[]);
+extern int XLL_CALL XLCallVer(void);
+extern int Excel4(int function, void* result, int count, ...);
+extern Callback XLL_CALL GetExcel12EntryPt(void);
+
+XLL_EXPORT int32_t XLL_CALL Version(void) {
+    return XLCallVer() + Excel4(GetName, NULL, 0) + (GetExcel12EntryPt() == Excel() ? 0 : 1);
+}
+
+XLL_EXPORT int XLL_CALL xlAutoOpen(void) {
+    static Unit buffers[2][16];
+    Record module, name = Text("Version", buffers[0]), type = Text("J", buffers[1]);
+    Record* freed[] = {&module};
+    if (Excel12v(GetName, &module, 0, NULL) != 0) return 0;
+    Excel12(Register, NULL, 4, &module, &name, &type, &name);
+    Excel12(Free, NULL, 1, freed[0]);
+    return 1;
+}
