@@ -3,6 +3,7 @@
 #include "excelhost/calling.h"
 #include "excelhost/callscope.h"
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <exception>
@@ -10,8 +11,7 @@
 namespace excelhost {
 namespace {
 
-// How long an asynchronous function has for its result.
-constexpr std::chrono::seconds kAsyncLimit{30};
+std::atomic<std::chrono::milliseconds> async_limit{std::chrono::seconds{30}};
 // How far below this frame a returned address still lies in frames that are gone.
 constexpr std::uintptr_t kDeadStack = std::uintptr_t{256} << 10;
 
@@ -91,8 +91,9 @@ class WorksheetCall {
         const XLOPER12 record = HandleRecord(handle);
         lent_.SetHandle(&record);
         (void)function_.signature->Call(function_.entry, lent_.Seal());
-        if (auto value = state_.asyncCalls.WaitFor(handle, kAsyncLimit)) return *std::move(value);
-        Find("hasn't returned its result within " + std::to_string(kAsyncLimit.count()) + " seconds");
+        const std::chrono::milliseconds limit = async_limit;
+        if (auto value = state_.asyncCalls.WaitFor(handle, limit)) return *std::move(value);
+        Find("hasn't returned its result within " + std::to_string(limit.count()) + " ms");
         return ErrorValue{xlerrNA};
     } catch (...) {
         Find("let an exception out");
@@ -147,6 +148,10 @@ class WorksheetCall {
 };
 
 }  // namespace
+
+void SetAsyncLimit(std::chrono::milliseconds limit) noexcept {
+    async_limit = limit;
+}
 
 Value CallWorksheetFunction(HostState& state, const Registration& function, std::span<const Value> arguments,
                             std::optional<Reference> caller) {

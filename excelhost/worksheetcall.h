@@ -3,6 +3,7 @@
 
 #include "excelhost/state.h"
 
+#include <chrono>
 #include <optional>
 #include <span>
 
@@ -12,5 +13,8 @@ namespace excelhost {
 // has; `caller` is the calling cell. The value may be a reference.
 [[nodiscard]] Value CallWorksheetFunction(HostState& state, const Registration& function,
                                           std::span<const Value> arguments, std::optional<Reference> caller);
+
+// How long an asynchronous function has for its result, in the whole process: 30 seconds unless set.
+void SetAsyncLimit(std::chrono::milliseconds limit) noexcept;
 
 }  // namespace excelhost
