@@ -3,7 +3,8 @@
 
 OwnedVariant OwnedVariant::CopyOf(const VARIANT& original) {
     OwnedVariant result;
-    if (const HRESULT hresult = VariantCopy(result.receive(), &original); FAILED(hresult))
+    if (const HRESULT hresult = VariantCopy(result.receive(), const_cast<VARIANT*>(&original));
+        FAILED(hresult))
         IssueError(hresult);
     return result;
 }

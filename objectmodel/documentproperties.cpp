@@ -9,7 +9,7 @@ using namespace MsExcel;
 using namespace kestrolumen::detail;
 
 // Calls Office's interface by its virtual table.
-class XDocumentProperties14 final : public DocumentProperties {
+class XDocumentProperties14 final : public MsExcel::DocumentProperties {
   public:
     explicit XDocumentProperties14(const ComPtr<IDispatch>& source)
         : dispatch(QueryFor<IDocumentProperties>(source, IidDocumentProperties)) {}
@@ -35,6 +35,6 @@ class XDocumentProperties14 final : public DocumentProperties {
 }  // namespace
 
 template <>
-std::shared_ptr<DocumentProperties> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
+std::shared_ptr<MsExcel::DocumentProperties> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
     return std::make_shared<XDocumentProperties14>(source);
 }

@@ -57,8 +57,8 @@ class XWorkbook14 final : public Workbook {
     bool GetSaved() const override { return getB(dispatch, Id::Saved); }
     void PutSaved(bool saved) override { putB(dispatch, Id::Saved, saved); }
     CStringW GetPath() const override { return getS(dispatch, Id::Path); }
-    std::shared_ptr<DocumentProperties> GetBuiltinDocumentProperties() const override {
-        return getO<DocumentProperties>(dispatch, Id::BuiltinDocumentProperties);
+    std::shared_ptr<MsExcel::DocumentProperties> GetBuiltinDocumentProperties() const override {
+        return getO<MsExcel::DocumentProperties>(dispatch, Id::BuiltinDocumentProperties);
     }
     bool GetExcel8CompatibilityMode() const override { return getB(dispatch, Id::Excel8CompatibilityMode); }
 

@@ -33,7 +33,7 @@ MEMORYSTATUSEX MemoryStatus() noexcept {
 }
 
 char kestrolumen::detail::SystemDrive(UINT(WINAPI* typeOfDrive)(LPCSTR root)) noexcept {
-    for (const UINT kind : {DRIVE_FIXED, DRIVE_REMOTE}) {
+    for (const UINT kind : {UINT{DRIVE_FIXED}, UINT{DRIVE_REMOTE}}) {
         for (char root[] = "A:\\"; root[0] <= 'Z'; ++root[0]) {
             if (typeOfDrive(root) == kind) return root[0];
         }

@@ -121,7 +121,8 @@ TEST(Makers, StringsKeepUpTo32767UnitsBeforeTheFirstZero) {
                                         XXloperFromString(narrow), XXloperFromString(narrow.c_str())}) {
             EXPECT_EQ(ValueFrom(*value), kept) << length;
         }
-        EXPECT_EQ(ValueFrom(*XXloperFromString(narrow + '\x80')), Value((text + u'\u20AC').substr(0, 32767)));
+        EXPECT_EQ(ValueFrom(*XXloperFromString(narrow + '\x80')),
+                  Value((text + TEXT('\x20AC')).substr(0, 32767)));
     }
     EXPECT_EQ(ValueFrom(*XXloperFromString(Text(TEXT("ab\0cd"), 5))), Value(Text(TEXT("ab"))));
     EXPECT_EQ(ValueFrom(*XXloperFromString(nullptr)), Value(Text()));

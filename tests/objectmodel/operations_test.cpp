@@ -323,8 +323,8 @@ const Table<DocumentProperty> documentPropertyTable{[](World& world) { return wo
     {&DocumentProperty::GetValue, &DocumentProperty::PutValue, with(Words{TEXT("Costs")}), "DocumentProperty 0", "BSTR Prices", "BSTR Costs"},
 }};
 
-const Table<DocumentProperties> documentPropertiesTable{[](World& world) { return world.Workbook()->GetBuiltinDocumentProperties(); }, {
-    {&DocumentProperties::GetItem, with(TEXT("Title")), "DocumentProperties 0 get (BSTR Title)", "DocumentProperty Title"},
+const Table<MsExcel::DocumentProperties> documentPropertiesTable{[](World& world) { return world.Workbook()->GetBuiltinDocumentProperties(); }, {
+    {&MsExcel::DocumentProperties::GetItem, with(TEXT("Title")), "DocumentProperties 0 get (BSTR Title)", "DocumentProperty Title"},
 }};
 
 const Table<Interior> interiorTable{[](World& world) { return world.Range(TEXT("A1"))->GetInterior(); }, {
