@@ -53,6 +53,9 @@ Options (--option VALUE or --option=VALUE; "--" ends them):
                          loaded, so the add-in's functions aren't registered and give #NAME?
   --workbook-name NAME   the name under which the workbook is open: XLA (Kestrolumen.XLA, the default), XLS, or
                          none: it introduces itself but can't be called, so its functions give #VALUE!
+  --manage               adds and removes each add-in as the add-in manager does: xlAddInManagerInfo12, xlAutoAdd,
+                         xlAutoRemove
+  --cancel-close         calls xlAutoClose ahead of the calculation, as Excel does when a user cancels its end
   --trace                prints every call of the add-in into Excel, in order, and the account of all values lent,
                          allocated and freed, to the standard error stream
 
@@ -79,6 +82,8 @@ struct RunOptions {
     std::string companion = "iris";
     std::string workbookName = "XLA";
     bool trace = false;
+    bool isManaged = false;
+    bool cancelsClose = false;
 };
 
 RunOptions ParseRunOptions(std::span<const std::string> arguments) {
@@ -87,6 +92,8 @@ RunOptions ParseRunOptions(std::span<const std::string> arguments) {
     RunOptions run;
     const std::array options = {
         SwitchOption("--trace", run.trace),
+        SwitchOption("--manage", run.isManaged),
+        SwitchOption("--cancel-close", run.cancelsClose),
         ListOption("--addin", run.addIns),
         ChoiceOption("--companion", companions, run.companion),
         ChoiceOption("--workbook-name", workbookNames, run.workbookName),
@@ -138,9 +145,19 @@ void Play(const RunOptions& options, std::span<const std::filesystem::path> addI
     for (const std::filesystem::path& addIn : addIns) {
         tell("Excel loads the add-in: xlAutoOpen", addIn);
         Session& session = sessions.emplace_back(host, addIn);
+        if (options.isManaged) {
+            tell("the add-in manager asks for its name: xlAddInManagerInfo12", addIn);
+            trace.Milestone("it is \"" + session.LongName() + "\"");
+            tell("the add-in manager adds it: xlAutoAdd", addIn);
+            session.Added();
+        }
         if (!hasWorkbook || !session.KnowsWorkbook()) continue;
         tell("the companion workbook introduces itself: InitializeXlaInformationVB", addIn);
         session.Handshake();
+    }
+    for (std::size_t i = 0; options.cancelsClose && i < sessions.size(); ++i) {
+        tell("Excel would end, and the user cancels: xlAutoClose", addIns[i]);
+        sessions[i].CancelledClose();
     }
     trace.Milestone("the sheet is calculated");
     sheets.Calculate(host);
@@ -149,6 +166,10 @@ void Play(const RunOptions& options, std::span<const std::filesystem::path> addI
         if (hasWorkbook && sessions[i].KnowsWorkbook()) {
             tell("the companion workbook leaves: UninitializeXlaInformation", addIns[i]);
             sessions[i].LeaveWorkbook();
+        }
+        if (options.isManaged) {
+            tell("the add-in manager removes it: xlAutoRemove", addIns[i]);
+            sessions[i].Removed();
         }
         tell("Excel closes the add-in: xlAutoClose", addIns[i]);
         sessions[i].Close();

@@ -3,6 +3,7 @@
 #include "excelhost/callscope.h"
 #include "excelhost/failure.h"
 #include "excelhost/lastwords.h"
+#include "excelhost/modulefile.h"
 
 #include <oleauto.h>
 
@@ -22,11 +23,12 @@ HMODULE Load(const std::filesystem::path& addIn) {
     if (!std::filesystem::is_regular_file(addIn, error)) {
         throw AddInError("there is no add-in '" + Shown(addIn) + "'");
     }
+    const auto refuse = [&](const std::string& why) {
+        throw AddInError("the add-in '" + Shown(addIn) + "' can't be loaded: " + why);
+    };
+    if (const std::string why = WrongKindOfModule(addIn); !why.empty()) refuse(why);
     HMODULE module = LoadLibraryW(Wide(Shown(std::filesystem::absolute(addIn))).c_str());
-    if (module == nullptr) {
-        throw AddInError("the add-in '" + Shown(addIn) + "' can't be loaded: error " +
-                         std::to_string(GetLastError()));
-    }
+    if (module == nullptr) refuse(WhyNotLoaded(std::filesystem::absolute(addIn)));
     return module;
 }
 
@@ -129,8 +131,41 @@ void Session::LeaveWorkbook() {
 
 void Session::Close() {
     if (!std::exchange(open_, false)) return;
-    const CallScope scope(fileName_, "xlAutoClose");
-    if (const auto close = Find<AutoFunction>("xlAutoClose")) close();
+    CallIfThere("xlAutoClose");
+}
+
+void Session::CancelledClose() {
+    CallIfThere("xlAutoClose");
+}
+
+void Session::Added() {
+    CallIfThere("xlAutoAdd");
+}
+
+void Session::Removed() {
+    CallIfThere("xlAutoRemove");
+}
+
+std::string Session::LongName() {
+    using Info = LPXLOPER12(WINAPI*)(LPXLOPER12);
+    const auto info = Find<Info>("xlAddInManagerInfo12");
+    if (info == nullptr) return {};
+    const CallScope scope(fileName_, "xlAddInManagerInfo12");
+    XLOPER12 action{};
+    action.xltype = xltypeInt;
+    action.val.w = 1;
+    const LPXLOPER12 answer = info(&action);
+    const auto name = answer != nullptr ? TextOf(*answer) : std::nullopt;
+    if (answer != nullptr && (answer->xltype & xlbitDLLFree) != 0) {
+        using Free = void(WINAPI*)(LPXLOPER12);
+        if (const auto free = Find<Free>("xlAutoFree12")) free(answer);
+    }
+    return name ? Utf8(*name) : std::string();
+}
+
+void Session::CallIfThere(const char* procedure) {
+    const CallScope scope(fileName_, procedure);
+    if (const auto function = Find<AutoFunction>(procedure)) function();
 }
 
 }  // namespace excelhost

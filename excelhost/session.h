@@ -50,8 +50,21 @@ class Session {
     // The file name without folder, as the add-in registers itself.
     [[nodiscard]] const Text& FileName() const noexcept { return fileName_; }
 
+    // xlAutoClose for an Excel that stays: it has asked about an unsaved workbook, and the user has cancelled.
+    // Excel doesn't open the add-in anew.
+    void CancelledClose();
+
+    // -- The add-in manager.
+
+    // What xlAddInManagerInfo12 gives as the add-in's long name; empty when there is none.
+    [[nodiscard]] std::string LongName();
+    // xlAutoAdd behind xlAutoOpen, xlAutoRemove ahead of xlAutoClose, where they are there.
+    void Added();
+    void Removed();
+
   private:
     void Open();
+    void CallIfThere(const char* procedure);
     // Null when there is none.
     template <class Function>
     [[nodiscard]] Function Find(const char* name) const noexcept;

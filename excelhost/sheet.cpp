@@ -188,8 +188,9 @@ std::vector<std::vector<CellFault>> CalculateSheets(std::span<const NamedSheet> 
         host.AddSheet(firstId + i, sheets[i].name,
                       [grid = grids[i]](const Area& area) { return grid->Read(area); });
     }
+    Reference caller;  // the cell that is calculated
     const FunctionCaller call = [&](TextView function, std::span<const Value> arguments) {
-        return host.Call(function, arguments);
+        return host.Call(function, arguments, caller);
     };
     std::vector<std::vector<CellFault>> faults(sheets.size());
     KnownFunctions known(host);
@@ -197,6 +198,8 @@ std::vector<std::vector<CellFault>> CalculateSheets(std::span<const NamedSheet> 
     for (const std::uint32_t number : order) {
         const auto& [id, cell] = formulas[number];
         known.Check(*cell, faults[id - 1]);
+        const auto& [row, column] = cell->place;
+        caller = Reference{firstId + id - 1, {Area{{row, row, column, column}}}};
         if (std::exchange(current, id) != id) host.SetCurrentSheet(firstId + id - 1);
         sheets[id - 1].sheet->Set(cell->place,
                                   CalculateFormula(cell->formula, Cells(grids, id, cell->place), call));

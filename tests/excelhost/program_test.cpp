@@ -127,7 +127,7 @@ TEST_F(ProgramTest, TellsWhichFileIsNotThere) {
     EXPECT_EQ(Run({"run", sheet}, folder_.Path()), kBadInput);
     EXPECT_THAT(err, AllOf(HasSubstr("there is no add-in"), HasSubstr("kestrolumen.xll")));
     EXPECT_EQ(Run({"run", sheet, "--addin", sheet}), kBadInput);
-    EXPECT_THAT(err, HasSubstr("sheet.csv' can't be loaded"));
+    EXPECT_THAT(err, HasSubstr("sheet.csv' can't be loaded: it is no module"));
 }
 
 TEST_F(ProgramTest, CalculatesSheetsThatReferToOneAnother) {
