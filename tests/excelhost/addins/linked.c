@@ -1,11 +1,18 @@
 /* An add-in that links Excel's functions by name. */
 #include "xll.h"
 
+/* On 32-bit Windows the import library knows the names without the size of their arguments. */
+#if defined(_WIN32) && defined(__i386__)
+#define NAMED(name) __asm__("_" #name)
+#else
+#define NAMED(name)
+#endif
+
 extern int Excel12(int function, Record* result, int count, ...);
-extern int XLL_CALL Excel12v(int function, Record* result, int count, Record* operands[]);
-extern int XLL_CALL XLCallVer(void);
+extern int XLL_CALL Excel12v(int function, Record* result, int count, Record* operands[]) NAMED(Excel12v);
+extern int XLL_CALL XLCallVer(void) NAMED(XLCallVer);
 extern int Excel4(int function, void* result, int count, ...);
-extern Callback XLL_CALL GetExcel12EntryPt(void);
+extern Callback XLL_CALL GetExcel12EntryPt(void) NAMED(GetExcel12EntryPt);
 
 XLL_EXPORT int32_t XLL_CALL Version(void) {
     return XLCallVer() + Excel4(GetName, NULL, 0) + (GetExcel12EntryPt() == Excel() ? 0 : 1);
