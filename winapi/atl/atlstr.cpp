@@ -1,10 +1,10 @@
 #include "atlstr.h"
 
 #include "ansitext.h"
-#include "msformat.h"
+#include "checkedlength.h"
+#include "letters.h"
 
 #include <algorithm>
-#include <climits>
 #include <limits>
 #include <new>
 #include <stdexcept>
@@ -13,94 +13,17 @@
 namespace {
 
 using atlstr::BufferHead;
+using atlstr::CheckedLength;
+using letters::IsOneOf;
+using letters::IsSpace;
+using letters::LetterCase;
+using letters::MapAsciiCase;
+using letters::MapCase;
 
 // The text has to stand directly behind its head, in a buffer of our own as in the empty one.
 static_assert(sizeof(atlstr::EmptyBuffer<char>) <= sizeof(BufferHead) + alignof(BufferHead));
 static_assert(sizeof(atlstr::EmptyBuffer<WCHAR>) <= sizeof(BufferHead) + alignof(BufferHead));
 static_assert(sizeof(CStringA) == sizeof(void*) && sizeof(CStringW) == sizeof(void*));
-
-constexpr int longestText = std::numeric_limits<int>::max() - 1;
-
-int CheckedLength(std::int64_t length) {
-    if (length > longestText) throw std::length_error("CStringT: the text is longer than 2^31 - 2 units");
-    return static_cast<int>(length);
-}
-
-bool IsSpace(char unit) noexcept {
-    return unit == ' ' || (unit >= '\t' && unit <= '\r');
-}
-
-bool IsSpace(WCHAR unit) noexcept {
-    if (unit < 0x80) return IsSpace(static_cast<char>(unit));
-    switch (unit) {
-        case 0x0085:
-        case 0x00A0:
-        case 0x1680:
-        case 0x2028:
-        case 0x2029:
-        case 0x202F:
-        case 0x205F:
-        case 0x3000:
-            return true;
-        default:
-            return unit >= 0x2000 && unit <= 0x200A;
-    }
-}
-
-template <typename Unit>
-bool IsOneOf(Unit unit, const Unit* set) noexcept {
-    for (; set != nullptr && *set != 0; ++set) {
-        if (*set == unit) return true;
-    }
-    return false;
-}
-
-enum class LetterCase { upper, lower };
-
-void MapCase(WCHAR* text, std::size_t length, LetterCase to) noexcept {
-    const auto count = static_cast<DWORD>(length);
-    if (to == LetterCase::upper) {
-        CharUpperBuffW(text, count);
-    } else {
-        CharLowerBuffW(text, count);
-    }
-}
-
-template <typename Unit>
-bool IsAscii(Unit unit) noexcept {
-    return ansitext::IsAscii(&unit, 1);
-}
-
-template <typename Unit>
-Unit MapAsciiCase(Unit unit, LetterCase to) noexcept {
-    const char first = to == LetterCase::upper ? 'a' : 'A';
-    return unit >= first && unit <= first + 25 ? static_cast<Unit>(unit ^ 0x20) : unit;
-}
-
-// Maps one character that isn't ASCII, by way of its wide form. It stays where the way back is lost.
-void MapCharacterCase(char* text, std::size_t length, LetterCase to) noexcept {
-    WCHAR wide[2];
-    const std::size_t units = ansitext::Convert(text, length, wide, std::size(wide));
-    if (units == 0) return;
-    MapCase(wide, units, to);
-    char mapped[4];
-    WCHAR again[2];
-    const std::size_t bytes = ansitext::Convert(wide, units, mapped, std::size(mapped));
-    if (bytes != length || ansitext::Convert(mapped, bytes, again, std::size(again)) != units) return;
-    if (std::equal(wide, wide + units, again)) std::copy_n(mapped, length, text);
-}
-
-void MapCase(char* text, std::size_t length, LetterCase to) noexcept {
-    for (std::size_t i = 0; i < length;) {
-        const std::size_t size = ansitext::CharacterLength(text + i);
-        if (IsAscii(text[i])) {
-            text[i] = MapAsciiCase(text[i], to);
-        } else {
-            MapCharacterCase(text + i, size, to);
-        }
-        i += size;
-    }
-}
 
 }  // namespace
 
@@ -186,7 +109,7 @@ template <typename Unit>
 int CStringT<Unit>::GrownCapacity(int length) const noexcept {
     if (IsShared()) return length;
     return static_cast<int>(
-        std::clamp<std::int64_t>(std::int64_t{GetAllocLength()} * 3 / 2, length, longestText));
+        std::clamp<std::int64_t>(std::int64_t{GetAllocLength()} * 3 / 2, length, atlstr::longestText));
 }
 
 // Makes room for `count` more units and gives the place behind the text.
@@ -512,47 +435,12 @@ template <typename Unit>
 int CStringT<Unit>::CompareNoCase(PCXSTR text) const {
     PCXSTR left = text_;
     PCXSTR right = text == nullptr ? Nil() : text;
-    for (; IsAscii(*left) && IsAscii(*right); ++left, ++right) {
+    for (; letters::IsAscii(*left) && letters::IsAscii(*right); ++left, ++right) {
         const int difference =
             MapAsciiCase(*left, LetterCase::lower) - MapAsciiCase(*right, LetterCase::lower);
         if (difference != 0 || *left == 0) return difference;
     }
     return CStringT(left).MakeLower().Compare(CStringT(right).MakeLower());
-}
-
-template <typename Unit>
-void CStringT<Unit>::FormatV(PCXSTR format, va_list arguments) {
-    CStringT formatted;
-    formatted.AppendFormatV(format, arguments);
-    Swap(formatted);
-}
-
-template <typename Unit>
-void CStringT<Unit>::AppendFormatV(PCXSTR format, va_list arguments) {
-    AppendFilled([&](XCHAR* target, std::size_t capacity) {
-        return msformat::Fill(target, capacity, format, arguments);
-    });
-}
-
-template <typename Unit>
-void CStringT<Unit>::AppendFormatted(PCXSTR format, std::span<const msformat::Argument> arguments) {
-    AppendFilled([&](XCHAR* target, std::size_t capacity) {
-        return msformat::Fill(target, capacity, format, arguments);
-    });
-}
-
-// Most texts are short: they are formatted once. Only a longer one is formatted again, at its size.
-template <typename Unit>
-template <typename Fill>
-void CStringT<Unit>::AppendFilled(Fill fill) {
-    XCHAR local[256];
-    const std::size_t length = fill(local, std::size(local));
-    const int units = CheckedLength(static_cast<std::int64_t>(std::min<std::size_t>(length, INT_MAX)));
-    if (length <= std::size(local)) return Append(local, units);
-    CStringT formatted = WithCapacity(units);
-    fill(formatted.text_, length);
-    formatted.SetLength(units);
-    *this += formatted;
 }
 
 template <typename Unit>
@@ -583,5 +471,6 @@ void CStringT<Unit>::ReleaseBuffer(int length) {
     }
 }
 
+// All members but those of atlstrformat.cpp.
 template class CStringT<char>;
 template class CStringT<WCHAR>;
