@@ -1,5 +1,6 @@
-#include "winapi/safearray.h"
+#include "safearraylayout.h"
 
+#include "safearrayelements.h"
 #include "winapi/dispatch.h"
 #include "winapi/errorcodes.h"
 
@@ -12,39 +13,26 @@
 #include <span>
 #include <utility>
 
+using winapi::Bounds;
+using winapi::Bytes;
+using winapi::ClearElements;
+using winapi::CopyElement;
+using winapi::HiddenIid;
+using winapi::HiddenType;
+using winapi::interfaces;
+using winapi::prefixBytes;
+using winapi::ReleaseElements;
+
 namespace {
 
-// In front of each descriptor, as on Windows: the IID of the elements, or their VARTYPE in the last four
-// bytes.
-constexpr std::size_t prefixBytes = sizeof(IID);
 constexpr UINT maxDimensions = 0xFFFF;
-constexpr ULONG maxLocks = 0xFFFF;
 constexpr USHORT foreignBlock = FADF_AUTO | FADF_STATIC | FADF_EMBEDDED;
-constexpr USHORT interfaces = FADF_UNKNOWN | FADF_DISPATCH;
-
 constexpr std::size_t DescriptorBytes(UINT dimensions) noexcept {
     return offsetof(SAFEARRAY, rgsabound) + dimensions * sizeof(SAFEARRAYBOUND);
 }
 
 // Of a vector, whose data block follows in the same allocation, aligned for any element.
 constexpr std::size_t vectorDescriptorBytes = (DescriptorBytes(1) + 7) / 8 * 8;
-
-char* Bytes(SAFEARRAY* array) noexcept {
-    return reinterpret_cast<char*>(array);
-}
-
-char* HiddenIid(SAFEARRAY* array) noexcept {
-    return Bytes(array) - prefixBytes;
-}
-
-char* HiddenType(SAFEARRAY* array) noexcept {
-    return Bytes(array) - sizeof(ULONG);
-}
-
-// In descriptor order.
-std::span<SAFEARRAYBOUND> Bounds(SAFEARRAY* array) noexcept {
-    return {array->rgsabound, array->cDims};
-}
 
 // Whether the data block was allocated for the array alone.
 bool OwnsBlock(SAFEARRAY* array) noexcept {
@@ -134,70 +122,8 @@ void SetType(SAFEARRAY* array, VARTYPE type, const ElementType& element) noexcep
     std::memcpy(HiddenIid(array), type == VT_DISPATCH ? &IID_IDispatch : &IID_IUnknown, sizeof(IID));
 }
 
-// Makes the raw bytes at `target` a copy of the element at `source`, with an ownership of its own.
-HRESULT CopyElement(const SAFEARRAY& array, void* target, const void* source) {
-    if ((array.fFeatures & FADF_VARIANT) != 0) {
-        auto* const variant = static_cast<VARIANT*>(target);
-        VariantInit(variant);
-        return VariantCopy(variant, static_cast<const VARIANT*>(source));
-    }
-    std::memcpy(target, source, array.cbElements);
-    if ((array.fFeatures & FADF_BSTR) != 0) {
-        const BSTR text = *static_cast<const BSTR*>(source);
-        if (text == nullptr) return S_OK;
-        const BSTR copy = SysAllocStringByteLen(reinterpret_cast<LPCSTR>(text), SysStringByteLen(text));
-        if (copy == nullptr) return E_OUTOFMEMORY;
-        *static_cast<BSTR*>(target) = copy;
-    } else if ((array.fFeatures & interfaces) != 0) {
-        IUnknown* const object = *static_cast<IUnknown* const*>(source);
-        if (object != nullptr) object->AddRef();
-    }
-    return S_OK;
-}
-
-// Gives up what the elements in `bytes` from `first` on own.
-void ReleaseElements(const SAFEARRAY& array, void* first, std::size_t bytes) {
-    if ((array.fFeatures & FADF_VARIANT) != 0) {
-        for (VARIANT& variant : std::span(static_cast<VARIANT*>(first), bytes / sizeof(VARIANT))) {
-            VariantClear(&variant);
-        }
-    } else if ((array.fFeatures & FADF_BSTR) != 0) {
-        for (const BSTR text : std::span(static_cast<BSTR*>(first), bytes / sizeof(BSTR)))
-            SysFreeString(text);
-    } else if ((array.fFeatures & interfaces) != 0) {
-        for (IUnknown* const object : std::span(static_cast<IUnknown**>(first), bytes / sizeof(void*))) {
-            if (object != nullptr) object->Release();
-        }
-    }
-}
-
-void ClearElements(const SAFEARRAY& array, void* first, std::size_t bytes) {
-    ReleaseElements(array, first, bytes);
-    if (bytes > 0) std::memset(first, 0, bytes);
-}
-
 bool IsLocked(SAFEARRAY* array) noexcept {
     return std::atomic_ref(array->cLocks).load() != 0;
-}
-
-// Null for an index that is out of bounds, or an array without data.
-void* ElementAt(SAFEARRAY* array, const LONG* indices) noexcept {
-    std::size_t offset = 0;
-    std::size_t stride = array->cbElements;
-    const std::span<SAFEARRAYBOUND> bounds = Bounds(array);
-    for (std::size_t dimension = 0; dimension < bounds.size(); ++dimension) {
-        const SAFEARRAYBOUND& bound = bounds[bounds.size() - 1 - dimension];
-        const std::int64_t index = std::int64_t{indices[dimension]} - bound.lLbound;
-        if (index < 0 || index >= bound.cElements) return nullptr;
-        offset += static_cast<std::size_t>(index) * stride;
-        stride *= bound.cElements;
-    }
-    return array->pvData == nullptr ? nullptr : static_cast<char*>(array->pvData) + offset;
-}
-
-const SAFEARRAYBOUND* BoundOf(SAFEARRAY* array, UINT dimension) noexcept {
-    const std::span<SAFEARRAYBOUND> bounds = Bounds(array);
-    return dimension >= 1 && dimension <= bounds.size() ? &bounds[bounds.size() - dimension] : nullptr;
 }
 
 }  // namespace
@@ -303,104 +229,6 @@ HRESULT WINAPI SafeArrayRedim(SAFEARRAY* array, SAFEARRAYBOUND* bound) {
         ClearElements(*array, oldBlock + *newBytes, oldBytes - *newBytes);
     }
     array->rgsabound[0].lLbound = bound->lLbound;
-    return S_OK;
-}
-
-UINT WINAPI SafeArrayGetDim(SAFEARRAY* array) noexcept {
-    return array == nullptr ? 0 : array->cDims;
-}
-
-HRESULT WINAPI SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound) noexcept {
-    if (array == nullptr || bound == nullptr) return E_INVALIDARG;
-    const SAFEARRAYBOUND* const found = BoundOf(array, dimension);
-    if (found == nullptr) return DISP_E_BADINDEX;
-    *bound = found->lLbound;
-    return S_OK;
-}
-
-HRESULT WINAPI SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound) noexcept {
-    if (array == nullptr || bound == nullptr) return E_INVALIDARG;
-    const SAFEARRAYBOUND* const found = BoundOf(array, dimension);
-    if (found == nullptr) return DISP_E_BADINDEX;
-    *bound = static_cast<LONG>(static_cast<ULONG>(found->lLbound) + found->cElements - 1);
-    return S_OK;
-}
-
-HRESULT WINAPI SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type) noexcept {
-    if (array == nullptr || type == nullptr) return E_INVALIDARG;
-    if ((array->fFeatures & FADF_HAVEVARTYPE) != 0) {
-        ULONG hidden = 0;
-        std::memcpy(&hidden, HiddenType(array), sizeof hidden);
-        *type = static_cast<VARTYPE>(hidden);
-    } else if ((array->fFeatures & FADF_DISPATCH) != 0) {
-        *type = VT_DISPATCH;
-    } else if ((array->fFeatures & FADF_UNKNOWN) != 0) {
-        *type = VT_UNKNOWN;
-    } else {
-        return E_INVALIDARG;
-    }
-    return S_OK;
-}
-
-HRESULT WINAPI SafeArrayLock(SAFEARRAY* array) noexcept {
-    if (array == nullptr) return E_INVALIDARG;
-    const std::atomic_ref locks(array->cLocks);
-    for (ULONG held = locks.load(); held < maxLocks;) {
-        if (locks.compare_exchange_weak(held, held + 1)) return S_OK;
-    }
-    return E_UNEXPECTED;
-}
-
-HRESULT WINAPI SafeArrayUnlock(SAFEARRAY* array) noexcept {
-    if (array == nullptr) return E_INVALIDARG;
-    const std::atomic_ref locks(array->cLocks);
-    for (ULONG held = locks.load(); held > 0;) {
-        if (locks.compare_exchange_weak(held, held - 1)) return S_OK;
-    }
-    return E_UNEXPECTED;
-}
-
-HRESULT WINAPI SafeArrayAccessData(SAFEARRAY* array, void** data) noexcept {
-    if (array == nullptr || data == nullptr) return E_INVALIDARG;
-    const HRESULT locked = SafeArrayLock(array);
-    if (SUCCEEDED(locked)) *data = array->pvData;
-    return locked;
-}
-
-HRESULT WINAPI SafeArrayUnaccessData(SAFEARRAY* array) noexcept {
-    return SafeArrayUnlock(array);
-}
-
-HRESULT WINAPI SafeArrayGetElement(SAFEARRAY* array, LONG* indices, void* value) {
-    if (array == nullptr || indices == nullptr || value == nullptr) return E_INVALIDARG;
-    const void* const element = ElementAt(array, indices);
-    return element == nullptr ? DISP_E_BADINDEX : CopyElement(*array, value, element);
-}
-
-HRESULT WINAPI SafeArrayPutElement(SAFEARRAY* array, LONG* indices, void* value) {
-    if (array == nullptr || indices == nullptr) return E_INVALIDARG;
-    void* const element = ElementAt(array, indices);
-    if (element == nullptr) return DISP_E_BADINDEX;
-    const bool itself = (array->fFeatures & (FADF_BSTR | interfaces)) != 0;
-    if (!itself && value == nullptr) return E_INVALIDARG;
-    if (!itself && (array->fFeatures & FADF_VARIANT) == 0) {
-        std::memmove(element, value, array->cbElements);
-        return S_OK;
-    }
-
-    // The new one is whole before the old one goes, which it may be a part of.
-    VARIANT copy;
-    HRESULT copied = S_OK;
-    if ((array->fFeatures & FADF_BSTR) != 0 && value == nullptr) {
-        void* const empty = SysAllocStringLen(nullptr, 0);
-        if (empty == nullptr) copied = E_OUTOFMEMORY;
-        std::memcpy(&copy, &empty, sizeof empty);
-    } else {
-        copied = CopyElement(*array, &copy, itself ? &value : value);
-    }
-    if (FAILED(copied)) return copied;
-    ClearElements(*array, element, array->cbElements);
-    std::memcpy(element, &copy, array->cbElements);
     return S_OK;
 }
 
