@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Plants small faults into product code, one at a time, and lists those that the suites let pass.
 
-A fault counts as caught when a suite fails, crashes or runs out of time. The folder's own suite runs first, the suites
-of the folders that stand on it after it. A fault that doesn't compile is replaced by another. The work is done in copies
-of the tree under build/mutants, which stay for the next run; whatever a fault makes a test do, it can't write outside
-of them (Landlock, Linux 5.13 or later).
+A fault counts as caught when a suite fails, crashes or runs out of time. All faults meet their folder's own suite first,
+without its long tests; those that pass meet all of it, and the suites of the folders that stand on it. A fault that
+doesn't compile is replaced by another. The work is done in copies of the tree under build/mutants, which stay for the
+next run; whatever a fault makes a test do, it can't write outside of them (Landlock, Linux 5.13 or later).
 """
 import argparse
 import concurrent.futures
@@ -26,27 +26,34 @@ HOME = pathlib.Path(__file__).resolve().parent.parent
 ROOM = HOME / "build" / "mutants"
 # Tests that say the same again, take long, or concern no code.
 LEFT_OUT = "german|lines_corpus|excelhost_example"
-CPU_SECONDS = 60  # of one test, however loaded the machine is: the longest takes ten
+LONG_TESTS = "*HundredThousand*"
+CPU_SECONDS = 30  # of one test, however loaded the machine is: the longest takes ten
+WALL_SECONDS = 120  # of one test that waits for what never comes
 MEMORY = 8 << 30
 
 
-
-
 class Suites:
-    """What is built and run for a fault in a folder: its own suite, then all that stands on the folder."""
+    """Suites that are built and run together."""
 
-    def __init__(self, folder):
-        layers = LAYERS[LAYERS.index(folder) :]
-        self.own_targets = [f"{folder}_tests"] + (["addin_hosted_tests"] if folder == "addin" else [])
-        self.own_tests = f"^{folder}"
-        self.targets = [f"{layer}_tests" for layer in [*layers, "excelhost"]]
-        self.targets += ["addin_hosted_tests", "excelhost_program"]
-        further = ["excelhost"]
-        if folder != "addin":
-            self.targets += ["example_object_model", "fuzzers"]
-            further += ["example_object_model", "[a-z0-9]*_corpus"]
-        self.tests_above = f"^({'|'.join(layers[1:] + further)})"
-        self.tests = f"^({'|'.join(layers + further)})"
+    def __init__(self, targets, tests, left_out=""):
+        self.targets = targets
+        self.tests = f"^({'|'.join(tests)})"
+        self.filter = f"-{left_out}"
+
+
+def own_suites(folder):
+    return Suites([f"{folder}_tests"] + (["addin_hosted_tests"] if folder == "addin" else []), [folder], LONG_TESTS)
+
+
+def all_suites(folder):
+    """The folder's own, and those of all that stands on it, from its neighbour to the example."""
+    layers = LAYERS[LAYERS.index(folder) :]
+    targets = [f"{layer}_tests" for layer in [*layers, "excelhost"]] + ["addin_hosted_tests", "excelhost_program"]
+    tests = [*layers, "excelhost"]
+    if folder != "addin":
+        targets += ["example_object_model", "fuzzers"]
+        tests += ["example_object_model", "[a-z0-9]*_corpus"]
+    return Suites(targets, tests)
 
 
 # ---- keeping a faulty program in its room ----
@@ -98,11 +105,10 @@ class Worker:
         self.tree = self.home / "tree"
         self.build = self.home / "build"
         self.scratch = self.home / "tmp"
-        self.mutant = None
         self.environment = dict(os.environ, CCACHE_BASEDIR=str(self.home), CCACHE_NOHASHDIR="1", LC_ALL="C.UTF-8")
 
-    def prepare(self, targets):
-        """Brings the copy to the state of the tree and builds it."""
+    def prepare(self):
+        """Brings the copy to the state of the tree."""
         tracked = subprocess.run(["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"], cwd=HOME,
                                  check=True, capture_output=True, text=True)
         wanted = {name for name in tracked.stdout.split("\0") if name and (HOME / name).is_file()}
@@ -114,11 +120,15 @@ class Worker:
         for copy in [path for path in self.tree.rglob("*") if path.is_file()]:
             if str(copy.relative_to(self.tree)) not in wanted:
                 copy.unlink()
-        configured = self.run("cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=",
-                              "-DCMAKE_CXX_FLAGS=-O0 -g0 -w -D_GLIBCXX_ASSERTIONS", "-DKESTROLUMEN_TEST_TIMEOUT=600")
-        built = configured and self.compile(*targets, jobs=os.cpu_count())
-        if not built:
+        if not self.run("cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=",
+                        "-DCMAKE_CXX_FLAGS=-O0 -g0 -w -D_GLIBCXX_ASSERTIONS", f"-DKESTROLUMEN_TEST_TIMEOUT={WALL_SECONDS}"):
+            sys.exit(f"mutants.py: the copy can't be configured; see {self.home / 'log'}")
+
+    def pass_without_fault(self, suites):
+        if not self.compile(*suites.targets, jobs=os.cpu_count()):
             sys.exit(f"mutants.py: the tree doesn't build; see {self.home / 'log'}")
+        if not self.test(suites):
+            sys.exit(f"mutants.py: the suites fail before any fault is planted; see {self.home / 'log'}")
 
     def run(self, *command, **options):
         with open(self.home / "log", "wb") as log:
@@ -127,27 +137,23 @@ class Worker:
     def compile(self, *targets, jobs=1):
         return self.run("cmake", "--build", self.build, "-j", str(jobs), "--target", *targets)
 
-    def test(self, chosen):
+    def test(self, suites):
         shutil.rmtree(self.scratch, ignore_errors=True)
         self.scratch.mkdir()
-        self.environment.update(TMPDIR=str(self.scratch), GTEST_FAIL_FAST="1", GTEST_BRIEF="1")
-        return self.run("ctest", "--test-dir", self.build, "-R", chosen, "-E", LEFT_OUT, "--stop-on-failure",
+        self.environment.update(TMPDIR=str(self.scratch), GTEST_FAIL_FAST="1", GTEST_BRIEF="1",
+                                GTEST_FILTER=suites.filter)
+        return self.run("ctest", "--test-dir", self.build, "-R", suites.tests, "-E", LEFT_OUT, "--stop-on-failure",
                         "--no-tests=error", preexec_fn=lambda: confine(self.home))
 
-    def verdict(self, mutant):
+    def verdict(self, mutant, suites):
         """'caught', 'survived', or None for one that doesn't compile."""
-        suites = Suites(mutant.file.split("/")[0])
         path = self.tree / mutant.file
         sound = path.read_text()
         path.write_text(mutant.applied_to(sound))
         try:
-            if not self.compile(*suites.own_targets):
-                return None
-            if not self.test(suites.own_tests):
-                return "caught"
             if not self.compile(*suites.targets):
-                return None  # a header's fault that only another folder's use of it shows
-            return "survived" if self.test(suites.tests_above) else "caught"
+                return None
+            return "survived" if self.test(suites) else "caught"
         finally:
             path.write_text(sound)
 
@@ -178,29 +184,41 @@ def shuffled(faults, seed):
     return order
 
 
-class Sample:
-    """The faults of one folder, `count` of which get a verdict."""
+class Trial:
+    """Faults before suites: `count` of them get a verdict, those over stand in for what doesn't compile."""
 
-    def __init__(self, faults, count):
-        self.first = sorted(faults[:count], key=lambda fault: (fault.file, fault.place))
+    def __init__(self, faults, count, suites):
+        self.waiting = sorted(faults[:count], key=lambda fault: (fault.file, fault.place))
         self.spare = faults[count:]
-        self.total = len(self.first)
+        self.suites = suites
+        self.total = len(self.waiting)
         self.done = 0
         self.survivors = []
         self.lock = threading.Lock()
         self.started = time.monotonic()
 
+    def run(self, workers):
+        if not self.waiting:
+            return
+        print(f"building {', '.join(self.suites.targets)}; running them without a fault ...", flush=True)
+        for worker in workers:
+            worker.pass_without_fault(self.suites)
+        self.started = time.monotonic()
+        with concurrent.futures.ThreadPoolExecutor(len(workers)) as pool:
+            for running in [pool.submit(self.work, worker) for worker in workers]:
+                running.result()
+
     def work(self, worker):
         while True:
             with self.lock:
-                if not self.first:
+                if not self.waiting:
                     return
-                mutant = self.first.pop(0)
-            verdict = worker.verdict(mutant)
+                mutant = self.waiting.pop(0)
+            verdict = worker.verdict(mutant, self.suites)
             with self.lock:
                 if verdict is None:
                     if self.spare:
-                        self.first.append(self.spare.pop(0))
+                        self.waiting.append(self.spare.pop(0))
                     else:
                         self.total -= 1
                     continue
@@ -218,6 +236,7 @@ def arguments():
     parser.add_argument("--seed", type=int, default=1, help="another seed plants other faults (1)")
     parser.add_argument("--jobs", type=int, default=2, help="faults at a time, each in a copy of the tree (2)")
     parser.add_argument("--match", default="", metavar="TEXT", help="only faults whose line below holds this text")
+    parser.add_argument("--own", action="store_true", help="runs the folder's own suite alone")
     parser.add_argument("--check", action="store_true", help=argparse.SUPPRESS)  # the names alone
     parser.add_argument("--list", action="store_true", help="lists the sample and plants nothing")
     options = parser.parse_args()
@@ -242,26 +261,25 @@ def main():
         return
     if landlock_version() < 1:
         sys.exit("mutants.py: this system has no Landlock, and without it a fault could remove files of yours")
-    suites = Suites(min(folders, key=LAYERS.index))
     workers = [Worker(number + 1) for number in range(options.jobs)]
     for worker in workers:
-        print(f"building the tree in {worker.home} ...", flush=True)
         worker.home.mkdir(parents=True, exist_ok=True)
-        worker.prepare(suites.targets)
-    print("the suites without a fault ...", flush=True)
-    if not workers[0].test(suites.tests):
-        sys.exit(f"mutants.py: the suites fail before any fault is planted; see {workers[0].home / 'log'}")
+        worker.prepare()
     survivors = []
     planted = 0
     for folder in folders:
         print(f"== {folder}", flush=True)
-        sample = Sample(sample_of(workers[0].tree, folder), options.count)
-        with concurrent.futures.ThreadPoolExecutor(len(workers)) as pool:
-            for running in [pool.submit(sample.work, worker) for worker in workers]:
-                running.result()
-        planted += sample.done
-        survivors += sample.survivors
-        print(f"{folder}: {sample.done - len(sample.survivors)} of {sample.done} caught", flush=True)
+        own = Trial(sample_of(workers[0].tree, folder), options.count, own_suites(folder))
+        own.run(workers)
+        all_of_them = Trial(own.survivors, len(own.survivors), all_suites(folder))
+        if not options.own:
+            all_of_them.run(workers)
+        # A header's fault that only another folder can't compile is none: it is gone from the count.
+        passed = own.survivors if options.own else all_of_them.survivors
+        tried = own.done if options.own else own.done - len(own.survivors) + all_of_them.done
+        planted += tried
+        survivors += passed
+        print(f"{folder}: {tried - len(passed)} of {tried} caught", flush=True)
     if survivors:
         print("\nSurvived:")
         print(*survivors, sep="\n")

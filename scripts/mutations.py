@@ -194,8 +194,9 @@ class Source:
         elif token.text == "return" and following.text not in (";", "{"):
             end = self._end_of_statement(index)
             if end:
-                start = following.start
-                self._add("result", start, self.text[start : self.tokens[end].start], "{}")
+                old = self.text[following.start : self.tokens[end].start]
+                if old not in ("nullptr", "false", "0", "{}"):
+                    self._add("result", following.start, old, "{}")
         elif token.kind == "name" and following.text in ("(", "{") and following.partner and token.text not in NO_ACTION:
             self._arguments(index + 1, following.partner)
 

@@ -148,18 +148,27 @@ TEST_F(Handshake, ClosingUnregistersAndLeavesTheMarker) {
 TEST_F(Handshake, WithoutMemoryLeavesThreeFunctionsAndTheMarker) {
     const FrugalHost frugal(xlretSuccess);
     ShakeHands();
-    std::size_t faults = 0;
+    static BSTR text = nullptr;
+    std::vector<std::size_t> faults;
+    faults.reserve(2);
     const std::int64_t left = support::BlocksLeftBy([&] {
         const auto check = [] {
             EXPECT_EQ(RegisteredFunctionIds.size(), 3u);
             EXPECT_EQ(FrugalHost::registered, RegisteredFunctionIds);
             EXPECT_TRUE(MarkerExists()) << "the new one stands before the old one goes";
         };
-        const auto attempt = [] { WhatLeaves([] { InitializeXlaInformationW(0, 0, 0, {}, 0, {}, 0); }); };
-        faults = support::FailEachAllocation(attempt, check);
+        const auto attempt = [] {
+            WhatLeaves([] { InitializeXlaInformationW(0, 0, 0, &text, 0, &text, 0); });
+        };
+        for (const WCHAR* const passed : {static_cast<const WCHAR*>(nullptr), TEXT("text")}) {
+            text = SysAllocString(passed);
+            faults.push_back(support::FailEachAllocation(attempt, check));
+            SysFreeString(text);
+        }
     });
     EXPECT_EQ(left, 0);
-    EXPECT_GE(faults, 5u);
+    EXPECT_GE(faults.at(0), 5u);
+    EXPECT_EQ(faults.at(1), faults.at(0) + 2) << "both texts are read";
     xlAutoClose();
     EXPECT_THAT(FrugalHost::registered, ElementsAre());
     EXPECT_EQ(FrugalHost::lent, 0);
@@ -174,7 +183,9 @@ TEST_F(Handshake, NotesTheFactsThatAttachHadNoMemoryFor) {
     const std::size_t faults = support::FailEachAllocation(attach, [&] {
         ShakeHands();
         EXPECT_EQ(AddInModule.fileName, facts.fileName);
-        EXPECT_EQ(AddInModule.temporaryDirectory, facts.temporaryDirectory);
+        // The drive stands for a folder that a system without memory can't tell, as it does on Linux for a long name.
+        EXPECT_THAT(AddInModule.temporaryDirectory,
+                    testing::AnyOf(facts.temporaryDirectory, CStringW(TEXT("C:\\"))));
         EXPECT_EQ(host.Registrations().size(), 3u);
     });
     EXPECT_GT(faults, 5u);

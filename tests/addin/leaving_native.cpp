@@ -5,7 +5,7 @@ std::optional<ExportFailure> WhatLeaves(void (*call)()) {
         call();
         return std::nullopt;
     } catch (...) {
-        ExportFailure failure;
+        ExportFailure failure{FailureKind::Vex, 7, {}};  // as what stood there before
         failure.NoteCurrentException();
         return failure;
     }

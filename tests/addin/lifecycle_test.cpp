@@ -4,11 +4,15 @@
 #include "support/allocations.h"
 #include "support/folder.h"
 
+#include <comdef.h>
+
 #include <array>
 #include <atomic>
 #include <barrier>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
+#include <string>
 #include <thread>
 #include <utility>
 
@@ -40,9 +44,11 @@ TEST(Attach, NotesTheMajorVersionOfTheProduct) {
     std::ifstream in(support::ProgramFolder() / "kestrolumen.xll", std::ios::binary);
     std::string bytes{std::istreambuf_iterator<char>(in), {}};
     const std::string heading("\xBD\x04\xEF\xFE\0\0\1\0", 8);  // of a VS_FIXEDFILEINFO
-    const std::size_t place = bytes.find(heading);
+    std::size_t place = bytes.find(heading);
     ASSERT_NE(place, bytes.npos);
-    bytes.at(place + 18) = 77;  // the high word of dwProductVersionMS
+    // The resource stands in a build without optimizing twice.
+    for (; place != bytes.npos; place = bytes.find(heading, place + 1))
+        bytes.at(place + 18) = 77;  // the high word of dwProductVersionMS
     folder.Write("copy.xll", bytes);
     const HMODULE library = LoadLibraryW((folder / TEXT("copy.xll")).c_str());
     ASSERT_NE(library, nullptr);
@@ -145,6 +151,35 @@ TEST(Lifecycle, OpeningGivesZeroOnAVexExceptionAndOnNoOther) {
     EXPECT_EQ(OpenedThreadResultStore(), nullptr);
     const support::AllocationFault fault(1, [] { throw 7; });
     EXPECT_EQ(WhatLeaves([] { xlAutoOpen(); })->kind, FailureKind::Unknown);
+}
+
+TEST(Border, TellsWhatFailedAndCutsItsText) {
+    const auto wide = [](const std::string& text) { return StdWString(text.begin(), text.end()); };
+    const struct {
+        void (*call)();
+        std::uint32_t kind;
+        std::uint32_t number;
+        StdWString text;
+    } failures[] = {
+        {[] {
+             AtBorder(
+                 [] { throw VexKernelObjectError("test", VexCode::MutexCreate, TEXT("5"), TEXT("name")); });
+         },
+         1, 2619, TEXT("VexKernelObjectError in test, 5, name")},
+        {[] { AtBorder([] { throw _com_error(E_ACCESSDENIED); }); }, 2, 0x80070005, TEXT("_com_error")},
+        {[] { AtBorder([] { throw std::bad_alloc(); }); }, 3, 0, wide(std::bad_alloc().what())},
+        {[] { AtBorder([] { throw std::runtime_error(std::string(300, 's')); }); }, 4, 0,
+         StdWString(255, 's')},
+        {[] { AtBorder([] { throw 7; }); }, 0, 0, TEXT("unknown exception")},
+    };
+    for (const auto& [call, kind, number, text] : failures) {
+        const auto failure = WhatLeaves(call);
+        ASSERT_TRUE(failure);
+        EXPECT_EQ(static_cast<std::uint32_t>(failure->kind), kind);
+        EXPECT_EQ(failure->number, number);
+        EXPECT_EQ(StdWString(failure->text.data()), text);
+    }
+    EXPECT_EQ(ExportFailureCode, 0xE04B4C55u) << "a number that others' handlers know";
 }
 
 class ResultStore : public testing::Test {
