@@ -2,11 +2,9 @@
 
 #include "datetext.h"
 #include "decimal.h"
+#include "numbertext.h"
 #include "winapi/errorcodes.h"
 
-#include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <concepts>
 #include <limits>
@@ -19,15 +17,13 @@
 
 namespace {
 
+using winapi::Ascii;
 using winapi::Decimal;
-
-// A conversion that can't be made leaves by this.
-struct Refusal {
-    HRESULT hresult;
-};
-[[noreturn]] void Refuse(HRESULT hresult) {
-    throw Refusal{hresult};
-}
+using winapi::FloatingFromText;
+using winapi::FloatingText;
+using winapi::NumberText;
+using winapi::Refusal;
+using winapi::Refuse;
 
 void Check(HRESULT hresult) {
     if (FAILED(hresult)) Refuse(hresult);
@@ -45,57 +41,6 @@ Number Whole(std::integral auto value) noexcept {
     const bool negative = std::cmp_less(value, 0);
     const auto bits = static_cast<std::uint64_t>(value);  // NOLINT(bugprone-signed-char-misuse): sign and all
     return Decimal(negative, negative ? 0 - bits : bits);
-}
-
-// Text in ASCII without the blanks around it; a unit that no number, date or Boolean has becomes '?'.
-std::string Ascii(BSTR bstr) {
-    std::string text;
-    for (const OLECHAR unit : std::basic_string_view<OLECHAR>(bstr ? bstr : u"", SysStringLen(bstr))) {
-        const bool blank = unit == ' ' || (unit >= '\t' && unit <= '\r');
-        text += blank ? ' ' : unit > ' ' && unit < 0x7F ? static_cast<char>(unit) : '?';
-    }
-    text.erase(0, text.find_first_not_of(' '));
-    text.erase(text.find_last_not_of(' ') + 1);
-    return text;
-}
-
-// "[sign][blanks]digits[.digits][E[sign]digits]", as plain text that std::from_chars takes.
-std::string NumberText(BSTR bstr) {
-    static constexpr std::string_view digits = "0123456789";
-    std::string text = Ascii(bstr);
-    if (text.starts_with('+')) text.erase(0, 1);
-    if (text.starts_with('-')) text.erase(1, text.find_first_not_of(' ', 1) - 1);
-    std::string_view rest = text;
-    if (rest.starts_with('-')) rest.remove_prefix(1);
-
-    const auto skipDigits = [&rest] {
-        const auto count = std::min(rest.find_first_not_of(digits), rest.size());
-        rest.remove_prefix(count);
-        return count;
-    };
-    auto count = skipDigits();
-    if (rest.starts_with('.')) {
-        rest.remove_prefix(1);
-        count += skipDigits();
-    }
-    bool whole = count > 0;
-    if (rest.starts_with('e') || rest.starts_with('E')) {
-        rest.remove_prefix(1);
-        if (rest.starts_with('+') || rest.starts_with('-')) rest.remove_prefix(1);
-        whole = whole && skipDigits() > 0;
-    }
-    if (!whole || !rest.empty()) Refuse(DISP_E_TYPEMISMATCH);
-    return text;
-}
-
-double FloatingFromText(const std::string& text) {
-    double value = 0;
-    if (std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc()) {
-        // Too far from 0, unless a negative exponent makes it too near to it.
-        if (text.find('-', 1) == std::string::npos) Refuse(DISP_E_OVERFLOW);
-        return 0;
-    }
-    return value;
 }
 
 bool IsFloating(VARTYPE type) noexcept {
@@ -232,19 +177,6 @@ VARIANT_BOOL Boolean(const VARIANT& source) {
     const Decimal* const exact = std::get_if<Decimal>(&number);
     const bool isZero = exact ? exact->IsZero() : std::get<double>(number) == 0;
     return isZero ? VARIANT_FALSE : VARIANT_TRUE;
-}
-
-// As printf's %.*G writes it in the C locale, with the names of Microsoft's runtime for what is no number.
-std::string FloatingText(double value, int digits) {
-    if (std::isnan(value)) return "1.#QNAN";
-    if (std::isinf(value)) return value < 0 ? "-1.#INF" : "1.#INF";
-    if (value == 0) return "0";
-    std::array<char, 32> text{};
-    const auto end =
-        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::general, digits).ptr;
-    std::string result(text.data(), end);
-    if (const auto at = result.find('e'); at != std::string::npos) result[at] = 'E';
-    return result;
 }
 
 DECIMAL ExactDecimal(const VARIANT& source) {
