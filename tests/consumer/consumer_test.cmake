@@ -1,10 +1,11 @@
-# Builds and runs the consumer's project outside all trees of ours.
+# Builds and runs a project that uses the library, outside all trees of ours: the consumer, or an add-in of one's own.
 #
 #   BUILD      the build tree, whose compilers and options are taken
 #   SOURCE     our sources
 #   KIND       package: against what the build tree installs, moved from where it was put
 #              headers: the same without the program, each header of the package alone
 #              subdirectory: with our sources as a part of the project
+#              own-addin: examples/own-addin against the package, and its sheet calculated by the package's program
 load_cache("${BUILD}" READ_WITH_PREFIX "" CMAKE_GENERATOR CMAKE_CXX_COMPILER CMAKE_C_COMPILER CMAKE_TOOLCHAIN_FILE
   CMAKE_CROSSCOMPILING_EMULATOR CCACHE)
 # Always the same place, so that ccache knows what it has compiled there.
@@ -25,7 +26,12 @@ function(run step)
 endfunction()
 
 file(REMOVE_RECURSE "${place}")
-file(COPY "${SOURCE}/tests/consumer/" DESTINATION "${place}/project")
+if(KIND STREQUAL own-addin)
+  set(project "${SOURCE}/examples/own-addin/")
+else()
+  set(project "${SOURCE}/tests/consumer/")
+endif()
+file(COPY "${project}" DESTINATION "${place}/project")
 if(KIND STREQUAL subdirectory)
   set(from "-DKESTROLUMEN_SOURCE=${SOURCE}")
 else()
@@ -46,14 +52,26 @@ foreach(variable IN ITEMS CMAKE_TOOLCHAIN_FILE CMAKE_CXX_COMPILER CMAKE_C_COMPIL
 endforeach()
 run("configure" "${CMAKE_COMMAND}" -G "${CMAKE_GENERATOR}" -S "${place}/project" -B "${place}/build" ${from}
   "-DCMAKE_CXX_COMPILER_LAUNCHER=${CCACHE}" -Werror=dev)
+if(NOT DEFINED ENV{KESTROLUMEN_WINEPREFIX})
+  set(ENV{KESTROLUMEN_WINEPREFIX} "${BUILD}/wineprefix")
+endif()
+if(KIND STREQUAL own-addin)
+  run("build" "${CMAKE_COMMAND}" --build "${place}/build")
+  file(GLOB program "${place}/second/bin/excelhost" "${place}/second/bin/excelhost.exe")
+  run("run" ${EMULATOR} "${program}" run "${place}/project/sheet.csv" "--addin=${place}/build/own.xll")
+  string(REPLACE "\r" "" out "${out}")
+  file(READ "${place}/project/calculated.csv" expected)
+  if(NOT out STREQUAL expected)
+    message(FATAL_ERROR "the sheet came back as\n${out}")
+  endif()
+  file(REMOVE_RECURSE "${place}")
+  return()
+endif()
 if(NOT KIND STREQUAL subdirectory)
   run("build of headers" "${CMAKE_COMMAND}" --build "${place}/build" --target headers)
 endif()
 if(NOT KIND STREQUAL headers)
   run("build" "${CMAKE_COMMAND}" --build "${place}/build" --target consumer)
-  if(NOT DEFINED ENV{KESTROLUMEN_WINEPREFIX})
-    set(ENV{KESTROLUMEN_WINEPREFIX} "${BUILD}/wineprefix")
-  endif()
   file(GLOB program "${place}/build/consumer" "${place}/build/consumer.exe")
   run("run" ${EMULATOR} "${program}")
   string(REPLACE "\r" "" out "${out}")
