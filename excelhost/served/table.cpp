@@ -9,15 +9,17 @@ namespace {
 
 // Of all rooms, by number.
 const std::vector<ServedFunction>& Table() {
-    static const std::vector<ServedFunction> table = [] {
-        std::vector<ServedFunction> all;
+    // Never destroyed: the names are asked for while the process ends, too.
+    static const auto& table = *[] {
+        auto* const made = new std::vector<ServedFunction>;
+        std::vector<ServedFunction>& all = *made;
         for (const auto room :
              {ServedMemory(), ServedRegistration(), ServedWorkbooks(), ServedSwitches(), ServedSurroundings(),
               ServedValues(), ServedInformation(), ServedCalling(), ServedCommands()}) {
             all.insert(all.end(), room.begin(), room.end());
         }
         std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.number < b.number; });
-        return all;
+        return made;
     }();
     return table;
 }

@@ -60,7 +60,8 @@ TEST(Attach, NotesTheMajorVersionOfTheProduct) {
 
 TEST(Attach, NotesTheFactsOfAFileWithoutAVersionForThatReasonAlone) {
     AddInModule = {};
-    for (const DWORD reason : {DLL_PROCESS_DETACH, DLL_THREAD_ATTACH, DLL_THREAD_DETACH}) {
+    for (const DWORD reason :
+         {DWORD{DLL_PROCESS_DETACH}, DWORD{DLL_THREAD_ATTACH}, DWORD{DLL_THREAD_DETACH}}) {
         EXPECT_EQ(DllMain(GetModuleHandleW(nullptr), reason, nullptr), TRUE);
         EXPECT_TRUE(AddInModule.fullPath.IsEmpty()) << reason;
     }

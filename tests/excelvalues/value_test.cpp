@@ -159,7 +159,7 @@ TEST(Makers, NoMemoryRaisesBadAllocAndLeavesNothing) {
         {[] { return XXloperFromString("narrow \x80"); }, 2}};
     for (const auto& [make, blocks] : makers) {
         std::string words;
-        const auto attempt = [&] {
+        const auto attempt = [&words, &make = make] {
             try {
                 static_cast<void>(make());
             } catch (const std::bad_alloc& error) {
