@@ -33,6 +33,8 @@ class CallScope {
     // Null in a procedure of the add-in's life.
     [[nodiscard]] const Registration* Function() const noexcept { return function_; }
     [[nodiscard]] const std::optional<Reference>& Caller() const noexcept { return caller_; }
+    // Empty in a worksheet function.
+    [[nodiscard]] const std::string& Procedure() const noexcept { return procedure_; }
     // For people: "'TRY.ADD' of try.xll", "xlAutoOpen of try.xll".
     [[nodiscard]] std::string Name() const {
         return (function_ != nullptr ? "'" + Utf8(function_->functionText) + "'" : procedure_) + " of " +

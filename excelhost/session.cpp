@@ -13,6 +13,8 @@
 namespace excelhost {
 namespace {
 
+constexpr const char* kHandshake = "the handshake";
+
 std::string Shown(const std::filesystem::path& path) {
     const auto text = path.u8string();
     return {text.begin(), text.end()};
@@ -53,6 +55,12 @@ using InitializeW = void(WINAPI*)(std::int32_t, std::int32_t, std::int32_t, BSTR
 using Uninitialize = void(WINAPI*)(std::int32_t);
 
 }  // namespace
+
+std::string HandshakeFailure(const std::string& why) {
+    const CallScope* scope = CallScope::Current();
+    if (scope == nullptr || scope->Procedure() != kHandshake) return {};
+    return "the add-in '" + Utf8(scope->Module()) + "' failed in the workbook's handshake: " + why;
+}
 
 template <class Function>
 Function Session::Find(const char* name) const noexcept {
@@ -104,7 +112,7 @@ bool Session::KnowsWorkbook() const noexcept {
 }
 
 void Session::Handshake(Form form) {
-    const CallScope scope(fileName_, "the handshake");
+    const CallScope scope(fileName_, kHandshake);
     WorkbookString name(TEXT("Kestrolumen"));
     WorkbookString version(TEXT("8.2"));
     WorkbookString none(TEXT(""));
@@ -119,8 +127,7 @@ void Session::Handshake(Form form) {
     } catch (const AddInError&) {
         throw;
     } catch (...) {
-        throw AddInError("the add-in '" + Utf8(fileName_) +
-                         "' failed in the workbook's handshake: " + CurrentExceptionText());
+        throw AddInError(HandshakeFailure(CurrentExceptionText()));
     }
 }
 

@@ -25,6 +25,10 @@ class AddInDied : public AddInError {
     using AddInError::AddInError;
 };
 
+// What is told of an exception in the handshake that this thread is in; empty when it is in none. For homes where
+// some exceptions can't be caught.
+[[nodiscard]] std::string HandshakeFailure(const std::string& why);
+
 // The order of life is: construct, Handshake, cells calculate, LeaveWorkbook, Close, destroy. Each step may
 // be left out; the destructor closes what is open. The two of the workbook are for add-ins that know it.
 class Session {

@@ -1,7 +1,9 @@
 #include "home.h"
 
+#include "excelhost/failure.h"
 #include "excelhost/lastwords.h"
 #include "excelhost/program.h"
+#include "excelhost/session.h"
 #include "excelhost/value.h"
 
 #include <fcntl.h>
@@ -10,21 +12,38 @@
 #include <stdio.h>
 #include <windows.h>
 
+#include <algorithm>
+#include <array>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
+#include <span>
 
 namespace excelhost {
 namespace {
 
-// Nothing when it wasn't an add-in's code that ended the program.
-void EndInAddIn(const std::string& how) {
-    const std::string words = LastWords();
-    if (words.empty()) return;
-    const std::string message = "excelhost: " + how + " " + words + "\n";
+void End(const std::string& why, int code) {
+    const std::string message = "excelhost: " + why + "\n";
     DWORD written = 0;
     WriteFile(GetStdHandle(STD_ERROR_HANDLE), message.data(), static_cast<DWORD>(message.size()), &written,
               nullptr);
-    TerminateProcess(GetCurrentProcess(), kAddInDied);
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
+}
+
+// Nothing when it wasn't an add-in's code that ended the program.
+void EndInAddIn(const std::string& how) {
+    const std::string words = LastWords();
+    if (!words.empty()) End(how + " " + words, kAddInDied);
+}
+
+// As Linux tells a C++ exception that leaves an export.
+void EndInFailure(const EXCEPTION_RECORD& record) {
+    static_assert(sizeof(ULONG_PTR) == sizeof(std::uintptr_t));
+    std::array<std::uintptr_t, EXCEPTION_MAXIMUM_PARAMETERS> parameters{};
+    std::copy_n(record.ExceptionInformation, record.NumberParameters, parameters.begin());
+    const std::string text = ExportFailureText(std::span(parameters).first(record.NumberParameters));
+    if (const std::string told = HandshakeFailure(text); !told.empty()) End(told, kBadInput);
+    EndInAddIn("an exception got out: " + text + ",");
 }
 
 void OnExit() {
@@ -36,6 +55,9 @@ void OnAbort(int) {
 }
 
 LONG WINAPI OnException(EXCEPTION_POINTERS* exception) {
+    if (exception->ExceptionRecord->ExceptionCode == kExportFailureCode) {
+        EndInFailure(*exception->ExceptionRecord);
+    }
     std::string code(9, '\0');
     code.resize(static_cast<std::size_t>(
         snprintf(code.data(), code.size(), "%08lX", exception->ExceptionRecord->ExceptionCode)));

@@ -63,13 +63,11 @@ if(EXISTS "/dev/full" AND NOT EMULATOR)
 endif()
 
 # An exception of the library's own is told with its key, code and arguments.
-if(VEX_ADDIN)
-  execute_process(COMMAND "${PROGRAM}" run "${EXAMPLE}/sheet.csv" "--addin=${VEX_ADDIN}"
-    OUTPUT_QUIET ERROR_VARIABLE err RESULT_VARIABLE code)
-  if(NOT code EQUAL 1 OR NOT err MATCHES
-     "excelhost_vexaddin.xll' .*handshake: VexKernelObjectError, code 2619, in WinMutex::WinMutex: '5', 'Marker'")
-    message(FATAL_ERROR "exit code ${code}, message '${err}'")
-  endif()
+execute_process(COMMAND ${EMULATOR} "${PROGRAM}" run "${EXAMPLE}/sheet.csv" "--addin=${VEX_ADDIN}"
+  OUTPUT_QUIET ERROR_VARIABLE err RESULT_VARIABLE code)
+if(NOT code EQUAL 1 OR NOT err MATCHES
+   "excelhost_vexaddin.xll' .*handshake: VexKernelObjectError, code 2619, in WinMutex::WinMutex[:,] '?5'?, '?Marker'?")
+  message(FATAL_ERROR "exit code ${code}, message '${err}'")
 endif()
 
 # An add-in that ends the program is named, with an exit code of its own.
