@@ -12,6 +12,7 @@ import ctypes
 import os
 import pathlib
 import random
+import re
 import resource
 import shutil
 import subprocess
@@ -235,7 +236,7 @@ def arguments():
     parser.add_argument("--count", type=int, default=60, help="faults a folder (60)")
     parser.add_argument("--seed", type=int, default=1, help="another seed plants other faults (1)")
     parser.add_argument("--jobs", type=int, default=2, help="faults at a time, each in a copy of the tree (2)")
-    parser.add_argument("--match", default="", metavar="TEXT", help="only faults whose line below holds this text")
+    parser.add_argument("--match", default="", metavar="PATTERN", help="only faults whose line below matches it")
     parser.add_argument("--own", action="store_true", help="runs the folder's own suite alone")
     parser.add_argument("--check", action="store_true", help=argparse.SUPPRESS)  # the names alone
     parser.add_argument("--list", action="store_true", help="lists the sample and plants nothing")
@@ -253,7 +254,7 @@ def main():
     folders = options.folders or LAYERS
 
     def sample_of(tree, folder):
-        return shuffled([fault for fault in faults_of(tree, folder) if options.match in str(fault)], options.seed)
+        return shuffled([fault for fault in faults_of(tree, folder) if re.search(options.match, str(fault))], options.seed)
 
     if options.list:
         for folder in folders:

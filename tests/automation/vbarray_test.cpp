@@ -192,7 +192,10 @@ TEST(VbMatrix, OfEveryShapeHasItsRowsAsTheFirstIndexAndComesBack) {
             for (auto& row : matrix) {
                 for (double& value : row) value = static_cast<double>(random());
             }
-            const TestArray array(VbArrayFromMatrix(matrix, static_cast<std::int32_t>(random() % 5) - 2));
+            const std::int32_t lowerBound = static_cast<std::int32_t>(random() % 5) - 2;
+            const TestArray array(VbArrayFromMatrix(matrix, lowerBound));
+            ASSERT_EQ(array->rgsabound[0].lLbound, lowerBound);
+            ASSERT_EQ(array->rgsabound[1].lLbound, lowerBound);
             const auto* const data = static_cast<const double*>(array->pvData);
             for (std::size_t c = 0; c < columns; ++c) {
                 for (std::size_t r = 0; r < rows; ++r) ASSERT_EQ(data[c * rows + r], matrix[r][c]);

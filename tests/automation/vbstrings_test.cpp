@@ -89,6 +89,9 @@ TEST(VbStrings, AsVariantStartAtOne) {
     }
     EXPECT_EQ(variant.parray->rgsabound[0].lLbound, 1);
     EXPECT_EQ(VariantFromVectorCStringW({}).parray, nullptr);
+    const TestArray made(VariantFromVectorCStringW(three).parray);
+    EXPECT_EQ(Contents(made), Expected(three, false));
+    EXPECT_EQ(made->rgsabound[0].lLbound, 1);
     const TestArray locked(variant.parray);
     const VbArrayLock lock(locked);
     EXPECT_EQ(Raised([&] { AssignVariantFromVectorCStringW({TEXT("new")}, variant); }),
@@ -150,6 +153,8 @@ TEST(VbStrings, PairsAreRowsOfTwoThatOwnNothing) {
     for (const std::int32_t outside : {0, 2}) {
         EXPECT_EQ(raised(owning.array, outside), "VexArraySizeError ReDimVbArray 2632");
     }
+    owning->rgsabound[0].lLbound = 0;  // has the first column, and not the second
+    EXPECT_EQ(raised(owning.array, 1), "VexArraySizeError ReDimVbArray 2632");
     EXPECT_EQ(Contents(owning), (std::vector<std::string>{Wide(TEXT("new")), ""}));
     TestArray other(VT_BSTR, {1, 2}, 5);
     EXPECT_EQ(raised(other.array, INT32_MAX - 2), "") << "made to fit";

@@ -186,6 +186,8 @@ TEST_F(CallExcelTest, TheVariadicCallPassesUpTo255OperandsThrough) {
     ASSERT_THAT(Functions(), ElementsAre(42));
     EXPECT_EQ(entries[0].operands, std::vector<const XLOPER12*>(255, &operand));
     EXPECT_EQ(entries[0].result, &result);
+    Excel12EntryPoint = nullptr;
+    for (const int count : {0, 1}) EXPECT_EQ(Excel12With(count, &result, &operand, many), xlretFailed);
 }
 
 }  // namespace
