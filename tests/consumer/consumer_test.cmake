@@ -6,6 +6,7 @@
 #              headers: the same without the program, each header of the package alone
 #              subdirectory: with our sources as a part of the project
 #              own-addin: examples/own-addin against the package, and its sheet calculated by the package's program
+#   EACH_HEADER  whether the package's headers are compiled alone
 load_cache("${BUILD}" READ_WITH_PREFIX "" CMAKE_GENERATOR CMAKE_CXX_COMPILER CMAKE_C_COMPILER CMAKE_TOOLCHAIN_FILE
   CMAKE_CROSSCOMPILING_EMULATOR CCACHE)
 # Always the same place, so that ccache knows what it has compiled there.
@@ -67,7 +68,7 @@ if(KIND STREQUAL own-addin)
   file(REMOVE_RECURSE "${place}")
   return()
 endif()
-if(NOT KIND STREQUAL subdirectory)
+if(EACH_HEADER AND NOT KIND STREQUAL subdirectory)
   run("build of headers" "${CMAKE_COMMAND}" --build "${place}/build" --target headers)
 endif()
 if(NOT KIND STREQUAL headers)
