@@ -45,6 +45,17 @@ bool Registrations::Remove(double id) {
     return true;
 }
 
+std::size_t Registrations::RemoveModule(TextView pathOrFileName) {
+    std::vector<double> ids;
+    for (const auto& registration : all_) {
+        if (SameName(FileNameOf(registration->module), FileNameOf(pathOrFileName))) {
+            ids.push_back(registration->id);
+        }
+    }
+    for (const double id : ids) Remove(id);
+    return ids.size();
+}
+
 std::shared_ptr<const Registration> Registrations::Find(TextView functionText) const {
     const auto named = byName_.find(functionText);
     return named != byName_.end() ? named->second.back() : nullptr;

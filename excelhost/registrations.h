@@ -65,6 +65,8 @@ class Registrations {
     std::shared_ptr<const Registration> Add(Registration registration);
     // False when nothing is registered under the id.
     bool Remove(double id);
+    // All of the module with this path or file name; gives their number.
+    std::size_t RemoveModule(TextView pathOrFileName);
     // The newest under a function text; null when there is none.
     [[nodiscard]] std::shared_ptr<const Registration> Find(TextView functionText) const;
     [[nodiscard]] std::shared_ptr<const Registration> FindById(double id) const;

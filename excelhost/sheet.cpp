@@ -1,6 +1,7 @@
 #include "excelhost/sheet.h"
 
 #include "excelhost/calculate.h"
+#include "excelhost/callscope.h"
 #include "excelhost/functions/functions.h"
 #include "excelhost/numbers.h"
 
@@ -122,6 +123,43 @@ std::string FieldText(const Value& value) {
     return field + "\"";
 }
 
+// Serves xlfEvaluate from the sheets for as long as it lives.
+class Evaluation {
+  public:
+    Evaluation(Host& host, std::span<const Grid* const> grids, std::span<const Text> names, IDSHEET firstId)
+        : host_(host), grids_(grids), firstId_(firstId) {
+        for (const Text& name : names) names_.push_back(name.substr(name.rfind(']') + 1));
+        host.SetEvaluator([this](TextView text) { return Evaluate(text); });
+    }
+    ~Evaluation() { host_.SetEvaluator(nullptr); }
+    Evaluation(const Evaluation&) = delete;
+    Evaluation& operator=(const Evaluation&) = delete;
+
+  private:
+    // A formula, with or without its "=", as the calling cell sees the sheets. A lone reference stays one.
+    Value Evaluate(TextView text) const try {
+        const Text marked = text.starts_with(WCHAR{'='}) ? Text(text) : TEXT("=") + Text(text);
+        const Formula formula = ParseFormula(marked, names_);
+        const bool isValue = formula.steps.size() == 1 && formula.steps.front().step == Step::Push;
+        if (isValue && IsReference(formula.steps.front().value)) return formula.steps.front().value;
+        const CallScope* scope = CallScope::Current();
+        const std::optional<Reference> caller = scope != nullptr ? scope->Caller() : std::nullopt;
+        const IDSHEET sheet = caller ? caller->sheet - firstId_ + 1 : 1;
+        const XLREF12 cell = caller ? caller->areas.front().rectangle : XLREF12{};
+        const FunctionCaller call = [&](TextView function, std::span<const Value> arguments) {
+            return host_.Call(function, arguments, caller);
+        };
+        return CalculateFormula(formula, Cells(grids_, sheet, {cell.rwFirst, cell.colFirst}), call);
+    } catch (const FormulaFault&) {
+        return ErrorValue{xlerrValue};
+    }
+
+    Host& host_;
+    std::span<const Grid* const> grids_;
+    std::vector<Text> names_;
+    IDSHEET firstId_;
+};
+
 }  // namespace
 
 Sheet::Sheet(std::string_view csv, std::span<const Text> names) {
@@ -188,6 +226,7 @@ std::vector<std::vector<CellFault>> CalculateSheets(std::span<const NamedSheet> 
         host.AddSheet(firstId + i, sheets[i].name,
                       [grid = grids[i]](const Area& area) { return grid->Read(area); });
     }
+    const Evaluation evaluation(host, grids, names, firstId);
     Reference caller;  // the cell that is calculated
     const FunctionCaller call = [&](TextView function, std::span<const Value> arguments) {
         return host.Call(function, arguments, caller);

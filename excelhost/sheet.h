@@ -67,7 +67,7 @@ struct NamedSheet {
 // Calculates each formula once, after those that it refers to on any of the sheets, whose ids in the host count
 // from `firstId` on (1 whenever formulas refer to other sheets). They are the host's sheets for as long as they
 // live, the first one its current sheet at the end. Functions that aren't built in are the host's registered
-// ones; a missing one gives #NAME? and a fault in the result, as does a call with too many arguments. The
+// ones, and what they have evaluated meanwhile sees these sheets; a missing one gives #NAME? and a fault in the result, as does a call with too many arguments. The
 // faults come sheet by sheet. SheetFaults for cells that refer to one another in a circle; then no value has
 // changed.
 [[nodiscard]] std::vector<std::vector<CellFault>> CalculateSheets(std::span<const NamedSheet> sheets,

@@ -1,5 +1,6 @@
 // Registering and unregistering functions and commands.
 #include "excelhost/calling.h"
+#include "excelhost/callscope.h"
 #include "excelhost/served/table.h"
 #include "excelhost/state.h"
 
@@ -80,8 +81,37 @@ Module FindModule(HostState& state, const Text& name) {
     return *module;
 }
 
+// Without a type text it is the module that knows how a procedure is registered ("xlAutoRegister/xlAutoRegister12").
+Outcome RegisterByModule(const Module& module, const Text& procedure) {
+    static constexpr const char* kAutoRegister = "xlAutoRegister12";
+    using AutoRegister = LPXLOPER12(PASCAL*)(LPXLOPER12);
+    using Free = void(PASCAL*)(LPXLOPER12);
+    const auto find = [&](const char* name) { return reinterpret_cast<void (*)()>(module.exports(name)); };
+    const auto entry = reinterpret_cast<AutoRegister>(find(kAutoRegister));
+    if (entry == nullptr) throw Refusal{"no type text, and the module exports no xlAutoRegister12"};
+    const CallScope* outer = CallScope::Current();
+    if (outer != nullptr && outer->Procedure() == kAutoRegister) {
+        throw Refusal{"no type text, from xlAutoRegister12 itself"};
+    }
+    const CallScope scope(module.path, kAutoRegister);
+    Blocks blocks;
+    XLOPER12 name = RecordFrom(procedure, blocks);
+    const LPXLOPER12 given = entry(&name);
+    if (given == nullptr) throw Refusal{"xlAutoRegister12 gave a null pointer"};
+    Value id = ValueFrom(*given);
+    if ((given->xltype & xlbitDLLFree) != 0) {
+        if (const auto free = reinterpret_cast<Free>(find("xlAutoFree12"))) free(given);
+    }
+    return Outcome::Of(std::move(id));
+}
+
 Outcome Register(HostState& state, Operands operands) try {
-    Registration registration = ReadRegistration(RegisterOperands(operands));
+    const RegisterOperands given(operands);
+    if (!given.Has(kTypeText) && given.Kind() != Registration::Kind::Command) {
+        return RegisterByModule(FindModule(state, given.TextAt(kModule, "module")),
+                                given.TextAt(kProcedure, "procedure"));
+    }
+    Registration registration = ReadRegistration(given);
     const Module module = FindModule(state, registration.module);
     registration.entry = module.exports(Utf8(registration.procedure).c_str());
     if (registration.entry == nullptr) {
@@ -97,9 +127,16 @@ Outcome Register(HostState& state, Operands operands) try {
     return Outcome::Error(xlerrValue, refusal.why);
 }
 
+// UNREGISTER(register id), or UNREGISTER(module) for all that it has registered. Excel unloads the module then; here
+// it stays, for its session still closes it.
 Outcome Unregister(HostState& state, Operands operands) {
+    if (const auto module = TextOf(*operands[0])) {
+        const std::lock_guard lock(state.mutex);
+        const bool any = state.registrations.RemoveModule(*module) != 0;
+        return Outcome::Of(any, any ? "" : "nothing is registered for this module");
+    }
     const auto id = NumberOf(*operands[0]);
-    if (!id) return Outcome::Error(xlerrValue, "the operand is no number");
+    if (!id) return Outcome::Error(xlerrValue, "the operand is neither a number nor a module");
     const std::lock_guard lock(state.mutex);
     const bool removed = state.registrations.Remove(*id);
     return Outcome::Of(removed, removed ? "" : "nothing is registered under this id");

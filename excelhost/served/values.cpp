@@ -68,8 +68,18 @@ Outcome Coerce(HostState& state, Operands operands) {
     return Outcome::Of(std::move(converted));
 }
 
+// xlSet(reference, value). The sheets are what their files and formulas say.
+Outcome Set(HostState&, Operands operands) {
+    const DWORD type = TypeOf(*operands[0]);
+    if (type != xltypeSRef && type != xltypeRef) {
+        return Outcome::Failed(xlretInvXloper, "the first operand is no reference");
+    }
+    return Outcome::Failed(xlretFailed, "cells can't be set from outside the calculation here");
+}
+
 constexpr ServedFunction kTable[] = {
     {xlSpecial | 2, "xlCoerce", 1, 2, From::Anywhere, Coerce},
+    {xlSpecial | 3, "xlSet", 1, 2, From::Commands, Set},
 };
 
 }  // namespace

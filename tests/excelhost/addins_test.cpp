@@ -90,6 +90,13 @@ TEST_F(AddInsTest, EveryTypeIsPassedBothWays) {
         {"=TypeX(A1)", "2"},
         {"=Mixed(1,2,3,\"A\",5,6,7,8,9,1,2,3,4)", "4321987650386"},
         {most + ",1000)", "1254"},
+        {"=Evaluates(\"A1+TypeJ(B2)\")", "12"},
+        {"=Evaluates(\"=B2\")", "5"},
+        {"=Evaluates(\"1+\")", "#VALUE!"},
+        {"=Sets(A1)", "32"},
+        {"=RegistersLater(\"Late\")", "77"},
+        {"=RegistersLater(\"Never\")", "#N/A"},
+        {"=Unregisters(\"other.xll\")", "FALSE"},
     };
     std::vector<std::string> formulas;
     for (const auto& [formula, value] : cases) formulas.push_back(formula);

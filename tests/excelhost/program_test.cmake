@@ -88,3 +88,23 @@ execute_process(COMMAND ${EMULATOR} "${PROGRAM}" run "${SCRATCH}/linked.csv" --a
 if(NOT code EQUAL 0 OR NOT out STREQUAL "3104\n")
   message(FATAL_ERROR "exit code ${code}, output '${out}', message '${err}'")
 endif()
+
+# Its life as the add-in manager and a user who cancels lead it; modules that can't be loaded.
+string(ASCII 127 69 76 70 1 elf32)
+file(WRITE "${SCRATCH}/narrow.xll" "${elf32} and no more")
+file(WRITE "${SCRATCH}/text.xll" "no module")
+foreach(row IN ITEMS
+    "0|${LINKED}|--manage|it is \"Linked by name\".*xlAutoAdd\n[^-]*xlcNew.*calculated.*xlAutoRemove\n[^-]*xlcDeleteName.*xlAutoClose\n[^-]*xlcClose"
+    "0|${LINKED}|--cancel-close|cancels: xlAutoClose\n[^-]*xlcClose.*calculated.*closes the add-in: xlAutoClose\n[^-]*xlcClose"
+    "1|${SCRATCH}/narrow.xll|--trace|narrow.xll' can't be loaded: it is a (32-bit module|module for Linux)"
+    "1|${SCRATCH}/text.xll|--trace|text.xll' can't be loaded: it is no module"
+    "1|${SCRATCH}/none.xll|--trace|there is no add-in '.*none.xll'")
+  string(REPLACE "|" ";" row "${row}")
+  list(POP_FRONT row expected addin option)
+  list(JOIN row "|" message)
+  execute_process(COMMAND ${EMULATOR} "${PROGRAM}" run "${SCRATCH}/linked.csv" --addin "${addin}" --trace ${option}
+    OUTPUT_QUIET ERROR_VARIABLE err RESULT_VARIABLE code)
+  if(NOT code EQUAL expected OR NOT err MATCHES "${message}")
+    message(FATAL_ERROR "${option}: exit code ${code}, message '${err}'")
+  endif()
+endforeach()

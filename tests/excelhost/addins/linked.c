@@ -27,3 +27,23 @@ XLL_EXPORT int XLL_CALL xlAutoOpen(void) {
     Excel12(Free, NULL, 1, freed[0]);
     return 1;
 }
+
+/* Each tells by a command which it is. */
+static int Tell(int command) {
+    return Excel12v(0x8000 | command, NULL, 0, NULL) == 0;
+}
+XLL_EXPORT int XLL_CALL xlAutoAdd(void) {
+    return Tell(119);
+}
+XLL_EXPORT int XLL_CALL xlAutoRemove(void) {
+    return Tell(110);
+}
+XLL_EXPORT int XLL_CALL xlAutoClose(void) {
+    return Tell(16);
+}
+XLL_EXPORT Record* XLL_CALL xlAddInManagerInfo12(Record* action) {
+    static Unit buffer[16];
+    static Record name;
+    name = Text("Linked by name", buffer);
+    return action->type == TypeInt && action->val.w == 1 ? &name : NULL;
+}

@@ -145,6 +145,37 @@ F(void) TypeX(const Record* value, Record* handle) {
     Record* operands[] = {handle, &copy};
     Excel()(AsyncReturn, 2, operands, NULL);
 }
+/* What Excel gives goes back to Excel. */
+static Record* Given(int function, int count, Record** operands) {
+    static Record result;
+    if (Excel()(function, count, operands, &result) != 0) return NULL;
+    result.type |= XLFree;
+    return &result;
+}
+F(Record*) Evaluates(Record* a) {
+    return Given(Evaluate, 1, &a);
+}
+F(Record*) Unregisters(Record* a) {
+    return Given(Unregister, 1, &a);
+}
+F(Record*) RegistersLater(Record* procedure) {
+    Record module, none = {.type = TypeMissing}, *operands[] = {&module, procedure, &none}, *id;
+    Excel()(GetName, 0, NULL, &module);
+    id = Given(Register, 3, operands);
+    Excel()(Free, 1, operands, NULL);
+    return id;
+}
+F(int32_t) Sets(Record* a) {
+    return Excel()(Set, 1, &a, NULL);
+}
+F(Record*) xlAutoRegister12(Record* procedure) {
+    static Record id;
+    const int isLate = procedure->val.str[0] == 4;
+    id.type = isLate ? TypeNum : TypeErr;
+    if (isLate) id.val.num = 77;
+    if (!isLate) id.val.err = 42;
+    return &id;
+}
 F(double)
 Mixed(double a, int32_t b, double c, const Unit* d, int16_t e, double f, double g, const double* h, double i,
       double j, double k, double l, int32_t m) {
@@ -174,6 +205,7 @@ F(int) xlAutoOpen(void) {
         {"ShrinksK", "1K%"},  {"TypeL", "LL"},       {"TypeM", "MM"},      {"TypeN", "NN"},
         {"TypeO", "BOB"},     {"TypeOWide", "1O%"},  {"TypeP", "PP"},      {"TypeQ", "QQ$"},
         {"TypeU", "BU"},      {"CoercesU", "JU#!"},  {"TypeX", ">QX"},     {"Mixed", "BBJBC%IBBEBBBBJ"},
+        {"Evaluates", "QQ#"}, {"Unregisters", "QQ"}, {"Sets", "JU#"},      {"RegistersLater", "QQ"},
     };
     for (size_t i = 0; i < sizeof functions / sizeof *functions; ++i)
         RegisterAs(functions[i][0], functions[i][1]);

@@ -62,8 +62,11 @@ enum {
 enum { XLFree = 0x1000, DLLFree = 0x4000 };
 enum {
     Register = 149,
+    Unregister = 201,
+    Evaluate = 257,
     Free = 0x4000,
     Coerce = 0x4002,
+    Set = 0x4003,
     GetName = 0x4009,
     AsyncReturn = 0x4010,
     Alert = 0x8076
