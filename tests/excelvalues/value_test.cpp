@@ -156,6 +156,7 @@ TEST(Makers, NoMemoryRaisesBadAllocAndLeavesNothing) {
         {[] { return XXloperFromInt(1); }, 1},
         {[] { return XXloperFromVariant(VARIANT{}); }, 1},
         {[] { return XXloperFromString(TEXT("wide text")); }, 2},
+        {[] { return XXloperFromString("narrow text"); }, 2},
         {[] { return XXloperFromString("narrow \x80"); }, 2}};
     for (const auto& [make, blocks] : makers) {
         std::string words;
