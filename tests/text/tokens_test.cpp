@@ -21,6 +21,7 @@ TEST(Split, TakesWhatStandsBetweenRunsOfDelimiters) {
         {TEXT(" a, ,\x00a0"), TEXT(","), {TEXT("a")}, true},
         {block + TEXT("e") + block + TEXT("\x20ac"), TEXT("abcde\x20ac"), {block.c_str(), block.c_str()}},
         {block + TEXT(",") + block, TEXT(",;"), {block.c_str(), block.c_str()}},
+        {block, TEXT(""), {block.c_str()}},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(SplitCStringW(row.text.c_str(), row.delimiters, row.trim), row.tokens);
