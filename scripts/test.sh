@@ -2,9 +2,10 @@
 # Builds and tests one lane, or all of them.
 #
 #   scripts/test.sh             the native lane
-#   scripts/test.sh LANE...     native, native-asan, native-tsan, native32, win32, win64, lint, fuzz
-#   scripts/test.sh all         the six that run the suites: lint's findings change with no behaviour, and the
-#                               fuzzer's 1,000,000 inputs a target take long (all replays its committed ones)
+#   scripts/test.sh LANE...     native, native-asan, native-tsan, native32, win32, win64, lint, fuzz, package
+#   scripts/test.sh all         the six that run the suites: lint's findings change with no behaviour, the fuzzer's
+#                               1,000,000 inputs a target take long (all replays its committed ones), and package
+#                               builds all again as it is released
 #   scripts/test.sh mutants [FOLDER...] [OPTION...]
 #                               how many small faults, planted into product code, the native suites catch;
 #                               mutants --help tells the options
@@ -15,7 +16,7 @@ cd "$(dirname "$0")/.."
 . scripts/progress.sh
 
 all=(native native-asan native-tsan native32 win32 win64)
-known=("${all[@]}" lint fuzz)
+known=("${all[@]}" lint fuzz package)
 if [ "${1:-}" = mutants ]; then
   shift
   case " $* " in *" -h "*|*" --help "*) exec scripts/mutants.py --help ;; esac
@@ -93,6 +94,10 @@ run_lane() {
   local lane=$1
   echo "== $lane"
   if [ "$lane" = fuzz ]; then run_fuzzers; return; fi
+  if [ "$lane" = package ]; then
+    if scripts/package_test.sh; then passed=$((passed + 1)); else failed=$((failed + 1)); failures+=(package); fi
+    return
+  fi
   if [ "$lane" = lint ]; then
     if follow "lint: reading all sources" "$logs/lint" scripts/lint.sh; then passed=$((passed + 1)); else failed=$((failed + 1)); failures+=(lint); fi
     cat "$logs/lint"
