@@ -150,6 +150,14 @@ TEST(Makers, LentBytesAndElementsAreNotCopied) {
     EXPECT_EQ(XXloperFromBool(2)->val.xbool, 2) << "the byte as it is";
 }
 
+TEST(ElementCount, IsZeroForANegativeCount) {
+    for (const auto& [rows, columns] : {std::pair{-1, 2}, {2, -1}, {2, 0x18000}}) {
+        XLOPER12 array{.val = {.array = {.lparray = nullptr, .rows = rows, .columns = columns}},
+                       .xltype = xltypeMulti};
+        EXPECT_EQ(ElementCount(array), 0u);
+    }
+}
+
 TEST(Makers, NoMemoryRaisesBadAllocAndLeavesNothing) {
     const std::pair<std::function<XXloperPtr()>, int> makers[] = {
         // and the blocks of what they make

@@ -56,6 +56,8 @@ TEST(Lists, OfStrings) {
     EXPECT_EQ(StdStringFromVectorStdWString({TEXT("5\x20ac"), TEXT("\"")}), "{ \"5<20AC>\", \"\"\" }");
     EXPECT_EQ(CStringWFromVectorPairCStringW({{TEXT("a"), TEXT("b")}, {TEXT("\x4e2d"), TEXT("")}}),
               TEXT("{ \"< \"a\", \"b\" >\", \"< \"\x4e2d\", \"\" >\" }"));
+    const std::string text(5000, 'x');  // longer than the pieces that are gathered
+    EXPECT_EQ(StdStringFromVectorStdString({"a", text, "b"}), "{ \"a\", \"" + text + "\", \"b\" }");
     // Two that the code page can't tell apart; and the order is that of the narrow texts.
     EXPECT_EQ(CStringAFromSetCStringW({TEXT("\x4e2d"), TEXT("\x6587"), TEXT("\x20ac"), TEXT("\x00e9")}),
               "{ \"?\",\"\x80\",\"\xe9\" }");
