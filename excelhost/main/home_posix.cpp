@@ -26,9 +26,19 @@ void OnExit() {
     EndInAddIn("exit was called");
 }
 
+// Telling takes memory, and an add-in that crashed inside the allocator may have left it locked.
+void OnAlarm(int) {
+    constexpr char message[] =
+        "excelhost: an add-in ended the program, in a state that hides its last calls\n";
+    (void)!write(STDERR_FILENO, message, sizeof message - 1);
+    _exit(kAddInDied);
+}
+
 // Once: a second fault, in here, ends the program as if nobody had asked.
 void OnSignal(int number) {
     std::signal(number, SIG_DFL);
+    std::signal(SIGALRM, OnAlarm);
+    alarm(5);
     EndInAddIn(number == SIGABRT ? std::string("abort was called")
                                  : "a crash (" + std::string(strsignal(number)) + ")");
     raise(number);
@@ -45,8 +55,8 @@ std::filesystem::path OwnFolder() {
 }
 
 void GuardAgainstAddIns() {
-    // A stack of its own, for when the add-in's has overflowed.
-    static std::array<std::byte, std::size_t{64} << 10> stack;
+    // A stack of its own, for when the add-in's has overflowed; a sanitizer's report takes much of it.
+    static std::array<std::byte, std::size_t{1} << 20> stack;
     const stack_t own{stack.data(), 0, stack.size()};
     sigaltstack(&own, nullptr);
     for (const int number : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT}) {
