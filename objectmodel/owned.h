@@ -65,7 +65,7 @@ concept HandsOver = (std::same_as<Arguments, VARIANT> || ...);
 
 // Such a VARIANT with an owner for the length of the call; any other argument as it is.
 [[nodiscard]] inline OwnedVariant ForTheCall(VARIANT&& taken) noexcept {
-    return std::move(taken);
+    return static_cast<VARIANT&&>(taken);
 }
 template <class Argument>
 [[nodiscard]] Argument&& ForTheCall(Argument&& argument) noexcept {

@@ -72,10 +72,10 @@ class MsExcel::Range {
     virtual void PutValue2(const VARIANT& value) = 0;
     template <class Value>
     requires kestrolumen::detail::HandsOver<Value>
-    void PutValue(Value&& value) { PutValue(OwnedVariant(std::move(value))); }
+    void PutValue(Value&& value) { PutValue(OwnedVariant(std::forward<Value>(value))); }
     template <class Value>
     requires kestrolumen::detail::HandsOver<Value>
-    void PutValue2(Value&& value) { PutValue2(OwnedVariant(std::move(value))); }
+    void PutValue2(Value&& value) { PutValue2(OwnedVariant(std::forward<Value>(value))); }
 
     // A range of so many rows and columns from the same first cell, and a range of the same size so many
     // rows down and columns to the right (negative: up, to the left).
@@ -97,7 +97,7 @@ class MsExcel::Range {
     }
     template <class After>
     requires kestrolumen::detail::HandsOver<After> std::shared_ptr<Range> FindNext(After&& after) {
-        return FindNext(OwnedVariant(std::move(after)));
+        return FindNext(OwnedVariant(std::forward<After>(after)));
     }
 
     // The interface that the object holds, no reference added; null when it holds none.

@@ -118,7 +118,7 @@ template <class Value>
 
 // A VARIANT that the operation was given by value, owned from here on.
 [[nodiscard]] inline OwnedVariant Take(VARIANT& value) noexcept {
-    return std::move(value);
+    return static_cast<VARIANT&&>(value);
 }
 
 template <VARTYPE Type>
@@ -130,7 +130,7 @@ struct VariantMaker {
     [[nodiscard]] OwnedArgument<Type> operator()(const auto& value) const noexcept {
         VARIANT made = VariantOf(value);
         const bool complete = made.vt != VT_BSTR || made.bstrVal;
-        return {std::move(made), complete};
+        return {static_cast<VARIANT&&>(made), complete};
     }
 };
 inline constexpr VariantMaker<RequiredVariant> Variant{};
