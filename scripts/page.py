@@ -1,5 +1,5 @@
-#!/usr/bin/env python3
-"""Two steps of scripts/package.sh.
+#!/usr/bin/python3
+"""Two steps of scripts/package.sh, by the system's Python, which has Markdown from its package.
 
     page.py PAGE.md FILE.html     one page as a file that any browser shows, for a folder without the project
     page.py --zip FOLDER FILE     the folder as a zip, the same to the byte for the same files and SOURCE_DATE_EPOCH
