@@ -45,6 +45,7 @@ for width in 32 64; do
   mkdir -p "$windows/$width-bit"
   cp "$stage/win$width"/bin/* "$windows/$width-bit/"
 done
+scripts/page.py --stamp "$windows"/*-bit/*
 mkdir -p "$windows/example"
 cp examples/iris/sheet.csv examples/iris/calculated.csv "$windows/example/"
 cp examples/Kestrolumen.bas examples/kestrolumen.intellisense.xml CHANGELOG.md SECURITY.md "$windows/"

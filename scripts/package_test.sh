@@ -27,7 +27,7 @@ check "the sums inside the zip" sh -c "cd '$windows' && sha256sum --quiet -c SHA
 
 # A library of Windows' own, by its name; our own XLCALL32 lies beside the program.
 system='ADVAPI32|KERNEL32|OLEAUT32|SHELL32|USER32|VERSION|msvcrt|ole32|XLCALL32'
-has() { objdump -x "$1" | grep -qE "$2"; }
+has() { objdump -x "$1" | grep -cE "$2" >/dev/null; }
 lacks() { ! grep -aqF "$2" "$1"; }
 foreign() { ! objdump -p "$1" | sed -n 's/.*DLL Name: //p' | grep -vqiE "^($system)\.dll$"; }
 stripped() { ! objdump -h "$1" | grep -q debug_ && objdump -t "$1" | grep -q 'no symbols'; }

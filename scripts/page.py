@@ -1,8 +1,10 @@
 #!/usr/bin/python3
-"""Two steps of scripts/package.sh, by the system's Python, which has Markdown from its package.
+"""Three steps of scripts/package.sh, by the system's Python, which has Markdown from its package.
 
     page.py PAGE.md FILE.html     one page as a file that any browser shows, for a folder without the project
     page.py --zip FOLDER FILE     the folder as a zip, the same to the byte for the same files and SOURCE_DATE_EPOCH
+    page.py --stamp FILE...       Windows modules whose table of exports the linker dated with the clock: dated with
+                                  SOURCE_DATE_EPOCH, as their heads are ("PE Format" of Microsoft)
 """
 import os
 import re
@@ -53,7 +55,33 @@ def archive(folder, target):
             out.writestr(entry, file.read_bytes())
 
 
+def stamp(file):
+    data = bytearray(file.read_bytes())
+    number = lambda at, size=4: int.from_bytes(data[at:at + size], "little")
+    head = number(0x3C)
+    optional = head + 24
+    exports = number(optional + (112 if number(optional, 2) == 0x20B else 96))
+    for index in range(number(head + 6, 2)):
+        section = optional + number(head + 20, 2) + 40 * index
+        begin, size, place = number(section + 12), number(section + 16), number(section + 20)
+        if exports and begin <= exports < begin + size:
+            moment = int(os.environ["SOURCE_DATE_EPOCH"])
+            at = place + exports - begin + 4
+            data[at:at + 4] = moment.to_bytes(4, "little")
+    data[optional + 64:optional + 68] = bytes(4)
+    total = 0
+    for at in range(0, len(data) + len(data) % 2, 2):
+        total += number(at, 2)
+        total = (total & 0xFFFF) + (total >> 16)
+    data[optional + 64:optional + 68] = (total + len(data)).to_bytes(4, "little")
+    file.write_bytes(data)
+
+
 if __name__ == "__main__":
+    if len(sys.argv) > 2 and sys.argv[1] == "--stamp":
+        for name in sys.argv[2:]:
+            stamp(Path(name))
+        sys.exit()
     if len(sys.argv) == 4 and sys.argv[1] == "--zip":
         archive(Path(sys.argv[2]), Path(sys.argv[3]))
     elif len(sys.argv) == 3:
