@@ -1,7 +1,8 @@
 // The command-line program, apart from where its arguments and streams come from.
 #pragma once
 
-#include <filesystem>
+#include "excelhost/commands/command.h"
+
 #include <ostream>
 #include <span>
 #include <string>
@@ -16,13 +17,9 @@ enum ExitCode : int {
     kAddInDied = 4,   // the add-in crashed, aborted, exited, or let an exception out of xlAutoOpen
 };
 
-// Runs the program: `arguments` in UTF-8, without the program's own name; `folder` is the program's own,
-// where the add-in is looked for. Results go to `out`, messages to `err`.
-// Whatever can't be written to either stream makes 1 of the exit code 0.
-[[nodiscard]] int RunProgram(std::span<const std::string> arguments, const std::filesystem::path& folder,
-                             std::ostream& out, std::ostream& err);
-
-// The exit code of a command that ends with `code`, when its streams are flushed.
-[[nodiscard]] int Finish(int code, std::ostream& out, std::ostream& err);
+// Runs the program: `arguments` in UTF-8, without the program's own name. Whatever can't be written to either stream
+// makes 1 of the exit code 0.
+[[nodiscard]] int RunProgram(std::span<const std::string> arguments, std::span<const Command> commands,
+                             Surroundings& around);
 
 }  // namespace excelhost

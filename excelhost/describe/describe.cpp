@@ -1,6 +1,5 @@
 #include "excelhost/describe/describe.h"
 
-#include "excelhost/commandline.h"
 #include "excelhost/program.h"
 
 #include "errors/vex.h"
@@ -8,7 +7,9 @@
 #include "text/text.h"
 
 #include <algorithm>
-#include <array>
+#include <memory>
+#include <span>
+#include <stdexcept>
 #include <vector>
 
 namespace excelhost {
@@ -127,22 +128,26 @@ std::string Description(const CStringW& module) {
     return std::move(page).Text();
 }
 
-int RunDescribe(std::span<const std::string> arguments, const std::filesystem::path& folder,
-                std::ostream& out, std::ostream& err) try {
-    const auto beside = (folder / "kestrolumen.xll").u8string();
-    std::string file(beside.begin(), beside.end());
-    const std::array options = {TextOption("--addin", file)};
-    if (!ParseOptions(arguments, options).empty()) throw UsageError("describe takes '--addin FILE' alone");
-    try {
-        out << Description(CStringWFromUtf8(file.data(), file.size()));
-        return Finish(kDone, out, err);
-    } catch (const VexDiskError&) {
-        err << "excelhost: " << file << ": can't be read\n";
-        return kBadInput;
-    }
-} catch (const UsageError& error) {
-    err << "excelhost: " << error.what() << "; 'excelhost --help' tells more\n";
-    return kBadUsage;
+Command DescribeCommand() {
+    const auto file = std::make_shared<std::string>();
+    const auto run = [file](std::span<const std::string> operands, Surroundings& around) -> int {
+        if (!operands.empty()) throw UsageError("describe takes '--addin FILE' alone");
+        const auto beside = (around.folder / "kestrolumen.xll").u8string();
+        if (file->empty()) file->assign(beside.begin(), beside.end());
+        try {
+            around.out << Description(CStringWFromUtf8(file->data(), file->size()));
+            return kDone;
+        } catch (const VexDiskError&) {
+            throw std::runtime_error(*file + ": can't be read");
+        }
+    };
+    return {
+        "describe",
+        "prints what kestrolumen.xll knows of this machine, its folders and its own file",
+        {"[--addin FILE]"},
+        "Prints what the add-in knows of this machine, its folders and the add-in's own file.\n",
+        {TextOption("--addin", "FILE", "the file; kestrolumen.xll beside this program if left out", *file)},
+        run};
 }
 
 }  // namespace excelhost

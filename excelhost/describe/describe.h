@@ -1,11 +1,10 @@
 // What the add-in's platform layer knows: of the machine, of its folders, and of the add-in's own file.
 #pragma once
 
+#include "excelhost/commands/command.h"
+
 #include <atlstr.h>
 
-#include <filesystem>
-#include <ostream>
-#include <span>
 #include <string>
 
 namespace excelhost {
@@ -18,8 +17,7 @@ namespace excelhost {
 // read.
 [[nodiscard]] std::string Description(const CStringW& module);
 
-// The command "describe" of the program: as RunProgram, with the arguments behind the command.
-[[nodiscard]] int RunDescribe(std::span<const std::string> arguments, const std::filesystem::path& folder,
-                              std::ostream& out, std::ostream& err);
+// The command "describe" of the program.
+[[nodiscard]] Command DescribeCommand();
 
 }  // namespace excelhost

@@ -1,5 +1,4 @@
 // The program excelhost: a simulated Excel on the command line.
-#include "excelhost/commandline.h"
 #include "excelhost/describe/describe.h"
 #include "excelhost/describe/exceptions.h"
 #include "excelhost/failure.h"
@@ -9,7 +8,6 @@
 
 #include <exception>
 #include <iostream>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -18,10 +16,10 @@ int main(int count, char** arguments) try {
     excelhost::SetExceptionTeller(excelhost::TellOwnException);
     excelhost::GuardAgainstAddIns();
     const std::vector<std::string> words = excelhost::ArgumentsFrom(count, arguments);
-    const bool describes = !words.empty() && words.front() == "describe" && !excelhost::AsksForHelp(words);
-    const std::span<const std::string> rest = std::span(words).subspan(describes ? 1 : 0);
-    return (describes ? excelhost::RunDescribe : excelhost::RunProgram)(rest, excelhost::OwnFolder(),
-                                                                        std::cout, std::cerr);
+    std::vector<excelhost::Command> commands = excelhost::Commands();
+    commands.push_back(excelhost::DescribeCommand());
+    excelhost::Surroundings around{excelhost::OwnFolder(), std::cout, std::cerr};
+    return excelhost::RunProgram(words, commands, around);
 } catch (const std::exception& error) {
     std::cerr << "excelhost: " << error.what() << '\n';
     return excelhost::kBadInput;

@@ -29,9 +29,10 @@ class AddInsTest : public ::testing::Test {
         sheet.close();
         std::ostringstream out;
         std::ostringstream messages;
+        Surroundings around{folder_.Path(), out, messages};
         const auto name = path.u8string();
         const std::vector<std::string> arguments = {"run", {name.begin(), name.end()}, "--addin", addIn};
-        const int code = RunProgram(arguments, folder_.Path(), out, messages);
+        const int code = RunProgram(arguments, Commands(), around);
         std::istringstream lines(out.str());
         values.clear();
         for (std::string line; std::getline(lines, line);) values.push_back(line.substr(0, line.find(",,,")));

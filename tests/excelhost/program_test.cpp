@@ -29,7 +29,8 @@ class ProgramTest : public ::testing::Test {
     int Run(std::vector<std::string> arguments, const std::filesystem::path& own = ADDIN_FOLDER) {
         std::ostringstream outStream;
         std::ostringstream errStream;
-        const int code = RunProgram(arguments, own, outStream, errStream);
+        Surroundings around{own, outStream, errStream};
+        const int code = RunProgram(arguments, Commands(), around);
         out = outStream.str();
         err = errStream.str();
         return code;
@@ -112,9 +113,13 @@ TEST_F(ProgramTest, RefusesABadCommandLine) {
         EXPECT_THAT(err, AllOf(StartsWith("excelhost: "), HasSubstr(message), HasSubstr("--help")));
         EXPECT_THAT(out, IsEmpty());
     }
-    for (const std::vector<std::string>& help : {std::vector<std::string>{"--help"}, {"run", "x", "-h"}}) {
-        EXPECT_EQ(Run(help), kDone);
-        EXPECT_THAT(out, HasSubstr("Usage: excelhost run SHEET.csv"));
+    for (const Command& command : Commands()) {
+        EXPECT_EQ(Run({"--help"}), kDone);
+        EXPECT_THAT(out, HasSubstr("\n  " + command.name + " "));
+        EXPECT_EQ(Run({command.name, "x", "-h"}), kDone);
+        EXPECT_THAT(out, StartsWith("Usage: excelhost " + command.name + " "));
+        for (const Option& option : command.options)
+            EXPECT_THAT(out, HasSubstr("\n  " + std::string(option.name)));
     }
 }
 

@@ -1,0 +1,73 @@
+// excelhost run: sheets, calculated through the add-ins and printed.
+#include "excelhost/commands/play.h"
+#include "excelhost/functions/functions.h"
+#include "excelhost/program.h"
+#include "excelhost/sheetfiles.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace excelhost {
+namespace {
+
+constexpr std::string_view kSheets =
+    R"(Calculates a sheet: loads the add-ins, calculates every formula of the sheet and prints the values as CSV. Cells are
+numbers, texts, TRUE, FALSE, error values and formulas (=...). Of several sheets, which formulas refer to as NAME!A1,
+each is printed under a line "# NAME". The files are UTF-8.
+
+Formulas know Excel's operators, references (A1, $A$1, A1:C3, A:C, 1:3, NAME!A1), the functions that the add-ins
+have registered, and:
+)";
+
+constexpr std::string_view kRules = R"(
+Values follow Excel's rules: 15 digits of a number count, in what is typed, in comparisons and where a sum that ends
+a formula comes out near zero; 1,234.5 and 12% and $5 and (5) are read as numbers. Where it differs: what is typed
+as a date, time or fraction stays a text (dates are serial numbers), texts are ordered by the units of their upper
+case instead of a language, and a formula that gives an array shows its first element. A text that begins with "="
+is printed as the formula ="=..." that gives it.
+
+The add-in kestrolumen.xll meets its companion workbook first and then has:
+
+  NetOutputPrediction(inputs, network, fallback, low, high)                the likeliest category
+  NetOutputProbabilityOfPrediction(inputs, network, fallback, low, high)   its probability
+  NetOutputProbabilityOfCategory(inputs, network, category, fallback, low, high)
+)";
+
+// The names of the functions that are built in.
+std::string FunctionLines() {
+    std::string names;
+    for (const std::string_view name : BuiltinNames())
+        names += (names.empty() ? "" : " ") + std::string(name);
+    return Wrapped(names, 2);
+}
+
+int Run(const SessionOptions& session, std::span<const std::string> operands, Surroundings& around) {
+    const bool complete = std::none_of(operands.begin(), operands.end(),
+                                       [](const std::string& sheet) { return sheet.empty(); });
+    if (operands.empty() || !complete) throw UsageError("the name of a sheet is missing");
+    SheetFiles sheets(operands, around.err);
+    if (!sheets.Good()) return kBadInput;
+    const Act act{"the sheet is calculated", [&](Host& host) { sheets.Calculate(host); },
+                  [&](Host&) {
+                      if (sheets.Good()) sheets.Print(around.out);
+                      around.out.flush();
+                      return sheets.PrintFaults(around.err) ? kDone : kBadInput;
+                  }};
+    return Play(session, act, around);
+}
+
+}  // namespace
+
+Command RunCommand() {
+    const auto session = std::make_shared<SessionOptions>();
+    return {"run",
+            "calculates sheets (CSV) through the add-ins and prints the values",
+            {"SHEET.csv [options]", "NAME=SHEET.csv NAME=SHEET.csv ... [options]"},
+            std::string(kSheets) + FunctionLines() + std::string(kRules),
+            OptionsOf(*session),
+            [session](std::span<const std::string> operands, Surroundings& around) {
+                return Run(*session, operands, around);
+            }};
+}
+
+}  // namespace excelhost

@@ -1,0 +1,42 @@
+#include "excelhost/commands/sessionoptions.h"
+
+#include <array>
+#include <string_view>
+
+namespace excelhost {
+
+std::vector<Option> OptionsOf(SessionOptions& session) {
+    static constexpr std::array<std::string_view, 2> companions = {"iris", "none"};
+    static constexpr std::array<std::string_view, 3> workbookNames = {"XLA", "XLS", "none"};
+    return {
+        ListOption(
+            "--addin", "FILE",
+            "an add-in (XLL) to load, any that is written for Excel 2007 or later; may be given several "
+            "times; kestrolumen.xll beside this program if left out",
+            session.addIns),
+        SwitchOption(
+            "--manage",
+            "adds and removes each add-in as the add-in manager does: xlAddInManagerInfo12, xlAutoAdd, "
+            "xlAutoRemove",
+            session.isManaged),
+        SwitchOption("--cancel-close",
+                     "calls xlAutoClose ahead of the calculation, as Excel does when a user cancels its end",
+                     session.cancelsClose),
+        SwitchOption(
+            "--trace",
+            "prints every call of the add-in into Excel, in order, and the account of all values lent, "
+            "allocated and freed, to the standard error stream",
+            session.trace),
+        ChoiceOption("--companion", "NAME",
+                     "the networks of kestrolumen.xll's companion workbook: iris (its default), or none: no "
+                     "workbook is loaded, so the add-in's functions aren't registered and give #NAME?",
+                     companions, session.companion),
+        ChoiceOption(
+            "--workbook-name", "NAME",
+            "the name under which that workbook is open: XLA (Kestrolumen.XLA, the default), XLS, or "
+            "none: it introduces itself but can't be called, so its functions give #VALUE!",
+            workbookNames, session.workbookName),
+    };
+}
+
+}  // namespace excelhost

@@ -1,0 +1,23 @@
+// The options of every command that opens add-ins: declared here once, and obeyed by Play.
+#pragma once
+
+#include "excelhost/commandline.h"
+
+#include <string>
+#include <vector>
+
+namespace excelhost {
+
+struct SessionOptions {
+    std::vector<std::string> addIns;  // ours, beside the program, when empty
+    std::string companion = "iris";
+    std::string workbookName = "XLA";
+    bool trace = false;
+    bool isManaged = false;
+    bool cancelsClose = false;
+};
+
+// They set what they are read into, which must live as long as they do.
+[[nodiscard]] std::vector<Option> OptionsOf(SessionOptions& session);
+
+}  // namespace excelhost
