@@ -84,7 +84,7 @@ BOOL WINAPI GetUserNameW(LPWSTR buffer, LPDWORD size) noexcept {
 BOOL WINAPI GetComputerNameW(LPWSTR buffer, LPDWORD size) noexcept {
     return AtBorder(FALSE, [&] {
         std::array<char, 256> host{};
-        if (gethostname(host.data(), host.size() - 1) != 0) throw Failure{winapi::ErrorFromErrno(errno)};
+        if (gethostname(host.data(), host.size() - 1) != 0) winapi::FailErrno();
         std::string_view label(host.data());
         label = label.substr(0, std::min<std::size_t>(label.find('.'), MAX_COMPUTERNAME_LENGTH));
         std::u16string name = winapi::Utf16FromUtf8(label);

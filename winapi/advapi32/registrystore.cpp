@@ -20,10 +20,6 @@ namespace {
 
 constexpr mode_t fileMode = 0600;
 
-[[noreturn]] void FailErrno() {
-    throw Failure{ErrorFromErrno(errno)};
-}
-
 // Where links lead, whether a file is there or not: a rename would replace a link itself. Of a circle some
 // link is left, which can't be opened.
 std::string BehindLinks(std::filesystem::path path) {

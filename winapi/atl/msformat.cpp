@@ -2,12 +2,52 @@
 
 #include "msformatfields.h"
 
+#include <iterator>
 #include <limits>
+#include <optional>
 
 namespace {
 
 using namespace msformat::fields;
 using msformat::Argument;
+
+// What a conversion takes.
+enum class Takes { Nothing, Signed, Unsigned, Floating, Character, Text, Pointer, Ignored };
+
+template <typename Unit>
+Takes TakenBy(Unit conversion) noexcept {
+    switch (conversion) {
+        case 'd':
+        case 'i':
+            return Takes::Signed;
+        case 'u':
+        case 'o':
+        case 'x':
+        case 'X':
+            return Takes::Unsigned;
+        case 'a':
+        case 'A':
+        case 'e':
+        case 'E':
+        case 'f':
+        case 'F':
+        case 'g':
+        case 'G':
+            return Takes::Floating;
+        case 'c':
+        case 'C':
+            return Takes::Character;
+        case 's':
+        case 'S':
+            return Takes::Text;
+        case 'p':
+            return Takes::Pointer;
+        case 'n':
+            return Takes::Ignored;
+        default:
+            return Takes::Nothing;
+    }
+}
 
 // The arguments of a caller that tells nothing of their types. Passed on by reference: on some systems a
 // va_list is an array, on others it isn't.
@@ -18,62 +58,107 @@ class ListedArguments {
     ListedArguments(const ListedArguments&) = delete;
     ListedArguments& operator=(const ListedArguments&) = delete;
 
-    template <typename Type>
-    Type Next() {
-        return va_arg(list_, Type);
+    int NextInt() noexcept { return Next<int>(); }
+
+    template <typename Unit>
+    std::optional<Argument> NextFor(const Specification<Unit>& specification, Takes takes) noexcept {
+        const Size size = specification.size;
+        const bool isLong = size == Size::bits64 || (size == Size::pointer && sizeof(void*) == 8);
+        switch (takes) {
+            case Takes::Signed:
+                return isLong ? Argument(Next<std::int64_t>()) : Argument(Next<int>());
+            case Takes::Unsigned:
+                return isLong ? Argument(Next<std::uint64_t>()) : Argument(Next<unsigned>());
+            case Takes::Floating:
+                return size == Size::longDouble ? Argument(Next<long double>()) : Argument(Next<double>());
+            case Takes::Character:
+                return Next<int>();
+            case Takes::Text:
+                return TakesWide(specification) ? Argument(Next<const WCHAR*>())
+                                                : Argument(Next<const char*>());
+            default:
+                return Next<const void*>();
+        }
     }
-    int NextInt() { return Next<int>(); }
 
   private:
+    template <typename Type>
+    Type Next() noexcept {
+        return va_arg(list_, Type);
+    }
+
     va_list list_;
 };
+
+bool CanTake(Takes takes, const Argument& argument) noexcept {
+    using Kind = Argument::Kind;
+    const bool isWhole = argument.kind == Kind::Whole, isPointer = argument.kind == Kind::Pointer;
+    const bool isText = argument.kind == Kind::Narrow || argument.kind == Kind::Wide;
+    switch (takes) {
+        case Takes::Signed:
+        case Takes::Unsigned:
+        case Takes::Character:
+            return isWhole;
+        case Takes::Floating:
+            return isWhole || argument.kind == Kind::Floating;
+        case Takes::Text:
+            return isText || (isPointer && argument.pointer == nullptr);
+        case Takes::Pointer:
+            return isText || isPointer;
+        default:
+            return true;
+    }
+}
 
 // Arguments that know their types.
 class TypedArguments {
   public:
     explicit TypedArguments(std::span<const Argument> row) noexcept : row_(row) {}
 
-    // Null when none is left.
-    const Argument* Next() noexcept {
-        if (row_.empty()) return nullptr;
-        const Argument* const next = row_.data();
-        row_ = row_.subspan(1);
-        return next;
-    }
     // A width or a precision.
     int NextInt() noexcept {
-        const Argument* const next = Next();
-        if (next == nullptr || next->kind != Argument::Kind::Whole) return 0;
+        const std::optional<Argument> next = Next();
+        if (!next || next->kind != Argument::Kind::Whole) return 0;
         constexpr std::int64_t most = std::numeric_limits<int>::max();
         return static_cast<int>(std::clamp(next->whole, -most, most));
     }
 
+    // Where the conversion asked for can't take the argument, it becomes the one of the argument's own kind.
+    template <typename Unit>
+    std::optional<Argument> NextFor(Specification<Unit>& specification, Takes& takes) noexcept {
+        const std::optional<Argument> next = Next();
+        if (next && !CanTake(takes, *next)) {
+            constexpr char ofKind[] = {'d', 'g', 's', 's', 'p'};
+            const bool isUnsigned = next->kind == Argument::Kind::Whole && !next->isSigned;
+            const char own = isUnsigned ? 'u' : ofKind[static_cast<int>(next->kind)];
+            specification.conversion = static_cast<Unit>(own);
+            specification.size = Size::none;
+            specification.precision = noPrecision;
+            takes = TakenBy(own);
+        }
+        return next;
+    }
+
   private:
+    std::optional<Argument> Next() noexcept {
+        if (row_.empty()) return std::nullopt;
+        const Argument next = row_.front();
+        row_ = row_.subspan(1);
+        return next;
+    }
+
     std::span<const Argument> row_;
 };
 
 template <typename Unit>
 const Unit* ParseFlags(const Unit* at, Specification<Unit>& specification) noexcept {
+    constexpr char letters[] = {'-', '+', ' ', '#', '0'};
+    bool* const flags[] = {&specification.left, &specification.plus, &specification.blank,
+                           &specification.alternate, &specification.zeros};
     for (;; ++at) {
-        switch (*at) {
-            case '-':
-                specification.left = true;
-                break;
-            case '+':
-                specification.plus = true;
-                break;
-            case ' ':
-                specification.blank = true;
-                break;
-            case '#':
-                specification.alternate = true;
-                break;
-            case '0':
-                specification.zeros = true;
-                break;
-            default:
-                return at;
-        }
+        const auto flag = std::find(std::begin(letters), std::end(letters), *at) - std::begin(letters);
+        if (flag == std::ssize(letters)) return at;
+        *flags[flag] = true;
     }
 }
 
@@ -147,104 +232,17 @@ const Unit* Parse(const Unit* at, Specification<Unit>& specification, Arguments&
     return *at == 0 ? at : at + 1;
 }
 
-std::int64_t NextSigned(Size size, ListedArguments& arguments) {
+// The bits to the left of a whole number's own: those of its type, unless the size cuts it or asks for 64.
+int BitsLeftOf(Size size, const Argument& argument) noexcept {
     switch (size) {
         case Size::hh:
-            return static_cast<signed char>(arguments.Next<int>());
+            return 56;
         case Size::h:
-            return static_cast<short>(arguments.Next<int>());
-        case Size::bits64:  // NOLINT(bugprone-branch-clone): not where pointers are narrow
-            return arguments.Next<std::int64_t>();
-        case Size::pointer:
-            return arguments.Next<std::intptr_t>();
-        default:
-            return arguments.Next<int>();
-    }
-}
-
-std::uint64_t NextUnsigned(Size size, ListedArguments& arguments) {
-    switch (size) {
-        case Size::hh:
-            return static_cast<unsigned char>(arguments.Next<int>());
-        case Size::h:
-            return static_cast<unsigned short>(arguments.Next<int>());
-        case Size::bits64:  // NOLINT(bugprone-branch-clone): as above
-            return arguments.Next<std::uint64_t>();
-        case Size::pointer:
-            return arguments.Next<std::uintptr_t>();
-        default:
-            return arguments.Next<unsigned>();
-    }
-}
-
-template <typename Unit>
-void Write(Output<Unit>& output, const Specification<Unit>& specification,
-           ListedArguments& arguments) noexcept {
-    switch (specification.conversion) {
-        case 'd':
-        case 'i':
-            return WriteSigned(output, specification, NextSigned(specification.size, arguments));
-        case 'u':
-        case 'o':
-        case 'x':
-        case 'X':
-            return WriteInteger(output, specification, NextUnsigned(specification.size, arguments), "");
-        case 'a':
-        case 'A':
-        case 'e':
-        case 'E':
-        case 'f':
-        case 'F':
-        case 'g':
-        case 'G':
-            if (specification.size == Size::longDouble) {
-                return WriteDouble(output, specification, static_cast<double>(arguments.Next<long double>()));
-            }
-            return WriteDouble(output, specification, arguments.Next<double>());
-        case 's':
-        case 'S':
-            return TakesWide(specification) ? WriteText(output, specification, arguments.Next<const WCHAR*>())
-                                            : WriteText(output, specification, arguments.Next<const char*>());
-        case 'c':
-        case 'C':
-            return TakesWide(specification)
-                       ? WriteCharacter(output, specification, static_cast<WCHAR>(arguments.Next<int>()))
-                       : WriteCharacter(output, specification, static_cast<char>(arguments.Next<int>()));
-        case 'p':
-            return WritePointer(output, specification, arguments.Next<const void*>());
-        case 'n':
-            arguments.Next<void*>();
-            return;
-        default:
-            output.Append(&specification.conversion, specification.conversion == 0 ? 0 : 1);
-    }
-}
-
-// A whole number in the width of its type, unless the size cuts it or asks for 64 bits.
-std::int64_t SignedOf(Size size, const Argument& argument) noexcept {
-    switch (size) {
-        case Size::hh:
-            return static_cast<signed char>(argument.whole);
-        case Size::h:
-            return static_cast<short>(argument.whole);
+            return 48;
         case Size::bits64:
-            return argument.whole;
+            return 0;
         default:
-            return argument.isLong ? argument.whole : static_cast<std::int32_t>(argument.whole);
-    }
-}
-
-std::uint64_t UnsignedOf(Size size, const Argument& argument) noexcept {
-    switch (size) {
-        case Size::hh:
-            return static_cast<unsigned char>(argument.whole);
-        case Size::h:
-            return static_cast<unsigned short>(argument.whole);
-        case Size::bits64:
-            return static_cast<std::uint64_t>(argument.whole);
-        default:
-            return argument.isLong ? static_cast<std::uint64_t>(argument.whole)
-                                   : static_cast<std::uint32_t>(argument.whole);
+            return argument.isLong ? 0 : 32;
     }
 }
 
@@ -254,94 +252,42 @@ double FloatingOf(const Argument& argument) noexcept {
                              : static_cast<double>(static_cast<std::uint64_t>(argument.whole));
 }
 
-// The conversion that writes the argument: the one asked for, or, where that can't, the one of its own kind.
 template <typename Unit>
-char ConversionFor(Unit asked, const Argument& argument) noexcept {
-    using Kind = Argument::Kind;
-    constexpr char ofKind[] = {'d', 'g', 's', 's', 'p'};
-    const bool isWhole = argument.kind == Kind::Whole;
-    const bool isText = argument.kind == Kind::Narrow || argument.kind == Kind::Wide;
-    bool fits = false;
-    switch (asked) {
-        case 'd':
-        case 'i':
-        case 'u':
-        case 'o':
-        case 'x':
-        case 'X':
-        case 'c':
-        case 'C':
-            fits = isWhole;
-            break;
-        case 'a':
-        case 'A':
-        case 'e':
-        case 'E':
-        case 'f':
-        case 'F':
-        case 'g':
-        case 'G':
-            fits = isWhole || argument.kind == Kind::Floating;
-            break;
-        case 's':
-        case 'S':
-            fits = isText || (argument.kind == Kind::Pointer && argument.pointer == nullptr);
-            break;
-        case 'p':
-            fits = isText || argument.kind == Kind::Pointer;
-            break;
-        default:
-            break;
-    }
-    if (fits) return static_cast<char>(asked);
-    return isWhole && !argument.isSigned ? 'u' : ofKind[static_cast<int>(argument.kind)];
-}
-
-template <typename Unit>
-void WriteArgument(Output<Unit>& output, const Specification<Unit>& specification,
+void WriteArgument(Output<Unit>& output, const Specification<Unit>& specification, Takes takes,
                    const Argument& argument) noexcept {
-    switch (specification.conversion) {
-        case 'd':
-        case 'i':
-            return WriteSigned(output, specification, SignedOf(specification.size, argument));
-        case 'u':
-        case 'o':
-        case 'x':
-        case 'X':
-            return WriteInteger(output, specification, UnsignedOf(specification.size, argument), "");
-        case 'c':
-        case 'C':
+    switch (takes) {
+        case Takes::Signed:
+        case Takes::Unsigned: {
+            const int left = BitsLeftOf(specification.size, argument);
+            const std::uint64_t bits = static_cast<std::uint64_t>(argument.whole) << left;
+            if (takes == Takes::Unsigned) return WriteInteger(output, specification, bits >> left, "");
+            return WriteSigned(output, specification, static_cast<std::int64_t>(bits) >> left);
+        }
+        case Takes::Floating:
+            return WriteDouble(output, specification, FloatingOf(argument));
+        case Takes::Character:
             return TakesWide(specification)
                        ? WriteCharacter(output, specification, static_cast<WCHAR>(argument.whole))
                        : WriteCharacter(output, specification, static_cast<char>(argument.whole));
-        case 's':
-        case 'S':
+        case Takes::Text:
             return argument.kind == Argument::Kind::Wide
                        ? WriteText(output, specification, static_cast<const WCHAR*>(argument.pointer))
                        : WriteText(output, specification, static_cast<const char*>(argument.pointer));
-        case 'p':
+        case Takes::Pointer:
             return WritePointer(output, specification, argument.pointer);
         default:
-            return WriteDouble(output, specification, FloatingOf(argument));
+            return;
     }
 }
 
-template <typename Unit>
-void Write(Output<Unit>& output, Specification<Unit> specification, TypedArguments& arguments) noexcept {
-    constexpr std::string_view conversions = "diuoxXaAeEfFgGsScCpn";
-    const Unit asked = specification.conversion;
-    if (asked >= 0x80 || conversions.find(static_cast<char>(asked)) == conversions.npos) {
-        return output.Append(&asked, asked == 0 ? 0 : 1);
+template <typename Unit, typename Arguments>
+void Write(Output<Unit>& output, Specification<Unit> specification, Arguments& arguments) noexcept {
+    Takes takes = TakenBy(specification.conversion);
+    if (takes == Takes::Nothing) {
+        return output.Append(&specification.conversion, specification.conversion == 0 ? 0 : 1);
     }
-    const Argument* const argument = arguments.Next();
-    if (argument == nullptr || asked == 'n') return;
-    const char conversion = ConversionFor(asked, *argument);
-    if (static_cast<Unit>(conversion) != asked) {
-        specification.conversion = static_cast<Unit>(conversion);
-        specification.size = Size::none;
-        specification.precision = noPrecision;
-    }
-    WriteArgument(output, specification, *argument);
+    const std::optional<Argument> argument = arguments.NextFor(specification, takes);
+    if (argument) WriteArgument(output, specification, takes, *argument);
 }
 
 template <typename Unit, typename Arguments>

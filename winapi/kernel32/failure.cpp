@@ -45,4 +45,8 @@ DWORD ErrorFromErrno(int error) noexcept {
     }
 }
 
+void FailErrno() {
+    throw Failure{ErrorFromErrno(errno)};
+}
+
 }  // namespace winapi

@@ -14,6 +14,8 @@ struct Failure {
 
 // The Windows error that comes closest to an errno.
 [[nodiscard]] DWORD ErrorFromErrno(int error) noexcept;
+// Throws it of the errno that the system's last call has left.
+[[noreturn]] void FailErrno();
 
 // Runs the body of a call.
 template <class Result, class Body>

@@ -25,10 +25,6 @@ struct FileObject : winapi::KernelObject {
     unsigned rights;
 };
 
-[[noreturn]] void FailErrno() {
-    throw Failure{winapi::ErrorFromErrno(errno)};
-}
-
 unsigned RightsOf(DWORD access) noexcept {
     if ((access & GENERIC_ALL) != 0) return winapi::allFileRights;
     return ((access & GENERIC_READ) != 0 ? winapi::mayRead : 0U) |
@@ -70,7 +66,7 @@ BOOL Transfer(HANDLE file, winapi::FileRight right, Unit* data, DWORD size, LPDW
         while (*count < size) {
             const ssize_t moved =
                 winapi::Retry([&] { return call(object->file.Get(), data + *count, size - *count); });
-            if (moved < 0) FailErrno();
+            if (moved < 0) winapi::FailErrno();
             if (moved == 0) break;
             *count += static_cast<DWORD>(moved);
         }
@@ -86,7 +82,7 @@ void TellTime(LPFILETIME target, const timespec& moment) noexcept {
 
 struct stat FactsOf(HANDLE file) {
     struct stat facts {};
-    if (fstat(ObjectOf<FileObject>(file)->file.Get(), &facts) != 0) FailErrno();
+    if (fstat(ObjectOf<FileObject>(file)->file.Get(), &facts) != 0) winapi::FailErrno();
     return facts;
 }
 
@@ -131,7 +127,7 @@ BOOL WINAPI FlushFileBuffers(HANDLE file) noexcept {
     return AtBorder(FALSE, [&] {
         const auto object = ObjectOf<FileObject>(file);
         if ((object->rights & winapi::mayWrite) == 0) throw Failure{ERROR_ACCESS_DENIED};
-        if (fsync(object->file.Get()) != 0) FailErrno();
+        if (fsync(object->file.Get()) != 0) winapi::FailErrno();
         return TRUE;
     });
 }
@@ -169,7 +165,7 @@ BOOL WINAPI SetFileAttributesW(LPCWSTR path, DWORD attributes) noexcept {
         if (stat(file.c_str(), &facts) != 0) throw Failure{winapi::ErrorForFile(errno, file)};
         const bool readOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
         const mode_t mode = readOnly ? facts.st_mode & ~all : facts.st_mode | S_IWUSR;
-        if (chmod(file.c_str(), mode & 07777) != 0) FailErrno();
+        if (chmod(file.c_str(), mode & 07777) != 0) winapi::FailErrno();
         return TRUE;
     });
 }

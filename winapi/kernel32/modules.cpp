@@ -41,7 +41,7 @@ std::map<HMODULE, DWORD>& LoadCounts() {
 std::string ExecutablePath() {
     std::string path(4096, '\0');
     const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
-    if (length < 0) throw Failure{winapi::ErrorFromErrno(errno)};
+    if (length < 0) winapi::FailErrno();
     path.resize(static_cast<std::size_t>(length));
     return path;
 }

@@ -17,10 +17,6 @@
 namespace winapi {
 namespace {
 
-[[noreturn]] void FailErrno() {
-    throw Failure{ErrorFromErrno(errno)};
-}
-
 // ---- Folders -------------------------------------------------------------------------------------------
 
 const char* Variable(const char* name) noexcept {

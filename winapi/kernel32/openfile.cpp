@@ -22,7 +22,7 @@ int OpenOnce(const std::string& path, unsigned rights, int flags) noexcept {
 void WaitAgain(int descriptor) {
     const int flags = fcntl(descriptor, F_GETFL);
     if (flags < 0 || fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) != 0) {
-        throw Failure{ErrorFromErrno(errno)};
+        FailErrno();
     }
 }
 
@@ -46,7 +46,7 @@ OpenedFile OpenFile(const std::string& path, const FileOpening& opening) {
     OpenedFile file = OpenOrMake(path, opening);
     const int descriptor = file.descriptor.Get();
     struct stat facts {};
-    if (fstat(descriptor, &facts) != 0) throw Failure{ErrorFromErrno(errno)};
+    if (fstat(descriptor, &facts) != 0) FailErrno();
     if (S_ISDIR(facts.st_mode)) throw Failure{ERROR_ACCESS_DENIED};
     if (!S_ISREG(facts.st_mode)) {
         // A named pipe goes on without waiting, as the opening did: nobody may ever come to its other end.
@@ -60,7 +60,7 @@ OpenedFile OpenFile(const std::string& path, const FileOpening& opening) {
     if (!ShareFile(descriptor, opening.rights, opening.shared)) throw Failure{ERROR_SHARING_VIOLATION};
     const bool empties = opening.disposition == CREATE_ALWAYS || opening.disposition == TRUNCATE_EXISTING;
     if (empties && file.existed && Retry([&] { return ftruncate(descriptor, 0); }) != 0) {
-        throw Failure{ErrorFromErrno(errno)};
+        FailErrno();
     }
     return file;
 }
