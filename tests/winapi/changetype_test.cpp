@@ -62,9 +62,6 @@ std::string Shown(const VARIANT& v) {
             return std::to_string(v.boolVal);
         case VT_BSTR:
             return std::string(v.bstrVal, v.bstrVal + SysStringLen(v.bstrVal));
-        case VT_DECIMAL:
-            return (v.decVal.sign ? "-" : "") + (v.decVal.Hi32 ? std::to_string(v.decVal.Hi32) + ":" : "") +
-                   std::to_string(v.decVal.Lo64) + "e-" + std::to_string(v.decVal.scale);
         default:
             return "type " + std::to_string(v.vt);
     }
@@ -84,8 +81,7 @@ std::string Converted(const VARIANT& source, int type, USHORT flags = 0) {
 
 const std::string badType = "hresult " + std::to_string(DISP_E_BADVARTYPE);
 
-constexpr VARTYPE columns[] = {VT_UI1, VT_I2,   VT_I4,   VT_I8,   VT_R8,
-                               VT_CY,  VT_DATE, VT_BOOL, VT_BSTR, VT_DECIMAL};
+constexpr VARTYPE columns[] = {VT_UI1, VT_I2, VT_I4, VT_I8, VT_R8, VT_CY, VT_DATE, VT_BOOL, VT_BSTR};
 
 TEST(VariantChangeType, PairsOfScalarTypes) {
     const struct {
@@ -93,41 +89,35 @@ TEST(VariantChangeType, PairsOfScalarTypes) {
         // One value a column, parted by bars; "?" for what is nobody's promise.
         std::string_view expected;
     } rows[] = {
-        {Variant(VT_EMPTY), "0|0|0|0|0|0|0|0||0e-0"},
-        {{VT_ERROR, &VARIANT::scode, DISP_E_PARAMNOTFOUND}, "-|-|-|-|-|-|-|-|-|-"},
+        {Variant(VT_EMPTY), "0|0|0|0|0|0|0|0|"},
+        {{VT_ERROR, &VARIANT::scode, DISP_E_PARAMNOTFOUND}, "-|-|-|-|-|-|-|-|-"},
         // Whole numbers: by value, but for those of the same width, which keep their bits.
-        {{VT_I1, &VARIANT::bVal, 0xFB}, "251|-5|-5|-5|-5|-50000|-5|-1|-5|-5e-0"},
-        {I4(INT_MAX),
-         "over|over|2147483647|2147483647|2147483647|21474836470000|over|-1|2147483647|2147483647e-0"},
+        {{VT_I1, &VARIANT::bVal, 0xFB}, "251|-5|-5|-5|-5|-50000|-5|-1|-5"},
+        {I4(INT_MAX), "over|over|2147483647|2147483647|2147483647|21474836470000|over|-1|2147483647"},
         {{VT_UI4, &VARIANT::ulVal, UINT_MAX},
-         "over|over|-1|4294967295|4294967295|42949672950000|over|-1|4294967295|4294967295e-0"},
+         "over|over|-1|4294967295|4294967295|42949672950000|over|-1|4294967295"},
         {{VT_I8, &VARIANT::llVal, LLONG_MIN},
-         "over|over|over|-9223372036854775808|-9.22337203685478e+18|over|over|-1|-9223372036854775808|-"
-         "9223372036854775808e-0"},
-        {Boolean(true), "255|-1|-1|-1|-1|-10000|-1|-1|-1|?"},
+         "over|over|over|-9223372036854775808|-9.22337203685478e+18|over|over|-1|-9223372036854775808"},
+        {Boolean(true), "255|-1|-1|-1|-1|-10000|-1|-1|-1"},
         // Floating numbers: halves go to the even neighbour, and the limits are those of the rounded number.
-        {{VT_R4, &VARIANT::fltVal, 0.1F}, "0|0|0|0|0.100000001490116|1000|0.100000001490116|-1|0.1|1e-1"},
-        {R8(-2.5), "over|-2|-2|-2|-2.5|-25000|-2.5|-1|-2.5|-25e-1"},
-        {R8(1e300), "over|over|over|over|1e+300|over|over|-1|1E+300|over"},
-        {R8(INFINITY), "over|over|over|over|inf|over|over|-1|?|over"},
-        {Currency(-25000), "over|-2|-2|?|-2.5|-25000|-2.5|-1|-2.5|-25000e-4"},
+        {{VT_R4, &VARIANT::fltVal, 0.1F}, "0|0|0|0|0.100000001490116|1000|0.100000001490116|-1|0.1"},
+        {R8(-2.5), "over|-2|-2|-2|-2.5|-25000|-2.5|-1|-2.5"},
+        {R8(1e300), "over|over|over|over|1e+300|over|over|-1|1E+300"},
+        {R8(INFINITY), "over|over|over|over|inf|over|over|-1|?"},
+        {Currency(-25000), "over|-2|-2|?|-2.5|-25000|-2.5|-1|-2.5"},
         {Currency(LLONG_MAX),
-         "over|over|over|922337203685478|922337203685478|9223372036854775807|?|-1|922337203685477.5807|"
-         "9223372036854775807e-4"},
+         "over|over|over|922337203685478|922337203685478|9223372036854775807|?|-1|922337203685477.5807"},
         {{VT_DATE, &VARIANT::date, 45000.75},
-         "over|over|45001|45001|45000.75|450007500|45000.75|-1|3/15/2023 6:00:00 PM|4500075e-2"},
-        {Decimal(false, UINT_MAX, ULLONG_MAX, 0),
-         "over|over|over|over|7.92281625142643e+28|over|?|-1|79228162514264337593543950335|4294967295:"
-         "18446744073709551615e-0"},
+         "over|over|45001|45001|45000.75|450007500|45000.75|-1|3/15/2023 6:00:00 PM"},
+        {Decimal(false, UINT_MAX, ULLONG_MAX, 0), "over|over|over|over|7.92281625142643e+28|over|?|-1|?"},
         // Texts.
-        {Text(nullptr), "-|-|-|-|-|-|-|-||-"},
-        {Text(TEXT(" 12\t")), "12|12|12|12|12|120000|-|-1| 12\t|12e-0"},
-        {Text(TEXT("-12.5")), "over|-12|-12|-12|-12.5|-125000|-|-1|-12.5|-125e-1"},
+        {Text(nullptr), "-|-|-|-|-|-|-|-|"},
+        {Text(TEXT(" 12\t")), "12|12|12|12|12|120000|-|-1| 12\t"},
+        {Text(TEXT("-12.5")), "over|-12|-12|-12|-12.5|-125000|-|-1|-12.5"},
         {Text(TEXT("9007199254740993")),
-         "over|over|over|9007199254740993|9.00719925474099e+15|over|-|-1|9007199254740993|9007199254740993e-"
-         "0"},
-        {Text(TEXT("1e400")), "over|over|over|over|over|over|-|over|1e400|over"},
-        {Text(TEXT("fALSE")), "-|-|-|-|-|-|-|0|fALSE|-"},
+         "over|over|over|9007199254740993|9.00719925474099e+15|over|-|-1|9007199254740993"},
+        {Text(TEXT("1e400")), "over|over|over|over|over|over|-|over|1e400"},
+        {Text(TEXT("fALSE")), "-|-|-|-|-|-|-|0|fALSE"},
     };
     for (const auto& row : rows) {
         std::string_view rest = row.expected;

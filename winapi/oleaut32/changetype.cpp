@@ -1,7 +1,6 @@
 #include "winapi/changetype.h"
 
 #include "datetext.h"
-#include "decimal.h"
 #include "numbertext.h"
 #include "winapi/errorcodes.h"
 
@@ -11,17 +10,13 @@
 #include <new>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
-#include <variant>
 
 namespace {
 
 using winapi::Ascii;
-using winapi::Decimal;
-using winapi::FloatingFromText;
 using winapi::FloatingText;
-using winapi::NumberText;
+using winapi::NumberFromText;
 using winapi::Refusal;
 using winapi::Refuse;
 
@@ -29,101 +24,73 @@ void Check(HRESULT hresult) {
     if (FAILED(hresult)) Refuse(hresult);
 }
 
-// A number in the form that loses nothing of it.
-using Number = std::variant<Decimal, double>;
+// Every number: its mantissa holds all whole ones of 64 bits, and currency to far behind its last decimal.
+using Number = long double;
+constexpr int currencyUnits = 10000;  // in one whole
+static_assert(std::numeric_limits<Number>::digits >= 64);
 
-double Floating(const Number& number) noexcept {
-    if (const double* const floating = std::get_if<double>(&number)) return *floating;
-    return std::get<Decimal>(number).ToDouble();
+Number NumberOf(const DECIMAL& value) noexcept {
+    const Number magnitude =
+        std::ldexp(static_cast<Number>(value.Hi32), 64) + static_cast<Number>(value.Lo64);
+    return (value.sign == 0 ? magnitude : -magnitude) / std::pow(Number{10}, int{value.scale});
 }
 
-Number Whole(std::integral auto value) noexcept {
-    const bool negative = std::cmp_less(value, 0);
-    const auto bits = static_cast<std::uint64_t>(value);  // NOLINT(bugprone-signed-char-misuse): sign and all
-    return Decimal(negative, negative ? 0 - bits : bits);
-}
-
-bool IsFloating(VARTYPE type) noexcept {
-    return type == VT_R4 || type == VT_R8 || type == VT_DATE;
-}
-
-Number NumberFromText(BSTR bstr, VARTYPE type) {
-    const std::string text = NumberText(bstr);
-    if (!IsFloating(type)) {
-        if (const std::optional<Decimal> exact = Decimal::FromText(text)) return *exact;
-    }
-    return FloatingFromText(text);
-}
-
-// The source as a number; `type` is what it is wanted for.
-Number NumberOf(const VARIANT& source, VARTYPE type) {
+Number NumberOf(const VARIANT& source) {
     switch (source.vt) {
         case VT_EMPTY:
-            return Decimal();
+            return 0;
         case VT_I1:
-            return Whole(static_cast<signed char>(source.cVal));
+            return static_cast<signed char>(source.cVal);
         case VT_UI1:
-            return Whole(source.bVal);
+            return source.bVal;
         case VT_I2:
-            return Whole(source.iVal);
+            return source.iVal;
         case VT_UI2:
-            return Whole(source.uiVal);
+            return source.uiVal;
         case VT_BOOL:
-            return Whole(source.boolVal);
+            return source.boolVal;
         case VT_I4:
-            return Whole(source.lVal);
+            return source.lVal;
         case VT_UI4:
-            return Whole(source.ulVal);
+            return source.ulVal;
         case VT_INT:
-            return Whole(source.intVal);
+            return source.intVal;
         case VT_UINT:
-            return Whole(source.uintVal);
+            return source.uintVal;
         case VT_I8:
-            return Whole(source.llVal);
+            return source.llVal;
         case VT_UI8:
-            return Whole(source.ullVal);
+            return source.ullVal;
         case VT_R4:
-            return double{source.fltVal};
+            return source.fltVal;
         case VT_R8:
             return source.dblVal;
         case VT_DATE:
             return source.date;
-        case VT_CY: {
-            const bool negative = source.cyVal.int64 < 0;
-            const auto bits = static_cast<std::uint64_t>(source.cyVal.int64);
-            return Decimal(negative, negative ? 0 - bits : bits, 4);
-        }
+        case VT_CY:
+            return static_cast<Number>(source.cyVal.int64) / currencyUnits;
         case VT_DECIMAL:
-            return Decimal(source.decVal);
+            return NumberOf(source.decVal);
         case VT_BSTR:
-            return NumberFromText(source.bstrVal, type);
+            return NumberFromText<Number>(source.bstrVal);
         default:
             Refuse(DISP_E_TYPEMISMATCH);
     }
 }
 
-// `number` times ten to the `decimals`, rounded half to even, in a whole number's type.
+// Rounded half to even, in a whole number's type.
 template <std::integral Integer>
-Integer Rounded(const Number& number, int decimals = 0) {
+Integer Rounded(Number number) {
     using Limits = std::numeric_limits<Integer>;
-    if (const double* const floating = std::get_if<double>(&number)) {
-        const double rounded = std::nearbyint(*floating * std::pow(10, decimals));
-        const double limit = std::ldexp(1.0, Limits::digits);  // the first number beyond
-        if (!(rounded < limit && rounded >= (Limits::is_signed ? -limit : 0.0))) Refuse(DISP_E_OVERFLOW);
-        return static_cast<Integer>(rounded);
-    }
-    const Decimal& exact = std::get<Decimal>(number);
-    const std::optional<std::uint64_t> magnitude = exact.Scaled(decimals);
-    if (!magnitude) Refuse(DISP_E_OVERFLOW);
-    const bool negative = exact.IsNegative() && *magnitude != 0;
-    const auto most = static_cast<std::uint64_t>(Limits::max()) + (negative && Limits::is_signed ? 1 : 0);
-    if (*magnitude > most || (negative && !Limits::is_signed)) Refuse(DISP_E_OVERFLOW);
-    return static_cast<Integer>(negative ? 0 - *magnitude : *magnitude);
+    const Number rounded = std::nearbyint(number);
+    const Number limit = std::ldexp(Number{1}, Limits::digits);  // the first number beyond
+    if (!(rounded < limit && rounded >= (Limits::is_signed ? -limit : 0))) Refuse(DISP_E_OVERFLOW);
+    return static_cast<Integer>(rounded);
 }
 
 // Whole numbers of the same width take over each other's bits; all others are converted by value.
 template <std::integral Integer>
-Integer Integral(const VARIANT& source, VARTYPE type) {
+Integer Integral(const VARIANT& source) {
     const auto width = [](VARTYPE vt) -> std::size_t {
         switch (vt) {
             case VT_I1:
@@ -146,11 +113,17 @@ Integer Integral(const VARIANT& source, VARTYPE type) {
     };
     if (source.vt == VT_BOOL) return static_cast<Integer>(source.boolVal);
     if (width(source.vt) == sizeof(Integer)) return static_cast<Integer>(source.llVal);
-    return Rounded<Integer>(NumberOf(source, type));
+    return Rounded<Integer>(NumberOf(source));
 }
 
-FLOAT Single(const Number& number) {
-    const double value = Floating(number);
+double DoubleOf(const VARIANT& source) {
+    // Rounded once.
+    if (source.vt == VT_BSTR) return NumberFromText<double>(source.bstrVal);
+    return static_cast<double>(NumberOf(source));
+}
+
+FLOAT Single(const VARIANT& source) {
+    const double value = DoubleOf(source);
     if (std::fabs(value) > std::numeric_limits<FLOAT>::max()) Refuse(DISP_E_OVERFLOW);
     return static_cast<FLOAT>(value);
 }
@@ -160,7 +133,7 @@ DATE Date(const VARIANT& source) {
         const std::optional<double> days = winapi::DateFromText(Ascii(source.bstrVal));
         return days ? *days : (Refuse(DISP_E_TYPEMISMATCH), 0);
     }
-    const double days = Floating(NumberOf(source, VT_DATE));
+    const double days = DoubleOf(source);
     if (!winapi::IsDate(days)) Refuse(DISP_E_OVERFLOW);
     return days;
 }
@@ -173,20 +146,18 @@ VARIANT_BOOL Boolean(const VARIANT& source) {
         if (text == "true" || text == "#true#") return VARIANT_TRUE;
         if (text == "false" || text == "#false#") return VARIANT_FALSE;
     }
-    const Number number = NumberOf(source, VT_R8);
-    const Decimal* const exact = std::get_if<Decimal>(&number);
-    const bool isZero = exact ? exact->IsZero() : std::get<double>(number) == 0;
-    return isZero ? VARIANT_FALSE : VARIANT_TRUE;
+    return DoubleOf(source) == 0 ? VARIANT_FALSE : VARIANT_TRUE;
 }
 
-DECIMAL ExactDecimal(const VARIANT& source) {
-    const Number number = NumberOf(source, VT_DECIMAL);
-    if (const Decimal* const exact = std::get_if<Decimal>(&number)) return exact->ToDecimal();
-    const double value = std::get<double>(number);
-    if (!std::isfinite(value)) Refuse(DISP_E_OVERFLOW);
-    const std::optional<Decimal> rounded =
-        Decimal::FromText(FloatingText(value, source.vt == VT_R4 ? 7 : 15));
-    return rounded ? rounded->ToDecimal() : (Refuse(DISP_E_OVERFLOW), DECIMAL{});
+// Without zeros at the end of the decimals.
+std::string CurrencyText(LONGLONG value) {
+    const auto magnitude = value < 0 ? 0 - static_cast<ULONGLONG>(value) : static_cast<ULONGLONG>(value);
+    std::string text = std::to_string(magnitude / currencyUnits);
+    if (const auto decimals = magnitude % currencyUnits; decimals != 0) {
+        text += '.' + std::to_string(currencyUnits + decimals).substr(1);
+        text.erase(text.find_last_not_of('0') + 1);
+    }
+    return value < 0 ? '-' + text : text;
 }
 
 std::string TextOf(const VARIANT& source, USHORT flags) {
@@ -204,8 +175,14 @@ std::string TextOf(const VARIANT& source, USHORT flags) {
             std::optional<std::string> text = winapi::TextFromDate(source.date);
             return text ? *std::move(text) : (Refuse(DISP_E_OVERFLOW), std::string());
         }
+        case VT_CY:
+            return CurrencyText(source.cyVal.int64);
+        case VT_UI8:
+            return std::to_string(source.ullVal);
+        case VT_DECIMAL:
+            return FloatingText(DoubleOf(source), 15);
         default:
-            return std::get<Decimal>(NumberOf(source, VT_BSTR)).ToText();
+            return std::to_string(Rounded<LONGLONG>(NumberOf(source)));
     }
 }
 
@@ -334,52 +311,49 @@ VARIANT Converted(const VARIANT& source, USHORT flags, VARTYPE type) {
         case VT_NULL:
             break;
         case VT_I1:
-            fresh.cVal = static_cast<CHAR>(Integral<signed char>(source, type));
+            fresh.cVal = static_cast<CHAR>(Integral<signed char>(source));
             break;
         case VT_UI1:
-            fresh.bVal = Integral<BYTE>(source, type);
+            fresh.bVal = Integral<BYTE>(source);
             break;
         case VT_I2:
-            fresh.iVal = Integral<SHORT>(source, type);
+            fresh.iVal = Integral<SHORT>(source);
             break;
         case VT_UI2:
-            fresh.uiVal = Integral<USHORT>(source, type);
+            fresh.uiVal = Integral<USHORT>(source);
             break;
         case VT_I4:
-            fresh.lVal = Integral<LONG>(source, type);
+            fresh.lVal = Integral<LONG>(source);
             break;
         case VT_UI4:
-            fresh.ulVal = Integral<ULONG>(source, type);
+            fresh.ulVal = Integral<ULONG>(source);
             break;
         case VT_INT:
-            fresh.intVal = Integral<INT>(source, type);
+            fresh.intVal = Integral<INT>(source);
             break;
         case VT_UINT:
-            fresh.uintVal = Integral<UINT>(source, type);
+            fresh.uintVal = Integral<UINT>(source);
             break;
         case VT_I8:
-            fresh.llVal = Integral<LONGLONG>(source, type);
+            fresh.llVal = Integral<LONGLONG>(source);
             break;
         case VT_UI8:
-            fresh.ullVal = Integral<ULONGLONG>(source, type);
+            fresh.ullVal = Integral<ULONGLONG>(source);
             break;
         case VT_R4:
-            fresh.fltVal = Single(NumberOf(source, type));
+            fresh.fltVal = Single(source);
             break;
         case VT_R8:
-            fresh.dblVal = Floating(NumberOf(source, type));
+            fresh.dblVal = DoubleOf(source);
             break;
         case VT_CY:
-            fresh.cyVal.int64 = Rounded<LONGLONG>(NumberOf(source, type), 4);
+            fresh.cyVal.int64 = Rounded<LONGLONG>(NumberOf(source) * currencyUnits);
             break;
         case VT_DATE:
             fresh.date = Date(source);
             break;
         case VT_BOOL:
             fresh.boolVal = Boolean(source);
-            break;
-        case VT_DECIMAL:
-            fresh.decVal = ExactDecimal(source);
             break;
         case VT_BSTR:
             fresh.bstrVal = NewBstr(TextOf(source, flags));

@@ -22,7 +22,8 @@ std::string Ascii(BSTR bstr) {
     return text;
 }
 
-std::string NumberText(BSTR bstr) {
+template <std::floating_point Number>
+Number NumberFromText(BSTR bstr) {
     static constexpr std::string_view digits = "0123456789";
     std::string text = Ascii(bstr);
     if (text.starts_with('+')) text.erase(0, 1);
@@ -47,11 +48,8 @@ std::string NumberText(BSTR bstr) {
         whole = whole && skipDigits() > 0;
     }
     if (!whole || !rest.empty()) Refuse(DISP_E_TYPEMISMATCH);
-    return text;
-}
 
-double FloatingFromText(const std::string& text) {
-    double value = 0;
+    Number value = 0;
     if (std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc()) {
         // Too far from 0, unless a negative exponent makes it too near to it.
         if (text.find('-', 1) == std::string::npos) Refuse(DISP_E_OVERFLOW);
@@ -59,6 +57,9 @@ double FloatingFromText(const std::string& text) {
     }
     return value;
 }
+
+template double NumberFromText<double>(BSTR);
+template long double NumberFromText<long double>(BSTR);
 
 std::string FloatingText(double value, int digits) {
     if (std::isnan(value)) return "1.#QNAN";

@@ -3,6 +3,7 @@
 
 #include "winapi/bstr.h"
 
+#include <concepts>
 #include <string>
 
 namespace winapi {
@@ -18,12 +19,10 @@ struct Refusal {
 // Text in ASCII without the blanks around it; a unit that no number, date or Boolean has becomes '?'.
 [[nodiscard]] std::string Ascii(BSTR bstr);
 
-// "[sign][blanks]digits[.digits][E[sign]digits]", as plain text that std::from_chars takes. Refuses other text
-// with DISP_E_TYPEMISMATCH.
-[[nodiscard]] std::string NumberText(BSTR bstr);
-
-// Of such text. DISP_E_OVERFLOW for what is too far from 0.
-[[nodiscard]] double FloatingFromText(const std::string& text);
+// Of "[sign][blanks]digits[.digits][E[sign]digits]". Refuses other text with DISP_E_TYPEMISMATCH, and what is
+// too far from 0 with DISP_E_OVERFLOW.
+template <std::floating_point Number>
+[[nodiscard]] Number NumberFromText(BSTR bstr);  // a double or a long double
 
 // As printf's %.*G writes it in the C locale, with the names of Microsoft's runtime for what is no number.
 [[nodiscard]] std::string FloatingText(double value, int digits);
