@@ -22,7 +22,6 @@ using benchmark::DoNotOptimize;
 const char narrowText[] = "Quarterly result of the northern plants";
 const char accentedText[] = "R\xE9sultat trimestriel des usines du nord!";
 const WCHAR wideText[] = TEXT("Quarterly result of the northern plants");
-constexpr std::size_t length = std::size(wideText) - 1;
 
 struct Free {
     void operator()(void* block) const { std::free(block); }
@@ -249,7 +248,7 @@ void AddAutomation() {
         "AssignBstrW", {0, 1}, [] { AssignBstrW(strings.slot, false, wideText); }, "SysAllocString",
         [] {
             SysFreeString(strings.slot);
-            strings.slot = SysAllocStringLen(wideText, static_cast<UINT>(length));
+            strings.slot = SysAllocString(wideText);
         });
     Compare(
         "element of an array of strings", {1},
@@ -296,9 +295,7 @@ void AddAutomation() {
             SAFEARRAY* const array = ArrayByHand(10, sizeof(BSTR), FADF_BSTR);
             SafeArrayLock(array);
             auto* slot = static_cast<BSTR*>(array->pvData);
-            for (const CStringW& text : strings.texts) {
-                *slot++ = SysAllocStringLen(text.GetString(), static_cast<UINT>(text.GetLength()));
-            }
+            for (const CStringW& text : strings.texts) *slot++ = SysAllocString(text.GetString());
             SafeArrayUnlock(array);
             DestroyByHand(array);
         });

@@ -34,8 +34,8 @@ CStringW WideFromUtf8(const char* text, std::size_t size) {
 
 }  // namespace
 
-// A zero unit is the only thing that becomes a zero byte, so the text may be cut after it is converted: bytes
-// are searched faster.
+// A zero unit is the only thing that becomes a zero byte, so the text may be cut after it is converted. Zeros are
+// rare: to count all bytes, which goes in wide registers, is quicker than to look for the first zero.
 std::string Utf8FromWString(StdWStringView text) {
     std::string utf8;
     if (text.empty()) return utf8;
@@ -43,7 +43,7 @@ std::string Utf8FromWString(StdWStringView text) {
     const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
     utf8.resize(static_cast<std::size_t>(size));
     WideCharToMultiByte(CP_UTF8, 0, text.data(), length, utf8.data(), size, nullptr, nullptr);
-    utf8.resize(std::min(utf8.size(), utf8.find('\0')));
+    if (std::ranges::count(utf8, '\0') != 0) utf8.resize(utf8.find('\0'));
     return utf8;
 }
 

@@ -20,6 +20,7 @@ struct Options {
     std::string filter;
     int repetitions = 1;
     double leastSeconds = 0.1;
+    bool listsOnly = false;
 } options;
 
 // ASCII text without control characters.
@@ -101,6 +102,7 @@ void Initialize(int* argc, char** argv) {
         const auto value = argument.substr(std::min(argument.find('='), argument.size() - 1) + 1);
         if (argument.starts_with("--benchmark_out=")) options.out = value;
         if (argument.starts_with("--benchmark_filter=")) options.filter = value;
+        if (argument.starts_with("--benchmark_list_tests")) options.listsOnly = true;
         if (argument.starts_with("--benchmark_repetitions=")) options.repetitions = std::atoi(value.c_str());
         if (argument.starts_with("--benchmark_min_time=")) options.leastSeconds = std::atof(value.c_str());
     }
@@ -115,12 +117,17 @@ std::size_t RunSpecifiedBenchmarks() {
             for (const std::int64_t argument : plain ? std::vector<std::int64_t>{0} : each->arguments) {
                 const std::string name = plain ? each->name : each->name + '/' + std::to_string(argument);
                 if (name.find(options.filter) == std::string::npos) continue;
+                if (options.listsOnly) {
+                    std::puts(name.c_str());
+                    continue;
+                }
                 State state(options.leastSeconds, argument);
                 each->run(state);
                 entries += (runs++ == 0 ? "" : ",\n") + Entry(name, repetition, state);
             }
         }
     }
+    if (options.listsOnly) return 0;
     const std::string text =
         "{\n  \"context\": {\"library\": \"bench/support/windows\"},\n  \"benchmarks\": [\n" + entries +
         "\n  ]\n}\n";

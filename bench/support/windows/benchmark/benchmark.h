@@ -109,8 +109,8 @@ struct Benchmark {
 
 Benchmark* RegisterBenchmark(const std::string& name, std::function<void(State&)> run);
 
-// Options: --benchmark_out, --benchmark_repetitions, --benchmark_min_time and --benchmark_filter (a part of the
-// name). Repetitions of different benchmarks always take turns.
+// Options: --benchmark_out, --benchmark_repetitions, --benchmark_min_time, --benchmark_filter (a part of the name)
+// and --benchmark_list_tests. Repetitions of different benchmarks always take turns.
 void Initialize(int* argc, char** argv);
 std::size_t RunSpecifiedBenchmarks();
 inline bool ReportUnrecognizedArguments(int, char**) {

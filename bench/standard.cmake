@@ -1,0 +1,1 @@
+kestrolumen_bench(standard USES automation platform)
