@@ -66,8 +66,14 @@ RecordBlock::~RecordBlock() {
     FreeRecords(records_, count_);
 }
 
+// Most cells are numbers: they don't go by way of a call.
 void RecordBlock::AppendCopy(const XLOPER12& source) {
-    CopyValue(records_[count_], source);
+    XLOPER12& record = records_[count_];
+    if (OwnsBuffers(source)) {
+        CopyValue(record, source);
+    } else {
+        std::memcpy(&record, &source, sizeof record);
+    }
     ++count_;
 }
 
