@@ -62,4 +62,20 @@ TEST(Vex, EachClassIsCaughtByItsCategoryWithItsRaiserCodeAndTexts) {
     EXPECT_FALSE((std::is_constructible_v<VexExcelError, const char*, int, CStringW>)) << "a mere category";
 }
 
+// Programs word a record by its number: none may ever move.
+TEST(Vex, TheNumbersOfTheErrorsStayAsTheyWerePublished) {
+    using namespace VexCode;
+    const int published[] = {2602, 2603, 2604, 2605, 2606, 2607, 2608, 2609, 2610, 2611,
+                             2616, 2619, 2631, 2632, 2633, 2634, 2635, 2636, 2637, 2639,
+                             2696, 2697, 2698, 2714, 2843, 2845, 2851, 2859, 2871};
+    EXPECT_THAT(published,
+                testing::ElementsAre(
+                    RegKeyOpen, RegKeyCreate, RegValueRead, RegValueWrite, RegValueDelete, RegKeyEnum,
+                    RegValueNotDword, RegValueNotString, RegValueNotMultiString, NoLongPathName, FileOpen,
+                    MutexCreate, FixedArrayDimensions, FixedArraySize, FixedArrayElementSize, ArrayAllocation,
+                    BstrAllocation, ArrayElementFetch, ArrayElementNotString, CellLockedOnWrite,
+                    FormulaWriteOutOfMemory, FormulaWrite, FormulaRead, CellPartOfArray, CellHiddenOnRead,
+                    Sentence, ProtectedOnRead, RegValueNotBinary, RegValueNotQword));
+}
+
 }  // namespace
