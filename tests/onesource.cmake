@@ -1,0 +1,25 @@
+# Product code is one source for all homes. What a system does otherwise is told by winapi/ and the build files, and what
+# a compiler names otherwise by text/detail/compiler.h: every other conditional asks for one of the names from there.
+cmake_minimum_required(VERSION 3.25)
+
+set(sources)
+foreach(folder IN ITEMS text errors automation platform objectmodel excelvalues addin)
+  file(GLOB_RECURSE found RELATIVE "${SOURCE}" "${SOURCE}/${folder}/*.h" "${SOURCE}/${folder}/*.cpp")
+  list(LENGTH found count)
+  if(count EQUAL 0)
+    message(SEND_ERROR "${folder}/ holds no source")
+  endif()
+  list(APPEND sources ${found})
+endforeach()
+
+foreach(source IN LISTS sources)
+  file(STRINGS "${SOURCE}/${source}" conditionals REGEX "^[ \t]*#[ \t]*(el)?if")
+  if(source STREQUAL "text/detail/compiler.h")
+    list(FILTER conditionals INCLUDE REGEX "_WIN|__MINGW|__CYGWIN|linux|unix|__APPLE")
+  else()
+    list(FILTER conditionals EXCLUDE REGEX "^[ \t]*#[ \t]*(el)?if !?KESTROLUMEN_[A-Z0-9_]+( (&&|\\|\\|) !?KESTROLUMEN_[A-Z0-9_]+)*$")
+  endif()
+  if(conditionals)
+    message(SEND_ERROR "${source} tests a compiler or a system: ${conditionals}")
+  endif()
+endforeach()
