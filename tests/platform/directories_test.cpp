@@ -67,8 +67,9 @@ TEST_F(Directories, AreToldFromFilesAndProbed) {
     EXPECT_TRUE(DirectoryExists(TEXT("Z:\\"), false, nullptr));
     EXPECT_TRUE(DirectoryExists(TEXT("Z:\\proc"), false, nullptr));
     EXPECT_FALSE(DirectoryExists(TEXT("Z:\\proc"), true, &skew)) << "where nobody makes a file";
-    for (const CStringW& path : {CStringW(TEXT("Q:\\")), CStringW(Full(TEXT("file")).c_str()),
-                                 CStringW(Full(TEXT("none")).c_str())}) {
+    for (const CStringW& path :
+         {CStringW(TEXT("Q:\\")), CStringW(TEXT("Z:\\dev\\null")), CStringW(Full(TEXT("file")).c_str()),
+          CStringW(Full(TEXT("none")).c_str())}) {
         EXPECT_FALSE(DirectoryExists(path, true, &skew));
     }
     EXPECT_EQ(skew, 7);
@@ -105,6 +106,8 @@ TEST_F(Directories, KnowTheirFiles) {
     EXPECT_TRUE(FileExists(path.c_str()));
     EXPECT_FALSE(FileExists(Full(TEXT("")).c_str()));
     EXPECT_FALSE(FileExists(nullptr));
+    EXPECT_FALSE(FileExists(TEXT("Z:\\dev\\null"))) << "a device";
+    EXPECT_FALSE(CreateEmptyFile(nullptr));
     const std::int64_t all = DiskFreeSpace(Full(TEXT("")).c_str(), false);
     EXPECT_GT(all, 0);
     EXPECT_GT(DiskFreeSpace(Full(TEXT("")).c_str(), true), 0);

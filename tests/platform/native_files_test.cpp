@@ -43,6 +43,8 @@ TEST_F(NativeFiles, OutsideATreeStayWhenItIsRemoved) {
     EXPECT_EQ(folder.Read("victim"), "kept");
 }
 
+// Under Wine, too, neither a pipe nor a socket is a file or a folder, and to open a pipe takes no writer. But Wine
+// deletes none of them, so that a tree that holds one stays, and makes none for a test.
 TEST_F(NativeFiles, OfOtherKindsAreNoFoldersAndNobodyWaitsForThem) {
     const auto& root = folder.Path();
     std::filesystem::create_directory(root / "tree");
@@ -59,7 +61,7 @@ TEST_F(NativeFiles, OfOtherKindsAreNoFoldersAndNobodyWaitsForThem) {
     EXPECT_EQ(FileCrc32(pipe.c_str()), 0xFFFFFFFF);
     EXPECT_EQ(FileVersionInfo(pipe.c_str()).data, nullptr);
     EXPECT_FALSE(CreateEmptyFile(pipe.c_str()));
-    for (const StdWString& path : {pipe, folder / TEXT("tree\\socket"), StdWString(TEXT("Z:\\dev\\null"))}) {
+    for (const StdWString& path : {pipe, folder / TEXT("tree\\socket")}) {
         EXPECT_FALSE(FileExists(path.c_str()));
         EXPECT_FALSE(DirectoryExists(path.c_str(), false, nullptr));
     }
