@@ -2,8 +2,8 @@
 """Plants small faults into product code, one at a time, and lists those that the suites let pass.
 
 A fault counts as caught when a suite fails, crashes or runs out of time. All faults meet their folder's own suite first,
-without its long tests; those that pass meet all of it, and the suites of the folders that stand on it. A fault that
-doesn't compile is replaced by another. The work is done in copies of the tree under build/mutants, which stay for the
+without its long tests; those that pass meet all of it, and the suites of the folders that stand on it, one after the
+other, until one sees the fault. A fault that doesn't compile is replaced by another. The work is done in copies of the tree under build/mutants, which stay for the
 next run; whatever a fault makes a test do, it can't write outside of them (Landlock, Linux 5.13 or later).
 """
 import argparse
@@ -42,19 +42,17 @@ class Suites:
         self.filter = f"-{left_out}"
 
 
-def own_suites(folder):
-    return Suites([f"{folder}_tests"] + (["addin_hosted_tests"] if folder == "addin" else []), [folder], LONG_TESTS)
+def own_suites(folder, left_out=LONG_TESTS):
+    return Suites([f"{folder}_tests"] + (["addin_hosted_tests"] if folder == "addin" else []), [folder], left_out)
 
 
 def all_suites(folder):
     """The folder's own, and those of all that stands on it, from its neighbour to the example."""
-    layers = LAYERS[LAYERS.index(folder) :]
-    targets = [f"{layer}_tests" for layer in [*layers, "excelhost"]] + ["addin_hosted_tests", "excelhost_program"]
-    tests = [*layers, "excelhost"]
+    stages = [own_suites(layer, left_out="") for layer in LAYERS[LAYERS.index(folder) :]]
+    stages.append(Suites(["excelhost_tests", "excelhost_program"], ["excelhost"]))
     if folder != "addin":
-        targets += ["example_object_model", "fuzzers"]
-        tests += ["example_object_model", "[a-z0-9]*_corpus"]
-    return Suites(targets, tests)
+        stages.append(Suites(["example_object_model", "fuzzers"], ["example_object_model", "[a-z0-9]*_corpus"]))
+    return stages
 
 
 # ---- keeping a faulty program in its room ----
@@ -125,11 +123,12 @@ class Worker:
                         "-DCMAKE_CXX_FLAGS=-O0 -g0 -w -D_GLIBCXX_ASSERTIONS", f"-DKESTROLUMEN_TEST_TIMEOUT={WALL_SECONDS}"):
             sys.exit(f"mutants.py: the copy can't be configured; see {self.home / 'log'}")
 
-    def pass_without_fault(self, suites):
-        if not self.compile(*suites.targets, jobs=os.cpu_count()):
-            sys.exit(f"mutants.py: the tree doesn't build; see {self.home / 'log'}")
-        if not self.test(suites):
-            sys.exit(f"mutants.py: the suites fail before any fault is planted; see {self.home / 'log'}")
+    def pass_without_fault(self, stages):
+        for suites in stages:
+            if not self.compile(*suites.targets, jobs=os.cpu_count()):
+                sys.exit(f"mutants.py: the tree doesn't build; see {self.home / 'log'}")
+            if not self.test(suites):
+                sys.exit(f"mutants.py: the suites fail before any fault is planted; see {self.home / 'log'}")
 
     def run(self, *command, **options):
         with open(self.home / "log", "wb") as log:
@@ -146,15 +145,18 @@ class Worker:
         return self.run("ctest", "--test-dir", self.build, "-R", suites.tests, "-E", LEFT_OUT, "--stop-on-failure",
                         "--no-tests=error", preexec_fn=lambda: confine(self.home))
 
-    def verdict(self, mutant, suites):
+    def verdict(self, mutant, stages):
         """'caught', 'survived', or None for one that doesn't compile."""
         path = self.tree / mutant.file
         sound = path.read_text()
         path.write_text(mutant.applied_to(sound))
         try:
-            if not self.compile(*suites.targets):
-                return None
-            return "survived" if self.test(suites) else "caught"
+            for suites in stages:
+                if not self.compile(*suites.targets):
+                    return None
+                if not self.test(suites):
+                    return "caught"
+            return "survived"
         finally:
             path.write_text(sound)
 
@@ -188,10 +190,10 @@ def shuffled(faults, seed):
 class Trial:
     """Faults before suites: `count` of them get a verdict, those over stand in for what doesn't compile."""
 
-    def __init__(self, faults, count, suites):
+    def __init__(self, faults, count, stages):
         self.waiting = sorted(faults[:count], key=lambda fault: (fault.file, fault.place))
         self.spare = faults[count:]
-        self.suites = suites
+        self.stages = stages
         self.total = len(self.waiting)
         self.done = 0
         self.survivors = []
@@ -201,9 +203,10 @@ class Trial:
     def run(self, workers):
         if not self.waiting:
             return
-        print(f"building {', '.join(self.suites.targets)}; running them without a fault ...", flush=True)
+        targets = [target for suites in self.stages for target in suites.targets]
+        print(f"building {', '.join(targets)}; running them without a fault ...", flush=True)
         for worker in workers:
-            worker.pass_without_fault(self.suites)
+            worker.pass_without_fault(self.stages)
         self.started = time.monotonic()
         with concurrent.futures.ThreadPoolExecutor(len(workers)) as pool:
             for running in [pool.submit(self.work, worker) for worker in workers]:
@@ -215,7 +218,7 @@ class Trial:
                 if not self.waiting:
                     return
                 mutant = self.waiting.pop(0)
-            verdict = worker.verdict(mutant, self.suites)
+            verdict = worker.verdict(mutant, self.stages)
             with self.lock:
                 if verdict is None:
                     if self.spare:
@@ -270,7 +273,7 @@ def main():
     planted = 0
     for folder in folders:
         print(f"== {folder}", flush=True)
-        own = Trial(sample_of(workers[0].tree, folder), options.count, own_suites(folder))
+        own = Trial(sample_of(workers[0].tree, folder), options.count, [own_suites(folder)])
         own.run(workers)
         all_of_them = Trial(own.survivors, len(own.survivors), all_suites(folder))
         if not options.own:
