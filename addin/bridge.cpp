@@ -6,6 +6,8 @@
 
 namespace {
 
+using kestrolumen::CountedText;
+
 // One function of the companion workbook, under the workbook's two names.
 struct Targets {
     XLOPER12 first;

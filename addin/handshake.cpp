@@ -15,6 +15,8 @@ std::unique_ptr<Mutex> LoadedMarker;
 
 namespace {
 
+using kestrolumen::CountedText;
+
 // What Excel is told about one function. The first letter of a type text stands for the result, each further
 // one for an argument: Q is a value, U may be a reference too.
 struct WorksheetFunction {

@@ -82,7 +82,7 @@ struct Sheet {
 
     Sheet() {
         server.recording = false;
-        application = MakeApplication(ComPtr<IDispatch>::Adopt(server.NewApplication()));
+        application = MakeApplication(kestrolumen::ComPtr<IDispatch>::Adopt(server.NewApplication()).get());
         worksheet = application->GetWorkbooks()->GetItem(1)->GetWorksheets()->GetItem(1);
         worksheet->PutName(TEXT("Data"));
         for (LONG row = 1; row <= side; ++row) {

@@ -62,6 +62,8 @@ class LentXXloper {
     XXloperPtr handle_;
 };
 
+namespace kestrolumen {
+
 // A text that is fixed when the program is built, as Excel counts texts: the count, then that many units.
 template <std::size_t Size>
 struct CountedText {
@@ -82,3 +84,5 @@ struct CountedText {
         return record;
     }
 };
+
+}  // namespace kestrolumen

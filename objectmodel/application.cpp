@@ -171,7 +171,8 @@ ComPtr<IDispatch> XApplication14::CellsIn(const ParsedExternalReference& referen
     const ComPtr<IDispatch> workbook = getI(workbooks, Dispid::Workbooks::Item, Variant(reference.workbook));
     const ComPtr<IDispatch> sheets = getI(workbook, Dispid::Workbook::Worksheets);
     const ComPtr<IDispatch> sheet = getI(sheets, Dispid::Sheets::Item, Variant(reference.sheet));
-    return getI(QueryFor(sheet, IidWorksheet), Dispid::Worksheet::Range, Variant(reference.cell), Missing<>);
+    return getI(QueryFor(sheet, IidWorksheet).get(), Dispid::Worksheet::Range, Variant(reference.cell),
+                Missing<>);
 }
 
 }  // namespace

@@ -116,7 +116,7 @@ class MsExcel::Application {
                                                  VARIANT toReferenceStyle, VARIANT toAbsolute,
                                                  VARIANT relativeTo) = 0;
     // Whatever is selected, often but not always a range; null when nothing is.
-    virtual ComPtr<IDispatch> GetSelection() const = 0;
+    virtual kestrolumen::ComPtr<IDispatch> GetSelection() const = 0;
     virtual std::shared_ptr<Range> GetActiveCell() const = 0;
     virtual LONG GetReferenceStyle() const = 0;
     virtual void PutReferenceStyle(LONG style) = 0;

@@ -7,11 +7,16 @@
 #include <cstddef>
 #include <utility>
 
+namespace kestrolumen {
+
 // A nullable interface pointer that owns one reference and gives it back once. `Interface` is any type that
 // begins with IUnknown's operations. Copying adds a reference, moving hands it on.
 //
-//     auto shared = ComPtr<IDispatch>::Share(borrowed);   // adds a reference
-//     auto owned = ComPtr<IDispatch>::Adopt(returned);    // takes over the one that a call gave
+//     auto shared = kestrolumen::ComPtr<IDispatch>::Share(borrowed);   // adds a reference
+//     auto owned = kestrolumen::ComPtr<IDispatch>::Adopt(returned);    // takes over the one that a call gave
+//
+// It lends its pointer wherever a plain one is wanted, as long as it has a name: the pointer of a temporary, as
+// in `IDispatch* selection = excel->GetSelection()`, would dangle at the next semicolon and doesn't compile.
 template <class Interface>
 class ComPtr {
   public:
@@ -41,9 +46,11 @@ class ComPtr {
         return Adopt(borrowed);
     }
 
-    // The pointer, no reference added.
+    // The pointer, no reference added. get() takes that of a temporary, too, which lives until the semicolon.
     [[nodiscard]] Interface* get() const noexcept { return pointer; }
-    operator Interface*() const noexcept { return pointer; }
+    operator Interface*() const& noexcept { return pointer; }
+    operator Interface*() const&& = delete;
+    explicit operator bool() const noexcept { return pointer != nullptr; }
     Interface* operator->() const noexcept { return pointer; }
 
     // Gives the reference to the caller and holds null from then on.
@@ -58,3 +65,5 @@ class ComPtr {
   private:
     Interface* pointer = nullptr;
 };
+
+}  // namespace kestrolumen

@@ -22,9 +22,11 @@ class XComment14 final : public Comment {
     bool GetVisible() const override { return getB(dispatch, Id::Visible); }
     void PutVisible(bool visible) override { putB(dispatch, Id::Visible, visible); }
     float GetWidth() const override {
-        return Ask<float>(DISPATCH_PROPERTYGET, VT_R4, getI(dispatch, Id::Shape), Dispid::Shape::Width);
+        return Ask<float>(DISPATCH_PROPERTYGET, VT_R4, getI(dispatch, Id::Shape).get(), Dispid::Shape::Width);
     }
-    void PutWidth(float width) override { putV(getI(dispatch, Id::Shape), Dispid::Shape::Width, width); }
+    void PutWidth(float width) override {
+        putV(getI(dispatch, Id::Shape).get(), Dispid::Shape::Width, width);
+    }
 
   private:
     ComPtr<IDispatch> dispatch;

@@ -30,7 +30,8 @@ CStringW kestrolumen::detail::TextOf(const OwnedVariant& value) {
     return TextOf(value->vt == VT_BSTR ? value->bstrVal : Changed(value.borrow(), VT_BSTR)->bstrVal);
 }
 
-ComPtr<IDispatch> kestrolumen::detail::InterfaceFromVariant(const OwnedVariant& value, REFIID iid) {
+kestrolumen::ComPtr<IDispatch> kestrolumen::detail::InterfaceFromVariant(const OwnedVariant& value,
+                                                                         REFIID iid) {
     if (value->vt == VT_DISPATCH) return QueryFor(value->pdispVal, iid);
     if (value->vt == VT_UNKNOWN) return QueryFor(value->punkVal, iid);
 

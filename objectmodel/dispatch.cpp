@@ -11,6 +11,8 @@ constinit const VARIANT MissingArgument = [] {
     return missing;
 }();
 
+namespace kestrolumen {
+
 // Reads arguments by the rules of their parameter types.
 class ArgumentEncoder {
   public:
@@ -123,7 +125,11 @@ HRESULT ArgumentEncoder::Encode(VARTYPE type, const DispatchArgument& argument, 
     }
 }
 
+}  // namespace kestrolumen
+
 namespace {
+
+using namespace kestrolumen;
 
 // An argument list as Invoke takes it: the last parameter first, and in a put the value named.
 class ArgumentList {

@@ -13,6 +13,8 @@
 
 #include "objectmodel/types.h"
 
+namespace kestrolumen {
+
 // What the variable of a VT_BYREF parameter may be, besides a VARIANT or a DECIMAL.
 template <class Variable>
 concept DispatchVariable =
@@ -66,6 +68,8 @@ class DispatchArgument {
     };
 };
 
+}  // namespace kestrolumen
+
 // Calls `dispid` of `dispatch` by IDispatch::Invoke with locale 0. It returns Invoke's success code; every
 // failure raises _com_error instead:
 //
@@ -101,7 +105,7 @@ class DispatchArgument {
 //                       DISP_E_PARAMNOTFOUND) and nothing but dropped ones follows it
 //   VT_BYREF + any      a pointer to the variable
 template <class... Arguments>
-requires(std::constructible_from<DispatchArgument, const Arguments&>&&...) HRESULT
+requires(std::constructible_from<kestrolumen::DispatchArgument, const Arguments&>&&...) HRESULT
     DispatchInvoke(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE resultType, void* result,
                    const WCHAR* parameterTypes, const Arguments&... arguments);
 
@@ -110,7 +114,7 @@ HRESULT DispatchInvoke(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE r
 
 // The same with the arguments in a row. `room` is the call's scratch space: as many VARIANTs as arguments.
 HRESULT DispatchInvokeV(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE resultType, void* result,
-                        const WCHAR* parameterTypes, std::span<const DispatchArgument> arguments,
+                        const WCHAR* parameterTypes, std::span<const kestrolumen::DispatchArgument> arguments,
                         std::span<VARIANT> room);
 
 // The bit that makes a parameter's VT_VARIANT an optional one.
@@ -124,10 +128,11 @@ inline constexpr VARTYPE OptionalParameter = 0x0800;
 [[noreturn]] void IssueErrorEx(HRESULT hresult, IUnknown* object, REFIID iid);
 
 template <class... Arguments>
-requires(std::constructible_from<DispatchArgument, const Arguments&>&&...) HRESULT
+requires(std::constructible_from<kestrolumen::DispatchArgument, const Arguments&>&&...) HRESULT
     DispatchInvoke(IDispatch* dispatch, DISPID dispid, WORD flags, VARTYPE resultType, void* result,
                    const WCHAR* parameterTypes, const Arguments&... arguments) {
-    const std::array<DispatchArgument, sizeof...(arguments)> row{DispatchArgument(arguments)...};
+    const std::array<kestrolumen::DispatchArgument, sizeof...(arguments)> row{
+        kestrolumen::DispatchArgument(arguments)...};
     std::array<VARIANT, sizeof...(arguments)> room;
     return DispatchInvokeV(dispatch, dispid, flags, resultType, result, parameterTypes, row, room);
 }

@@ -42,7 +42,8 @@ namespace {
 }  // namespace
 
 bool IsProtected(const MsExcel::Range& range) {
-    return getB(getI(range.GetDispatch(), Dispid::Range::Worksheet), Dispid::Worksheet::ProtectContents);
+    return getB(getI(range.GetDispatch(), Dispid::Range::Worksheet).get(),
+                Dispid::Worksheet::ProtectContents);
 }
 
 bool IsProtectedAndLocked(const MsExcel::Range& range) {

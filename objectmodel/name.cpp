@@ -35,7 +35,7 @@ class XName14 final : public Name {
     template <class Object>
     std::shared_ptr<Object> ParentAs(REFIID iid) const noexcept {
         try {
-            ComPtr<IDispatch> parent = QueryFor(getI(dispatch, Id::Parent), iid);
+            ComPtr<IDispatch> parent = QueryFor(getI(dispatch, Id::Parent).get(), iid);
             return parent ? Wrap<Object>([&] { return std::move(parent); }) : nullptr;
         } catch (...) {
             return nullptr;

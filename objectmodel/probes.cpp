@@ -15,7 +15,7 @@ void Probe(std::atomic<LONG>& latch, IDispatch* range, void (*attempt)(IDispatch
     if (latch != unknown) return;
     LONG available = 0;
     try {
-        const auto held = ComPtr<IDispatch>::Share(range);
+        const auto held = kestrolumen::ComPtr<IDispatch>::Share(range);
         attempt(held);
         available = 1;
     } catch (...) {
@@ -29,7 +29,7 @@ void Probe(std::atomic<LONG>& latch, IDispatch* range, void (*attempt)(IDispatch
 void ProbeFormula2(IDispatch* range) noexcept {
     Probe(Formula2Available, range, [](IDispatch* cells) {
         using namespace kestrolumen::detail;
-        const ComPtr<IDispatch> cell =
+        const kestrolumen::ComPtr<IDispatch> cell =
             getI(cells, Dispid::Range::Resize, Optional(IntValue{1}), Optional(IntValue{1}));
         const OwnedVariant formula = getV(cell, Dispid::Range::Formula2);
     });

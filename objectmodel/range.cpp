@@ -37,11 +37,11 @@ class XRange14 final : public Range {
     std::shared_ptr<Range> GetRows() const override { return getO<Range>(dispatch, Id::Rows); }
     std::shared_ptr<Range> GetColumns() const override { return getO<Range>(dispatch, Id::Columns); }
     CStringW GetWorkbookName() const override {
-        const ComPtr<IDispatch> parent = getI(getI(dispatch, Id::Worksheet), Dispid::Worksheet::Parent);
-        return getS(QueryFor(parent, IidWorkbook), Dispid::Workbook::Name);
+        const ComPtr<IDispatch> parent = getI(getI(dispatch, Id::Worksheet).get(), Dispid::Worksheet::Parent);
+        return getS(QueryFor(parent, IidWorkbook).get(), Dispid::Workbook::Name);
     }
     CStringW GetWorksheetName() const override {
-        return getS(getI(dispatch, Id::Worksheet), Dispid::Worksheet::Name);
+        return getS(getI(dispatch, Id::Worksheet).get(), Dispid::Worksheet::Name);
     }
     LONG GetRow() const override { return getL(dispatch, Id::Row); }
     LONG GetColumn() const override { return getL(dispatch, Id::Column); }

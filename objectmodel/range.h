@@ -79,8 +79,8 @@ class MsExcel::Range {
 
     // A range of so many rows and columns from the same first cell, and a range of the same size so many
     // rows down and columns to the right (negative: up, to the left).
-    virtual std::shared_ptr<Range> Resize(LONG rows, LONG columns) const = 0;
-    virtual std::shared_ptr<Range> Offset(LONG rows, LONG columns) const = 0;
+    [[nodiscard]] virtual std::shared_ptr<Range> Resize(LONG rows, LONG columns) const = 0;
+    [[nodiscard]] virtual std::shared_ptr<Range> Offset(LONG rows, LONG columns) const = 0;
 
     // The first cell that matches, or an object whose IsNull is true. MissingArgument may stand for any
     // VARIANT but `what`; the numbers are those of XlFindLookIn, XlLookAt, XlSearchOrder and

@@ -18,7 +18,7 @@ class MsExcel::Window {
     virtual std::shared_ptr<Window> NewWindow() = 0;
     virtual std::shared_ptr<Range> GetActiveCell() const = 0;
     // Whatever is selected, often but not always a range; null when nothing is.
-    virtual ComPtr<IDispatch> GetSelection() const = 0;
+    virtual kestrolumen::ComPtr<IDispatch> GetSelection() const = 0;
     virtual CStringW GetCaption() const = 0;
     // The window's handle, its low 32 bits. Excel before version 15 has one window for all workbooks: there
     // it raises VexExcelUnsupportedMethodCall 2845 and asks Excel for no handle.

@@ -43,7 +43,7 @@ class XWorksheet14 final : public Worksheet {
     std::shared_ptr<Workbook> GetParent() const override { return GetWorkbook(); }
     std::shared_ptr<Names> GetNames() const override { return getO<Names>(dispatch, Id::Names); }
     std::shared_ptr<Workbook> GetWorkbook() const override {
-        return Wrap<Workbook>([&] { return QueryFor(getI(dispatch, Id::Parent), IidWorkbook); });
+        return Wrap<Workbook>([&] { return QueryFor(getI(dispatch, Id::Parent).get(), IidWorkbook); });
     }
     IDispatch* GetDispatch() const noexcept override { return dispatch; }
     bool GetProtectContents() const override { return getB(dispatch, Id::ProtectContents); }

@@ -9,6 +9,9 @@
 
 namespace {
 
+using kestrolumen::TextViewA;
+using kestrolumen::TextViewW;
+
 template <typename Unit>
 constexpr bool IsPrintable(Unit unit) noexcept {
     return unit >= 0x20 && unit <= 0x7E;

@@ -7,14 +7,14 @@
 
 // CStringA or std::string.
 template <typename Result = CStringA>
-[[nodiscard]] Result EscapedTextA(TextViewA text);
+[[nodiscard]] Result EscapedTextA(kestrolumen::TextViewA text);
 
 // CStringA, std::string or CStringW; all of the result is ASCII.
 template <typename Result = CStringA>
-[[nodiscard]] Result EscapedTextW(TextViewW text);
+[[nodiscard]] Result EscapedTextW(kestrolumen::TextViewW text);
 
-extern template CStringA EscapedTextA<CStringA>(TextViewA);
-extern template std::string EscapedTextA<std::string>(TextViewA);
-extern template CStringA EscapedTextW<CStringA>(TextViewW);
-extern template std::string EscapedTextW<std::string>(TextViewW);
-extern template CStringW EscapedTextW<CStringW>(TextViewW);
+extern template CStringA EscapedTextA<CStringA>(kestrolumen::TextViewA);
+extern template std::string EscapedTextA<std::string>(kestrolumen::TextViewA);
+extern template CStringA EscapedTextW<CStringA>(kestrolumen::TextViewW);
+extern template std::string EscapedTextW<std::string>(kestrolumen::TextViewW);
+extern template CStringW EscapedTextW<CStringW>(kestrolumen::TextViewW);

@@ -7,6 +7,8 @@
 
 #include <concepts>
 
+namespace kestrolumen {
+
 // Converts from zero-terminated text, CStringA or CStringW, standard strings and their views, and wide from
 // _bstr_t. Counted text is seen whole, its zero units included. A null pointer is empty text.
 template <typename Unit>
@@ -15,7 +17,7 @@ class TextView : public std::basic_string_view<Unit> {
 
   public:
     TextView(const Unit* text) noexcept : View(text == nullptr ? View() : View(text)) {}
-    TextView(const kestrolumen::CStringOf<Unit>& text) noexcept
+    TextView(const CStringOf<Unit>& text) noexcept
         : View(text.GetString(), static_cast<std::size_t>(text.GetLength())) {}
     TextView(const std::basic_string<Unit>& text) noexcept : View(text) {}
     TextView(View text) noexcept : View(text) {}
@@ -27,3 +29,5 @@ class TextView : public std::basic_string_view<Unit> {
 
 using TextViewA = TextView<char>;
 using TextViewW = TextView<WCHAR>;
+
+}  // namespace kestrolumen

@@ -76,7 +76,8 @@ std::string Message(const _com_error& raised) {
     char number[32];
     std::snprintf(number, sizeof number, "error %08X", static_cast<unsigned>(raised.Error()));
     BSTR description = nullptr;
-    if (const auto info = ComPtr<IErrorInfo>::Adopt(raised.ErrorInfo())) info->GetDescription(&description);
+    if (const auto info = kestrolumen::ComPtr<IErrorInfo>::Adopt(raised.ErrorInfo()))
+        info->GetDescription(&description);
     const OwnedBstr owned(description);
     return owned.get() ? Utf8(CStringW(owned.get())) + " (" + number + ")" : number;
 }
@@ -165,7 +166,8 @@ int main() {
     for (LONG row = 1; row <= 3; ++row) sheet.At(row, 1).value = 10.0 * row;
     sheet.PutArray({1, 4, 3, 4}, TEXT("=A1*A1"));
     {
-        const auto excel = MakeApplication(ComPtr<IDispatch>::Adopt(server.NewApplication()));
+        const auto excel =
+            MakeApplication(kestrolumen::ComPtr<IDispatch>::Adopt(server.NewApplication()).get());
         Walk(excel);
         ShowRefusals(excel, server);
         ShowPatience(excel, server);

@@ -7,6 +7,8 @@
 
 namespace kestrolumen::detail {
 
+using kestrolumen::ComPtr;  // for those who use this namespace
+
 // The interface `iid` of `source`, in a pointer type that begins as that interface does. Null when the source
 // is null or has no such interface; any other failure raises _com_error.
 template <class Interface = IDispatch>

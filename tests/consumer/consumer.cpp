@@ -11,6 +11,13 @@
 
 #include <cstdio>
 
+// Names that an add-in may well have for itself.
+template <class Interface>
+class ComPtr;
+class TextView;
+class CountedText;
+class DispatchArgument;
+
 int main() {
     std::printf("text %s\n",
                 Utf8FromCStringW(CStringWFormat(TEXT("%s %I64d"), TEXT("\x20AC"), 1LL << 40)).c_str());

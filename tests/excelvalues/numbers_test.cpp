@@ -169,7 +169,8 @@ TEST(FromVariant, NumbersTruthAndTexts) {
     for (const auto& [variant, expected] : cases) {
         EXPECT_EQ(excelhost::ValueFrom(*XXloperFromVariant(variant)), expected) << variant.vt;
     }
-    EXPECT_EQ(XXloperFromVariant(Variant(VT_BOOL, VARIANT_TRUE))->val.xbool, 1);
+    const VARIANT truth = Variant(VT_BOOL, VARIANT_TRUE);
+    EXPECT_EQ(XXloperFromVariant(truth)->val.xbool, 1);
 }
 
 TEST(FromVariant, EverythingElseIsVisualBasicsValueError) {
@@ -180,7 +181,8 @@ TEST(FromVariant, EverythingElseIsVisualBasicsValueError) {
         for (int type = 0; type < 0x1000; ++type) {
             const auto whole = static_cast<VARTYPE>(type | flags);
             if (std::ranges::count(known, whole) != 0) continue;
-            ASSERT_EQ(Shown(*XXloperFromVariant(Variant(whole))), "error 2015") << whole;
+            const VARIANT variant = Variant(whole);
+            ASSERT_EQ(Shown(*XXloperFromVariant(variant)), "error 2015") << whole;
         }
     }
 }

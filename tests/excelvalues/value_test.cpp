@@ -159,10 +159,11 @@ TEST(ElementCount, IsZeroForANegativeCount) {
 }
 
 TEST(Makers, NoMemoryRaisesBadAllocAndLeavesNothing) {
+    static constexpr VARIANT empty{};
     const std::pair<std::function<XXloperPtr()>, int> makers[] = {
         // and the blocks of what they make
         {[] { return XXloperFromInt(1); }, 1},
-        {[] { return XXloperFromVariant(VARIANT{}); }, 1},
+        {[] { return XXloperFromVariant(empty); }, 1},
         {[] { return XXloperFromString(TEXT("wide text")); }, 2},
         {[] { return XXloperFromString("narrow text"); }, 2},
         {[] { return XXloperFromString("narrow \x80"); }, 2}};

@@ -25,7 +25,7 @@ class Dictionary : public testing::Test {
             FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, &created))) {
             GTEST_SKIP() << "Scripting.Dictionary isn't there.";
         }
-        dictionary = ComPtr<IDispatch>::Adopt(static_cast<IDispatch*>(created));
+        dictionary = kestrolumen::ComPtr<IDispatch>::Adopt(static_cast<IDispatch*>(created));
     }
     void TearDown() override {
         dictionary = nullptr;
@@ -39,7 +39,7 @@ class Dictionary : public testing::Test {
         return key;
     }
 
-    ComPtr<IDispatch> dictionary;
+    kestrolumen::ComPtr<IDispatch> dictionary;
 };
 
 TEST_F(Dictionary, KeepsWhatIsPut) {

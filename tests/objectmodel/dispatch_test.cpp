@@ -171,8 +171,8 @@ template <class... Arguments>
 concept Goes = requires(IDispatch* object, const Arguments&... arguments) {
     DispatchInvoke(object, member, method, 0, nullptr, nullptr, arguments...);
 };
-static_assert(Goes<BSTR, IDispatch*, IUnknown*, Object*, ComPtr<IDispatch>, VARIANT*, SAFEARRAY*, LONG*,
-                   BSTR*, IDispatch**, std::nullptr_t, bool, double>);
+static_assert(Goes<BSTR, IDispatch*, IUnknown*, Object*, kestrolumen::ComPtr<IDispatch>, VARIANT*, SAFEARRAY*,
+                   LONG*, BSTR*, IDispatch**, std::nullptr_t, bool, double>);
 static_assert(!Goes<CStringW> && !Goes<WCHAR[5]> && !Goes<const WCHAR*> && !Goes<CStringA> && !Goes<char[5]>);
 static_assert(!Goes<void*> && !Goes<const void*> && !Goes<Sent*> && !Goes<VARIANT> && !Goes<OwnedVariant*>);
 
@@ -186,6 +186,11 @@ static_assert(std::convertible_to<VARIANT, OwnedVariant> && !std::constructible_
 static_assert(!std::constructible_from<OwnedVariant, const VARIANT&>);
 static_assert(!std::constructible_from<VARIANT, const OwnedVariant&>);
 static_assert(std::convertible_to<const OwnedVariant&, const VARIANT&>);
+
+// The pointer of a temporary would dangle.
+using Owned = kestrolumen::ComPtr<IDispatch>;
+static_assert(std::convertible_to<Owned&, IDispatch*> && !std::convertible_to<Owned, IDispatch*>);
+static_assert(!std::constructible_from<IUnknown*, Owned> && std::constructible_from<bool, Owned>);
 
 // A text is an argument as a text, and no bool.
 static_assert(decltype(kestrolumen::detail::AsArgument(TEXT("text")))::type == VT_BSTR);
@@ -226,7 +231,7 @@ TEST(DispatchInvoke, OmittedArgumentsAtTheEndAreDropped) {
             values.push_back(*kind >= 'a' ? Made(VT_I4, static_cast<LONG>(values.size() + 1))
                                           : MissingArgument);
         }
-        std::vector<DispatchArgument> arguments;
+        std::vector<kestrolumen::DispatchArgument> arguments;
         for (const VARIANT& value : values) arguments.emplace_back(&value);
         std::vector<VARIANT> room(values.size());
         DispatchInvokeV(&object, member, each.flags, 0, nullptr, types.c_str(), arguments, room);

@@ -34,7 +34,9 @@ class Shown {
         const auto* object = world.server.Find(borrowed);
         return object == nullptr ? "stranger" : "raw " + std::string(object->Class().name);
     }
-    std::string operator()(const ComPtr<IDispatch>& owned) const { return owned ? Newcomer() : "null"; }
+    std::string operator()(const kestrolumen::ComPtr<IDispatch>& owned) const {
+        return owned ? Newcomer() : "null";
+    }
     template <class Object>
     std::string operator()(const std::shared_ptr<Object>& object) const {
         return object == nullptr ? "empty" : Newcomer();

@@ -158,7 +158,7 @@ TEST(Walks, TypedObjects) {
 }
 
 IErrorInfo* NewErrorInfo() {
-    ComPtr<ICreateErrorInfo> writer;
+    kestrolumen::ComPtr<ICreateErrorInfo> writer;
     CreateErrorInfo(writer.receive());
     void* reader = nullptr;
     writer->QueryInterface(IID_IErrorInfo, &reader);
@@ -177,7 +177,7 @@ TEST(Walks, DocumentPropertiesBringTheirErrorObject) {
             ADD_FAILURE() << "nothing was raised";
         } catch (const _com_error& error) {
             EXPECT_EQ(error.Error(), Refusal::usualNumber);
-            const auto info = ComPtr<IErrorInfo>::Adopt(error.ErrorInfo());
+            const auto info = kestrolumen::ComPtr<IErrorInfo>::Adopt(error.ErrorInfo());
             BSTR text = nullptr;
             if (info) info->GetDescription(&text);
             EXPECT_EQ(excelhost::Utf8(CStringW(OwnedBstr(text).get()).GetString()),
@@ -193,7 +193,7 @@ TEST(Walks, DocumentPropertiesBringTheirErrorObject) {
     // An object that answers S_FALSE has no error object for that interface, and what lies there is another's.
     world.server.offersErrorInfo = true;
     static_cast<void>(Given(world, [&] { return title->GetValue(); }));
-    SetErrorInfo(0, ComPtr<IErrorInfo>::Adopt(NewErrorInfo()));
+    SetErrorInfo(0, kestrolumen::ComPtr<IErrorInfo>::Adopt(NewErrorInfo()).get());
     try {
         IssueErrorEx(E_FAIL, world.application->GetDispatch(), IID_IErrorInfo);
     } catch (const _com_error& error) {
@@ -205,7 +205,8 @@ TEST(Walks, DocumentPropertiesBringTheirErrorObject) {
     const std::string before = world.Live();
     world.server.busy = true;
     EXPECT_EQ(Given(world, [&] { title->PutValue(Variant(kept).Detach()); }), "com 80010001");
-    const auto none = kestrolumen::detail::WrapDocumentProperty([] { return ComPtr<IDocumentProperty>(); });
+    const auto none =
+        kestrolumen::detail::WrapDocumentProperty([] { return kestrolumen::ComPtr<IDocumentProperty>(); });
     EXPECT_EQ(Given(world, [&] { none->PutValue(Variant(kept).Detach()); }), "com 80004003");
     EXPECT_EQ(world.Live(), before) << "what was to be put is cleared";
 }

@@ -65,7 +65,7 @@ class World {
         excel.macros[TEXT("Twice")] = [](auto arguments) {
             return Variant(arguments.empty() ? 0.0 : 2 * arguments[0].AsNumber());
         };
-        application = MakeApplication(ComPtr<IDispatch>::Adopt(server.NewApplication()));
+        application = MakeApplication(kestrolumen::ComPtr<IDispatch>::Adopt(server.NewApplication()).get());
         server.ClearRecord();
     }
 
@@ -73,7 +73,7 @@ class World {
     [[nodiscard]] SheetNode& Sheet() { return sheet; }
     // Cells of Sheet1, and the parts of the application that other objects are reached through.
     [[nodiscard]] std::shared_ptr<MsExcel::Range> Range(const WCHAR* address) {
-        return MakeRange(ComPtr<IDispatch>::Adopt(server.NewRange(Sheet(), address)));
+        return MakeRange(kestrolumen::ComPtr<IDispatch>::Adopt(server.NewRange(Sheet(), address)).get());
     }
     [[nodiscard]] std::shared_ptr<MsExcel::Workbook> Workbook() const {
         return application->GetActiveWorkbook();
