@@ -87,7 +87,7 @@ class Source:
         for index, token in enumerate(self.tokens):
             if token.skipped:
                 continue
-            if token.kind == "number":
+            if token.kind == "number" and not self._says_pure(index):
                 self._number(token)
             elif token.kind == "sign":
                 self._sign(index, token)
@@ -158,6 +158,10 @@ class Source:
     def _stands_alone(self, token):
         return self.text[token.start - 1 : token.start] in (" ", "\n") and self.text[token.end : token.end + 1] in (" ", "\n")
 
+    def _says_pure(self, index):
+        """The number of `virtual ... = 0`."""
+        return self._at(index - 1).text == "=" and self._at(index - 2).text in (")", "const", "noexcept")
+
     # ---- the faults ----
 
     def _add(self, kind, place, old, new):
@@ -195,7 +199,7 @@ class Source:
             end = self._end_of_statement(index)
             if end:
                 old = self.text[following.start : self.tokens[end].start]
-                if old not in ("nullptr", "false", "0", "{}"):
+                if old not in ("nullptr", "false", "0", "{}", "S_OK"):
                     self._add("result", following.start, old, "{}")
         elif token.kind == "name" and following.text in ("(", "{") and following.partner and token.text not in NO_ACTION:
             self._arguments(index + 1, following.partner)
