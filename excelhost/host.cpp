@@ -35,7 +35,7 @@ std::optional<Outcome> RefusalOfCaller(From from) {
 
 std::string NameOfCaller() {
     const CallScope* scope = CallScope::Current();
-    return scope != nullptr ? scope->Name() : "an add-in";
+    return scope != nullptr ? std::string(scope->Name()) : "an add-in";
 }
 
 std::string GiverOf(int function) {
@@ -99,18 +99,21 @@ int Host::CallBack(int function, int count, LPXLOPER12* operands, LPXLOPER12 res
     Entry entry;
     entry.function = function;
     entry.count = count;
+    LastCalls& lastCalls = LastCalls::OfThisThread();
+    const std::size_t call = lastCalls.Begin(function);
     std::optional<int> refusal;
     {
         const std::lock_guard lock(state_->mutex);
         entry.messages = state_->messages;
         entry.alerts = state_->alerts;
         state_->trace.Begin(entry, given);
-        state_->lastCalls.Began(function);
         refusal = state_->refusals.Strike(function, given);
     }
     entry.refused = refusal.has_value();
     Outcome outcome =
         refusal ? Outcome::Failed(*refusal, "refused by script") : Serve(*state_, function, count, operands);
+
+    lastCalls.End(call, outcome.returnCode);
 
     std::function<void(const Entry&)> listener;
     {
@@ -121,7 +124,6 @@ int Host::CallBack(int function, int count, LPXLOPER12* operands, LPXLOPER12 res
         }
         if (result != nullptr && !succeeded) state_->ledger.Fail(*result);
         entry.returnCode = outcome.returnCode;
-        state_->lastCalls.Ended(outcome.returnCode);
         entry.note = std::move(outcome.note);
         entry.result.record = result;
         if (result != nullptr && succeeded && state_->trace.IsWatched()) entry.result = Traced(result);
@@ -257,10 +259,6 @@ void Host::CalculationEnded() {
         const CallScope scope(handler.module, "an event's procedure");
         reinterpret_cast<int(PASCAL*)()>(reinterpret_cast<void (*)()>(handler.entry))();
     }
-}
-
-std::vector<LastCall> Host::LastCalls() const {
-    return state_->lastCalls.All();
 }
 
 Account Host::GetAccount() const {

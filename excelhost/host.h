@@ -110,8 +110,6 @@ class Host {
     // Called with each entry when it is complete, whether or not a trace is kept. Nothing stops.
     void OnEntry(std::function<void(const Entry&)> listener);
 
-    // The latest few calls, the latest one last. Not locked, for handlers of crashes.
-    [[nodiscard]] std::vector<LastCall> LastCalls() const;
     [[nodiscard]] Account GetAccount() const;
     // What was found wrong, in the order in which it first happened.
     [[nodiscard]] std::vector<Finding> Findings() const;

@@ -1,12 +1,28 @@
 // What is to be said when the program ends in an add-in's code.
 #pragma once
 
-#include <string>
+#include <array>
+#include <cstddef>
+#include <string_view>
 
 namespace excelhost {
 
-// Whose code runs on this thread, and its last calls into Excel; empty when no add-in's code does. Locks nothing: it
-// is called from handlers of crashes.
-[[nodiscard]] std::string LastWords();
+// A message that is put together in place, for handlers of crashes. What doesn't fit is left out.
+class Message {
+  public:
+    Message& operator<<(std::string_view text) noexcept;
+    Message& operator<<(int number) noexcept;
+
+    [[nodiscard]] std::string_view Text() const noexcept { return {text_.data(), size_}; }
+
+  private:
+    std::array<char, 4096> text_{};
+    std::size_t size_ = 0;
+};
+
+// Adds whose code runs on this thread and its last calls into Excel: "in xlAutoOpen of try.xll; its last calls into
+// Excel: xlGetName xlfRegister". False, and nothing is added, when no add-in's code runs.
+// Takes neither memory nor a lock, for an add-in may have crashed where it holds both.
+[[nodiscard]] bool AddLastWords(Message& message) noexcept;
 
 }  // namespace excelhost

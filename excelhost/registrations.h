@@ -42,6 +42,7 @@ struct Registration {
     FARPROC freeResult = nullptr;     // the module's xlAutoFree12; null when it exports none
     FARPROC freeOldResult = nullptr;  // its xlAutoFree
     std::shared_ptr<const Signature> signature;
+    std::string shownName;  // for people: "'TRY.ADD' of try.xll"
 
     [[nodiscard]] std::size_t Arity() const noexcept { return type.arguments.size(); }
 };

@@ -102,7 +102,9 @@ void Session::Open() {
     try {
         opened = open();
     } catch (...) {
-        throw AddInDied("an exception got out: " + CurrentExceptionText() + ", " + LastWords());
+        Message words;
+        (void)AddLastWords(words);
+        throw AddInDied("an exception got out: " + CurrentExceptionText() + ", " + std::string(words.Text()));
     }
     if (opened != 1) throw AddInError("the add-in '" + Utf8(fileName_) + "' refuses to open");
 }

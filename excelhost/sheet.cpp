@@ -1,12 +1,8 @@
 #include "excelhost/sheet.h"
 
-#include "excelhost/calculate.h"
-#include "excelhost/callscope.h"
-#include "excelhost/functions/functions.h"
 #include "excelhost/numbers.h"
 
 #include <algorithm>
-#include <map>
 #include <optional>
 #include <utility>
 
@@ -74,47 +70,6 @@ std::optional<Text> TextFromFormula(TextView field) {
     return text;
 }
 
-// Which functions a host lacks, and how many arguments those take that it has; asked for once a name.
-class KnownFunctions {
-  public:
-    explicit KnownFunctions(const Host& host) : host_(host) {}
-
-    // What stands in the way of each call of a formula.
-    void Check(const FormulaCell& cell, std::vector<CellFault>& faults) {
-        for (const FormulaStep& step : cell.formula.steps) {
-            if (step.step != Step::Call || step.builtin != nullptr) continue;
-            const Text& name = *step.value.If<Text>();
-            const auto arity = Arity(name);
-            if (!arity) {
-                faults.push_back(FaultAt(cell.place, "unknown function '" + Excerpt(name) + "'"));
-            } else if (step.count > *arity) {
-                faults.push_back(FaultAt(cell.place, "'" + Excerpt(name) + "' takes " +
-                                                         std::to_string(*arity) + " arguments, not " +
-                                                         std::to_string(step.count)));
-            }
-        }
-    }
-
-  private:
-    std::optional<std::size_t> Arity(const Text& name) {
-        const auto [place, isNew] = arities_.try_emplace(name);
-        if (isNew) {
-            if (const auto function = host_.Find(name)) place->second = function->Arity();
-        }
-        return place->second;
-    }
-
-    const Host& host_;
-    std::map<Text, std::optional<std::size_t>> arities_;
-};
-
-std::vector<std::uint32_t> OrderOf(std::span<const LocatedFormula> formulas,
-                                   std::span<const Grid* const> grids, std::span<const Text> names) try {
-    return CalculationOrder(formulas, grids, names);
-} catch (const CircularReference& circle) {
-    throw SheetFaults({FaultAt(circle.Cell().cell->place, circle.what())}, circle.Cell().sheet);
-}
-
 std::string FieldText(const Value& value) {
     const Text* text = value.If<Text>();
     if (text == nullptr || text->size() < 2 || text->front() != '=') return CellText(value);
@@ -122,43 +77,6 @@ std::string FieldText(const Value& value) {
     for (const char c : Utf8(*text)) field.append(c == '"' ? 2 : 1, c);
     return field + "\"";
 }
-
-// Serves xlfEvaluate from the sheets for as long as it lives.
-class Evaluation {
-  public:
-    Evaluation(Host& host, std::span<const Grid* const> grids, std::span<const Text> names, IDSHEET firstId)
-        : host_(host), grids_(grids), firstId_(firstId) {
-        for (const Text& name : names) names_.push_back(name.substr(name.rfind(']') + 1));
-        host.SetEvaluator([this](TextView text) { return Evaluate(text); });
-    }
-    ~Evaluation() { host_.SetEvaluator(nullptr); }
-    Evaluation(const Evaluation&) = delete;
-    Evaluation& operator=(const Evaluation&) = delete;
-
-  private:
-    // A formula, with or without its "=", as the calling cell sees the sheets. A lone reference stays one.
-    Value Evaluate(TextView text) const try {
-        const Text marked = text.starts_with(WCHAR{'='}) ? Text(text) : TEXT("=") + Text(text);
-        const Formula formula = ParseFormula(marked, names_);
-        const bool isValue = formula.steps.size() == 1 && formula.steps.front().step == Step::Push;
-        if (isValue && IsReference(formula.steps.front().value)) return formula.steps.front().value;
-        const CallScope* scope = CallScope::Current();
-        const std::optional<Reference> caller = scope != nullptr ? scope->Caller() : std::nullopt;
-        const IDSHEET sheet = caller ? caller->sheet - firstId_ + 1 : 1;
-        const XLREF12 cell = caller ? caller->areas.front().rectangle : XLREF12{};
-        const FunctionCaller call = [&](TextView function, std::span<const Value> arguments) {
-            return host_.Call(function, arguments, caller);
-        };
-        return CalculateFormula(formula, Cells(grids_, sheet, {cell.rwFirst, cell.colFirst}), call);
-    } catch (const FormulaFault&) {
-        return ErrorValue{xlerrValue};
-    }
-
-    Host& host_;
-    std::span<const Grid* const> grids_;
-    std::vector<Text> names_;
-    IDSHEET firstId_;
-};
 
 }  // namespace
 
@@ -204,52 +122,6 @@ void Sheet::Read(Place place, const std::string& field, std::span<const Text> na
     const std::size_t length = given ? given->size() : text.size();
     if (length > kTextLimit) throw FaultAt(place, "a text has at most 32,767 characters");
     values_.Set(place, given ? Value(std::move(*given)) : FromField(field, std::move(text)));
-}
-
-std::vector<CellFault> Sheet::Calculate(Host& host, IDSHEET id, TextView name) {
-    const NamedSheet named{Text(name), this};
-    return CalculateSheets({&named, 1}, host, id).front();
-}
-
-std::vector<std::vector<CellFault>> CalculateSheets(std::span<const NamedSheet> sheets, Host& host,
-                                                    IDSHEET firstId) {
-    std::vector<const Grid*> grids;
-    std::vector<Text> names;
-    std::vector<LocatedFormula> formulas;
-    for (const NamedSheet& named : sheets) {
-        grids.push_back(&named.sheet->Values());
-        names.push_back(named.name);
-        for (const FormulaCell& cell : named.sheet->Formulas()) formulas.push_back({grids.size(), &cell});
-    }
-    const std::vector<std::uint32_t> order = OrderOf(formulas, grids, names);
-    for (std::size_t i = 0; i < sheets.size(); ++i) {
-        host.AddSheet(firstId + i, sheets[i].name,
-                      [grid = grids[i]](const Area& area) { return grid->Read(area); });
-    }
-    const Evaluation evaluation(host, grids, names, firstId);
-    Reference caller;  // the cell that is calculated
-    const FunctionCaller call = [&](TextView function, std::span<const Value> arguments) {
-        return host.Call(function, arguments, caller);
-    };
-    std::vector<std::vector<CellFault>> faults(sheets.size());
-    KnownFunctions known(host);
-    IDSHEET current = 0;
-    for (const std::uint32_t number : order) {
-        const auto& [id, cell] = formulas[number];
-        known.Check(*cell, faults[id - 1]);
-        const auto& [row, column] = cell->place;
-        caller = Reference{firstId + id - 1, {Area{{row, row, column, column}}}};
-        if (std::exchange(current, id) != id) host.SetCurrentSheet(firstId + id - 1);
-        sheets[id - 1].sheet->Set(cell->place,
-                                  CalculateFormula(cell->formula, Cells(grids, id, cell->place), call));
-    }
-    host.SetCurrentSheet(firstId);
-    for (auto& ofSheet : faults) {
-        std::stable_sort(ofSheet.begin(), ofSheet.end(), [](const CellFault& a, const CellFault& b) {
-            return std::pair(a.Row(), a.Column()) < std::pair(b.Row(), b.Column());
-        });
-    }
-    return faults;
 }
 
 std::string CellText(const Value& value) {

@@ -70,8 +70,11 @@ struct NamedSheet {
 // ones, and what they have evaluated meanwhile sees these sheets; a missing one gives #NAME? and a fault in the result, as does a call with too many arguments. The
 // faults come sheet by sheet. SheetFaults for cells that refer to one another in a circle; then no value has
 // changed.
+// Of several threads all calculate formulas whose functions are built in or registered as thread-safe; all others
+// are calculated by the calling thread, in the order that they have without more threads. The values are the same.
 [[nodiscard]] std::vector<std::vector<CellFault>> CalculateSheets(std::span<const NamedSheet> sheets,
-                                                                  Host& host, IDSHEET firstId = 1);
+                                                                  Host& host, IDSHEET firstId = 1,
+                                                                  std::size_t threads = 1);
 
 // A cell's value as CSV shows it.
 [[nodiscard]] std::string CellText(const Value& value);

@@ -73,14 +73,14 @@ SheetFiles::SheetFiles(std::span<const std::string> operands, std::ostream& err)
     }
 }
 
-void SheetFiles::Calculate(Host& host) {
+void SheetFiles::Calculate(Host& host, std::size_t threads) {
     std::vector<NamedSheet> named;
     for (std::size_t i = 0; i < sheets_.size(); ++i) {
         const std::string book = Utf8From(PathFrom(entries_[i].file).filename());
         named.push_back({Wide("[" + book + "]" + entries_[i].name), &sheets_[i]});
     }
     try {
-        faults_ = CalculateSheets(named, host);
+        faults_ = CalculateSheets(named, host, 1, threads);
     } catch (const SheetFaults& circle) {
         faults_.resize(sheets_.size());
         faults_[circle.Sheet() - 1] = circle.All();

@@ -35,7 +35,7 @@ class SheetFiles {
     [[nodiscard]] bool Good() const noexcept { return good_; }
 
     // CalculateSheets, with the faults written to `err` by PrintFaults.
-    void Calculate(Host& host);
+    void Calculate(Host& host, std::size_t threads = 1);
     // Writes the faults of the calculation; false when there are any.
     [[nodiscard]] bool PrintFaults(std::ostream& err) const;
     // The values as CSV. Of several sheets each has a line "# Name" ahead.

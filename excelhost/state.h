@@ -31,7 +31,6 @@ struct HostState {
     Registrations registrations;
     Refusals refusals;
     Trace trace;
-    LastCalls lastCalls;
     Ledger ledger;
     bool alerts = true;
     bool messages = false;

@@ -52,13 +52,6 @@ TracedValue Traced(const XLOPER12* record) {
     return {record, TypeOf(*record), fault.empty() ? Describe(*record) : "(" + fault + ")"};
 }
 
-std::vector<LastCall> LastCalls::All() const {
-    std::vector<LastCall> calls;
-    const std::size_t first = count_ < ring_.size() ? 0 : count_ - ring_.size();
-    for (std::size_t i = first; i < count_; ++i) calls.push_back(ring_[i % ring_.size()]);
-    return calls;
-}
-
 void Trace::Begin(Entry& entry, std::span<const LPXLOPER12> operands) {
     entry.number = ++count_;
     if (!IsWatched()) return;

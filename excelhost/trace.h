@@ -3,7 +3,6 @@
 
 #include "excelhost/value.h"
 
-#include <array>
 #include <cstddef>
 #include <functional>
 #include <span>
@@ -41,24 +40,6 @@ struct Entry {
 // What is wrong with a record that came from outside: a type that isn't one, or a pointer to memory that isn't there.
 // Empty when it can be read.
 [[nodiscard]] std::string Unreadable(const XLOPER12& record);
-
-struct LastCall {
-    int function = 0;
-    int returnCode = xlretSuccess;
-};
-
-// The latest calls, however few are traced, for when the program ends in one.
-class LastCalls {
-  public:
-    void Began(int function) noexcept { ring_[count_++ % ring_.size()] = {function, xlretSuccess}; }
-    void Ended(int returnCode) noexcept { ring_[(count_ - 1) % ring_.size()].returnCode = returnCode; }
-    // The latest one last.
-    [[nodiscard]] std::vector<LastCall> All() const;
-
-  private:
-    std::array<LastCall, 8> ring_{};
-    std::size_t count_ = 0;
-};
 
 // Not locked: who shares it locks it.
 class Trace {

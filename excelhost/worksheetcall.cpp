@@ -138,8 +138,7 @@ class WorksheetCall {
 
     void Find(const std::string& what) {
         const std::lock_guard lock(state_.mutex);
-        state_.findings.Add("'" + Utf8(function_.functionText) + "' of " +
-                            Utf8(FileNameOf(function_.module)) + " " + what);
+        state_.findings.Add(function_.shownName + " " + what);
     }
 
     HostState& state_;

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <deque>
+#include <mutex>
 #include <span>
 
 namespace excelhost {
@@ -17,14 +18,20 @@ class TraceWriter {
   public:
     TraceWriter(Host& host, std::ostream* err) : err_(err) {
         host.KeepTrace(false);
-        if (err_ != nullptr) host.OnEntry([this](const Entry& entry) { *err_ << Describe(entry) << '\n'; });
+        if (err_ != nullptr) host.OnEntry([this](const Entry& entry) { Write(Describe(entry)); });
     }
     void Milestone(const std::string& text) {
-        if (err_ != nullptr) *err_ << "-- " << text << '\n';
+        if (err_ != nullptr) Write("-- " + text);
     }
 
   private:
+    void Write(const std::string& line) {
+        const std::lock_guard lock(mutex_);
+        *err_ << line << '\n';
+    }
+
     std::ostream* err_;
+    std::mutex mutex_;
 };
 
 // The add-ins, from their opening to their close.

@@ -5,10 +5,14 @@
 #include "excelhost/sheetfiles.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace excelhost {
 namespace {
+
+constexpr std::uint64_t kMostThreads = 1024;  // Excel's own limit
 
 constexpr std::string_view kSheets =
     R"(Calculates a sheet: loads the add-ins, calculates every formula of the sheet and prints the values as CSV. Cells are
@@ -41,32 +45,50 @@ std::string FunctionLines() {
     return Wrapped(names, 2);
 }
 
-int Run(const SessionOptions& session, std::span<const std::string> operands, Surroundings& around) {
+struct RunOptions {
+    SessionOptions session;
+    std::uint64_t threads = 1;
+};
+
+std::vector<Option> OptionsOf(RunOptions& run) {
+    std::vector<Option> options = OptionsOf(run.session);
+    options.push_back(CountOption("--threads", "N",
+                                  "calculates with up to N threads, as Excel does (1 if left out, 1,024 at "
+                                  "most): formulas whose functions "
+                                  "are Excel's own or registered as thread-safe ($) by all of them, any "
+                                  "other by the main one; the values "
+                                  "are the same",
+                                  1, run.threads));
+    return options;
+}
+
+int Run(const RunOptions& run, std::span<const std::string> operands, Surroundings& around) {
     const bool complete = std::none_of(operands.begin(), operands.end(),
                                        [](const std::string& sheet) { return sheet.empty(); });
     if (operands.empty() || !complete) throw UsageError("the name of a sheet is missing");
     SheetFiles sheets(operands, around.err);
     if (!sheets.Good()) return kBadInput;
-    const Act act{"the sheet is calculated", [&](Host& host) { sheets.Calculate(host); },
+    const auto threads = static_cast<std::size_t>(std::min(run.threads, kMostThreads));
+    const Act act{"the sheet is calculated", [&](Host& host) { sheets.Calculate(host, threads); },
                   [&](Host&) {
                       if (sheets.Good()) sheets.Print(around.out);
                       around.out.flush();
                       return sheets.PrintFaults(around.err) ? kDone : kBadInput;
                   }};
-    return Play(session, act, around);
+    return Play(run.session, act, around);
 }
 
 }  // namespace
 
 Command RunCommand() {
-    const auto session = std::make_shared<SessionOptions>();
+    const auto run = std::make_shared<RunOptions>();
     return {"run",
             "calculates sheets (CSV) through the add-ins and prints the values",
             {"SHEET.csv [options]", "NAME=SHEET.csv NAME=SHEET.csv ... [options]"},
             std::string(kSheets) + FunctionLines() + std::string(kRules),
-            OptionsOf(*session),
-            [session](std::span<const std::string> operands, Surroundings& around) {
-                return Run(*session, operands, around);
+            OptionsOf(*run),
+            [run](std::span<const std::string> operands, Surroundings& around) {
+                return Run(*run, operands, around);
             }};
 }
 

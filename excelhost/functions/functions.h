@@ -113,7 +113,8 @@ struct Builtin {
     std::size_t fewest;
     std::size_t most;
     Value (*calculate)(const Given& given);
-    bool wholeArrays = false;  // operators in its arguments take arrays element by element
+    bool wholeArrays = false;   // operators in its arguments take arrays element by element
+    bool looksFurther = false;  // at cells beside those that its arguments name
 };
 
 // The families.

@@ -252,7 +252,7 @@ using Smaller = std::less<>;
 
 constexpr auto kFunctions = std::to_array<Builtin>({
     {"AVERAGE", 1, kArgumentLimit, Average},
-    {"AVERAGEIF", 2, 3, [](const Given& given) { return TallyIf(given).Mean(); }},
+    {"AVERAGEIF", 2, 3, [](const Given& given) { return TallyIf(given).Mean(); }, false, true},
     {"AVERAGEIFS", 3, kArgumentLimit, [](const Given& given) { return TallyIfs(given).Mean(); }},
     {"COUNT", 1, kArgumentLimit, Count},
     {"COUNTA", 1, kArgumentLimit, CountAll},
@@ -270,7 +270,7 @@ constexpr auto kFunctions = std::to_array<Builtin>({
     {"STDEV", 1, kArgumentLimit, Deviation<1>},
     {"STDEV.P", 1, kArgumentLimit, Deviation<0>},
     {"STDEV.S", 1, kArgumentLimit, Deviation<1>},
-    {"SUMIF", 2, 3, [](const Given& given) { return FiniteNumber(TallyIf(given).sum); }},
+    {"SUMIF", 2, 3, [](const Given& given) { return FiniteNumber(TallyIf(given).sum); }, false, true},
     {"SUMIFS", 3, kArgumentLimit, [](const Given& given) { return FiniteNumber(TallyIfs(given).sum); }},
     {"VAR", 1, kArgumentLimit, Variance<1>},
     {"VAR.P", 1, kArgumentLimit, Variance<0>},

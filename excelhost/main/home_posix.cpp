@@ -1,24 +1,33 @@
 #include "home.h"
 
 #include "excelhost/lastwords.h"
+#include "excelhost/machine/crashstack.h"
 #include "excelhost/program.h"
 
-#include <array>
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
+#include <string_view>
+#include <utility>
 
 #include <unistd.h>
 
 namespace excelhost {
 namespace {
 
+// Of several threads that end in an add-in the first one speaks.
+std::atomic_flag is_ending = ATOMIC_FLAG_INIT;
+
 // Nothing when it wasn't an add-in's code that ended the program.
-void EndInAddIn(const std::string& how) {
-    const std::string words = LastWords();
-    if (words.empty()) return;
-    const std::string message = "excelhost: " + how + " " + words + "\n";
-    (void)!write(STDERR_FILENO, message.data(), message.size());
+void EndInAddIn(std::string_view how) {
+    Message message;
+    message << "excelhost: " << how << " ";
+    if (!AddLastWords(message)) return;
+    message << "\n";
+    if (is_ending.test_and_set()) {
+        for (;;) pause();
+    }
+    (void)!write(STDERR_FILENO, message.Text().data(), message.Text().size());
     _exit(kAddInDied);
 }
 
@@ -26,21 +35,26 @@ void OnExit() {
     EndInAddIn("exit was called");
 }
 
-// Telling takes memory, and an add-in that crashed inside the allocator may have left it locked.
-void OnAlarm(int) {
-    constexpr char message[] =
-        "excelhost: an add-in ended the program, in a state that hides its last calls\n";
-    (void)!write(STDERR_FILENO, message, sizeof message - 1);
-    _exit(kAddInDied);
+std::string_view CrashName(int number) noexcept {
+    switch (number) {
+        case SIGSEGV:
+            return "a crash (Segmentation fault)";
+        case SIGBUS:
+            return "a crash (Bus error)";
+        case SIGFPE:
+            return "a crash (Floating point exception)";
+        case SIGILL:
+            return "a crash (Illegal instruction)";
+        default:
+            return "abort was called";
+    }
 }
 
-// Once: a second fault, in here, ends the program as if nobody had asked.
+// Once a thread: a second fault, in here, ends the program as if nobody had asked.
 void OnSignal(int number) {
+    static thread_local bool is_told = false;
+    if (!std::exchange(is_told, true)) EndInAddIn(CrashName(number));
     std::signal(number, SIG_DFL);
-    std::signal(SIGALRM, OnAlarm);
-    alarm(5);
-    EndInAddIn(number == SIGABRT ? std::string("abort was called")
-                                 : "a crash (" + std::string(strsignal(number)) + ")");
     raise(number);
 }
 
@@ -55,10 +69,7 @@ std::filesystem::path OwnFolder() {
 }
 
 void GuardAgainstAddIns() {
-    // A stack of its own, for when the add-in's has overflowed; a sanitizer's report takes much of it.
-    static std::array<std::byte, std::size_t{1} << 20> stack;
-    const stack_t own{stack.data(), 0, stack.size()};
-    sigaltstack(&own, nullptr);
+    static const CrashStack stack;
     for (const int number : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT}) {
         struct sigaction action {};
         action.sa_handler = OnSignal;

@@ -2,6 +2,7 @@
 
 #include "excelhost/failure.h"
 #include "excelhost/lastwords.h"
+#include "excelhost/machine/crashstack.h"
 #include "excelhost/program.h"
 #include "excelhost/session.h"
 #include "excelhost/value.h"
@@ -14,16 +15,21 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <span>
+#include <string_view>
 
 namespace excelhost {
 namespace {
 
-void End(const std::string& why, int code) {
-    const std::string message = "excelhost: " + why + "\n";
+// Of several threads that end in an add-in the first one speaks.
+std::atomic_flag is_ending = ATOMIC_FLAG_INIT;
+
+void End(std::string_view message, int code) {
+    if (is_ending.test_and_set()) Sleep(INFINITE);
     DWORD written = 0;
     WriteFile(GetStdHandle(STD_ERROR_HANDLE), message.data(), static_cast<DWORD>(message.size()), &written,
               nullptr);
@@ -31,9 +37,12 @@ void End(const std::string& why, int code) {
 }
 
 // Nothing when it wasn't an add-in's code that ended the program.
-void EndInAddIn(const std::string& how) {
-    const std::string words = LastWords();
-    if (!words.empty()) End(how + " " + words, kAddInDied);
+void EndInAddIn(std::string_view how) {
+    Message message;
+    message << "excelhost: " << how << " ";
+    if (!AddLastWords(message)) return;
+    message << "\n";
+    End(message.Text(), kAddInDied);
 }
 
 // As Linux tells a C++ exception that leaves an export.
@@ -42,7 +51,9 @@ void EndInFailure(const EXCEPTION_RECORD& record) {
     std::array<std::uintptr_t, EXCEPTION_MAXIMUM_PARAMETERS> parameters{};
     std::copy_n(record.ExceptionInformation, record.NumberParameters, parameters.begin());
     const std::string text = ExportFailureText(std::span(parameters).first(record.NumberParameters));
-    if (const std::string told = HandshakeFailure(text); !told.empty()) End(told, kBadInput);
+    if (const std::string told = HandshakeFailure(text); !told.empty()) {
+        End("excelhost: " + told + "\n", kBadInput);
+    }
     EndInAddIn("an exception got out: " + text + ",");
 }
 
@@ -58,10 +69,10 @@ LONG WINAPI OnException(EXCEPTION_POINTERS* exception) {
     if (exception->ExceptionRecord->ExceptionCode == kExportFailureCode) {
         EndInFailure(*exception->ExceptionRecord);
     }
-    std::string code(9, '\0');
-    code.resize(static_cast<std::size_t>(
-        snprintf(code.data(), code.size(), "%08lX", exception->ExceptionRecord->ExceptionCode)));
-    EndInAddIn("a crash (exception " + code + ")");
+    std::array<char, 40> crash{};
+    (void)snprintf(crash.data(), crash.size(), "a crash (exception %08lX)",
+                   exception->ExceptionRecord->ExceptionCode);
+    EndInAddIn(crash.data());
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
@@ -84,6 +95,7 @@ std::filesystem::path OwnFolder() {
 }
 
 void GuardAgainstAddIns() {
+    static const CrashStack stack;
     SetUnhandledExceptionFilter(OnException);
     std::signal(SIGABRT, OnAbort);
     std::atexit(OnExit);

@@ -121,6 +121,8 @@ Outcome Register(HostState& state, Operands operands) try {
     registration.freeResult = module.exports("xlAutoFree12");
     registration.freeOldResult = module.exports("xlAutoFree");
     registration.signature = std::make_shared<const Signature>(SignatureOf(registration.type));
+    registration.shownName =
+        "'" + Utf8(registration.functionText) + "' of " + Utf8(FileNameOf(registration.module));
     const std::lock_guard lock(state.mutex);
     return Outcome::Of(state.registrations.Add(std::move(registration))->id);
 } catch (const Refusal& refusal) {

@@ -22,7 +22,7 @@ Outcome SwitchMessages(HostState& state, Operands) {
 }
 
 constexpr ServedFunction kTable[] = {
-    {xlfError, "xlfError", 1, 2, From::Anywhere, SwitchAlerts},
+    {xlfError, "xlfError", 1, 2, From::MainThread, SwitchAlerts},
     {xlEnableXLMsgs, "xlEnableXLMsgs", 0, 0, From::Anywhere, SwitchMessages<true>},
     {xlDisableXLMsgs, "xlDisableXLMsgs", 0, 0, From::Anywhere, SwitchMessages<false>},
 };

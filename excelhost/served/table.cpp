@@ -38,12 +38,17 @@ const ServedFunction* FindServed(int number) noexcept {
     return isCommand ? &ServedCommands().front() : nullptr;
 }
 
-std::string FunctionName(int number) {
+FunctionLabel LabelOf(int number) noexcept {
     const ServedFunction* function = FindServed(number);
-    if (function == nullptr) return std::to_string(number);
-    if (function->number == kCommand && (number & kHighestCommand) != 0)
-        return "xlCommand|" + std::to_string(number & kHighestCommand);
-    return std::string(function->name);
+    if (function == nullptr) return {{}, number};
+    const bool isUnnamed = function->number == kCommand && (number & kHighestCommand) != 0;
+    if (isUnnamed) return {"xlCommand|", number & kHighestCommand};
+    return {function->name, std::nullopt};
+}
+
+std::string FunctionName(int number) {
+    const FunctionLabel label = LabelOf(number);
+    return std::string(label.name) + (label.number ? std::to_string(*label.number) : std::string());
 }
 
 std::optional<double> NumberOf(const XLOPER12& record) {

@@ -62,7 +62,13 @@ inline constexpr int kHighestCommand = 0x3FF;
 // Null for a number that isn't served. Every command is.
 [[nodiscard]] const ServedFunction* FindServed(int number) noexcept;
 
-// "xlUDF", "xlfError"...; the number for any other.
+// What stands for a function in a trace: "xlUDF", "xlfError"..., a name with a number behind it, "xlCommand|7", or
+// the number alone.
+struct FunctionLabel {
+    std::string_view name;
+    std::optional<int> number;
+};
+[[nodiscard]] FunctionLabel LabelOf(int number) noexcept;
 [[nodiscard]] std::string FunctionName(int number);
 
 // The rooms of the table.

@@ -73,7 +73,7 @@ Outcome SheetName(HostState& state, Operands operands) {
 }
 
 constexpr ServedFunction kTable[] = {
-    {xlUDF, "xlUDF", 1, 255, From::Anywhere, RunWorkbookFunction},
+    {xlUDF, "xlUDF", 1, 255, From::MainThread, RunWorkbookFunction},
     {xlSheetNm, "xlSheetNm", 0, 1, From::Anywhere, SheetName},
 };
 

@@ -1,5 +1,6 @@
 // Add-ins in C through the program: every type, and every bad habit, which must be found and named.
 #include "excelhost/program.h"
+#include "excelhost/value.h"
 
 #include "support/folder.h"
 
@@ -17,7 +18,7 @@ using testing::Not;
 class AddInsTest : public ::testing::Test {
   protected:
     // Calculates formulas below two rows of data; gives their values, one a line.
-    int Run(const std::vector<std::string>& formulas, const char* addIn) {
+    int Run(const std::vector<std::string>& formulas, const char* addIn, const char* threads = "1") {
         const std::filesystem::path path = folder_.Path() / "sheet.csv";
         std::ofstream sheet(path, std::ios::binary);
         sheet << "2,3,Ab,TRUE\n4,5,,#N/A\n";
@@ -31,7 +32,8 @@ class AddInsTest : public ::testing::Test {
         std::ostringstream messages;
         Surroundings around{folder_.Path(), out, messages};
         const auto name = path.u8string();
-        const std::vector<std::string> arguments = {"run", {name.begin(), name.end()}, "--addin", addIn};
+        const std::vector<std::string> arguments = {
+            "run", {name.begin(), name.end()}, "--addin", addIn, "--threads", threads};
         const int code = RunProgram(arguments, Commands(), around);
         std::istringstream lines(out.str());
         values.clear();
@@ -139,6 +141,30 @@ TEST_F(AddInsTest, EveryBadHabitIsFoundAndNamed) {
          {"the type text has a 'Z'", "begins with '%'", "exports no 'NotThere'", "'#' beside '$'"}) {
         EXPECT_THAT(err, HasSubstr(reason));
     }
+}
+
+// Four kinds of formula in turns, over several windows of the order; the first and the last refer to cells above.
+TEST_F(AddInsTest, ManyThreadsGiveTheValuesOfOne) {
+    std::vector<std::string> formulas;
+    for (int row = 3; row < 2403; row += 4) {
+        const std::string above = "A" + std::to_string(row - 1);
+        formulas.insert(formulas.end(),
+                        {"=Counts()+0*" + above, "=Asks(B" + std::to_string(row % 4 / 2 + 1) + ")",
+                         "=IsRefused(1)", "=SUM(A3:" + above + ")/SUMIF(A3:A4,1,A1)"});
+    }
+    EXPECT_EQ(Run(formulas, THREADS_ADDIN, "4"), kDone) << err;
+    ASSERT_EQ(values.size(), formulas.size());
+    for (std::size_t i = 0; i < values.size(); i += 4) {
+        ASSERT_EQ(values[i], std::to_string(i / 4 + 1)) << "in the order of one thread";
+        ASSERT_EQ(values[i + 1], std::to_string(500 + i + 4)) << "3 or 5, and the row";
+        ASSERT_EQ(values[i + 2], std::to_string(5 * xlretNotThreadSafe));
+    }
+    const auto byMany = values;
+    EXPECT_EQ(Run(formulas, THREADS_ADDIN), kDone) << err;
+    EXPECT_EQ(values, byMany);
+
+    EXPECT_EQ(Run(std::vector<std::string>(12, "=Meets(A1)"), THREADS_ADDIN, "2"), kDone) << err;
+    EXPECT_EQ(values[0], "1") << "two threads have been in it at once";
 }
 
 }  // namespace

@@ -81,6 +81,17 @@ foreach(ending IN ITEMS "exit;exit was called" "abort;abort was called" "crash;a
   endif()
 endforeach()
 
+# A call that ends the program from one of several threads, on a stack that has overflowed as well.
+foreach(ending IN ITEMS Crashes Overflows)
+  string(REPEAT "=${ending}(1)\n" 40 formulas)
+  file(WRITE "${SCRATCH}/threads.csv" "${formulas}")
+  execute_process(COMMAND ${EMULATOR} "${PROGRAM}" run "${SCRATCH}/threads.csv" --addin "${THREADS}" --threads 4
+    OUTPUT_QUIET ERROR_VARIABLE err RESULT_VARIABLE code)
+  if(NOT code EQUAL 4 OR NOT err MATCHES "^excelhost: a crash [^\n]* in '${ending}' of threads.xll; its last calls [^\n]*\n$")
+    message(FATAL_ERROR "${ending}: exit code ${code}, message '${err}'")
+  endif()
+endforeach()
+
 # One that links Excel's functions by name: version 0x0C00, and 32 from the old family.
 file(WRITE "${SCRATCH}/linked.csv" "=Version()\n")
 execute_process(COMMAND ${EMULATOR} "${PROGRAM}" run "${SCRATCH}/linked.csv" --addin "${LINKED}"

@@ -106,6 +106,8 @@ TEST_F(ProgramTest, RefusesABadCommandLine) {
         {{"run", "a", "--trace=yes"}, "--trace takes no value"},
         {{"run", "a", "--addin"}, "--addin needs a value"},
         {{"run", "--", ""}, "the name of a sheet is missing"},
+        {{"run", "a", "--threads=0"}, "--threads takes a whole number from 1 on, not '0'"},
+        {{"run", "a", "--threads", "2x"}, "not '2x'"},
         {{"run", "a", "--companion=rosa"}, "--companion takes one of iris, none, not 'rosa'"},
     };
     for (const auto& [arguments, message] : lines) {

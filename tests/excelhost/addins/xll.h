@@ -29,6 +29,13 @@ typedef struct Record {
             int32_t rectangle[4];
         } sref;
         struct {
+            struct {
+                uint16_t count;
+                int32_t rectangle[4];
+            } * cells;
+            uintptr_t sheet;
+        } ref;
+        struct {
             struct Record* cells;
             int32_t rows, columns;
         } array;
@@ -54,6 +61,7 @@ enum {
     TypeNum = 1,
     TypeStr = 2,
     TypeBool = 4,
+    TypeRef = 8,
     TypeErr = 16,
     TypeMulti = 64,
     TypeMissing = 128,
@@ -61,8 +69,10 @@ enum {
 };
 enum { XLFree = 0x1000, DLLFree = 0x4000 };
 enum {
+    Caller = 89,
     Register = 149,
     Unregister = 201,
+    Udf = 255,
     Evaluate = 257,
     Free = 0x4000,
     Coerce = 0x4002,

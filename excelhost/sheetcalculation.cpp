@@ -1,0 +1,218 @@
+// The calculation of sheets through a host.
+#include "excelhost/batches.h"
+#include "excelhost/calculate.h"
+#include "excelhost/callscope.h"
+#include "excelhost/functions/functions.h"
+#include "excelhost/sheet.h"
+#include "excelhost/workers.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <utility>
+
+namespace excelhost {
+namespace {
+
+CellFault FaultAt(Place place, const std::string& message) {
+    return {static_cast<std::size_t>(place.row) + 1, static_cast<std::size_t>(place.column) + 1, message};
+}
+
+// Which functions a host lacks, and how many arguments those take that it has; asked for once a name.
+class KnownFunctions {
+  public:
+    explicit KnownFunctions(const Host& host) : host_(host) {}
+
+    // What stands in the way of each call of a formula.
+    void Check(const FormulaCell& cell, std::vector<CellFault>& faults) {
+        for (const FormulaStep& step : cell.formula.steps) {
+            if (step.step != Step::Call || step.builtin != nullptr) continue;
+            const Text& name = *step.value.If<Text>();
+            const auto arity = Arity(name);
+            if (!arity) {
+                faults.push_back(FaultAt(cell.place, "unknown function '" + Excerpt(name) + "'"));
+            } else if (step.count > *arity) {
+                faults.push_back(FaultAt(cell.place, "'" + Excerpt(name) + "' takes " +
+                                                         std::to_string(*arity) + " arguments, not " +
+                                                         std::to_string(step.count)));
+            }
+        }
+    }
+
+  private:
+    std::optional<std::size_t> Arity(const Text& name) {
+        const auto [place, isNew] = arities_.try_emplace(name);
+        if (isNew) {
+            if (const auto function = host_.Find(name)) place->second = function->Arity();
+        }
+        return place->second;
+    }
+
+    const Host& host_;
+    std::map<Text, std::optional<std::size_t>> arities_;
+};
+
+std::vector<std::uint32_t> OrderOf(std::span<const LocatedFormula> formulas,
+                                   std::span<const Grid* const> grids, std::span<const Text> names) try {
+    return CalculationOrder(formulas, grids, names);
+} catch (const CircularReference& circle) {
+    throw SheetFaults({FaultAt(circle.Cell().cell->place, circle.what())}, circle.Cell().sheet);
+}
+
+// Serves xlfEvaluate from the sheets for as long as it lives.
+class Evaluation {
+  public:
+    Evaluation(Host& host, std::span<const Grid* const> grids, std::span<const Text> names, IDSHEET firstId)
+        : host_(host), grids_(grids), firstId_(firstId) {
+        for (const Text& name : names) names_.push_back(name.substr(name.rfind(']') + 1));
+        host.SetEvaluator([this](TextView text) { return Evaluate(text); });
+    }
+    ~Evaluation() { host_.SetEvaluator(nullptr); }
+    Evaluation(const Evaluation&) = delete;
+    Evaluation& operator=(const Evaluation&) = delete;
+
+  private:
+    // A formula, with or without its "=", as the calling cell sees the sheets. A lone reference stays one.
+    Value Evaluate(TextView text) const try {
+        const Text marked = text.starts_with(WCHAR{'='}) ? Text(text) : TEXT("=") + Text(text);
+        const Formula formula = ParseFormula(marked, names_);
+        const bool isValue = formula.steps.size() == 1 && formula.steps.front().step == Step::Push;
+        if (isValue && IsReference(formula.steps.front().value)) return formula.steps.front().value;
+        const CallScope* scope = CallScope::Current();
+        const std::optional<Reference> caller = scope != nullptr ? scope->Caller() : std::nullopt;
+        const IDSHEET sheet = caller ? caller->sheet - firstId_ + 1 : 1;
+        const XLREF12 cell = caller ? caller->areas.front().rectangle : XLREF12{};
+        const FunctionCaller call = [&](TextView function, std::span<const Value> arguments) {
+            return host_.Call(function, arguments, caller);
+        };
+        return CalculateFormula(formula, Cells(grids_, sheet, {cell.rwFirst, cell.colFirst}), call);
+    } catch (const FormulaFault&) {
+        return ErrorValue{xlerrValue};
+    }
+
+    Host& host_;
+    std::span<const Grid* const> grids_;
+    std::vector<Text> names_;
+    IDSHEET firstId_;
+};
+
+// A small batch is done before other threads have woken up.
+constexpr std::size_t kSmallBatch = 8;
+
+class SheetCalculation {
+  public:
+    SheetCalculation(std::span<const NamedSheet> sheets, Host& host, IDSHEET firstId)
+        : sheets_(sheets), host_(host), firstId_(firstId), known_(host), faults_(sheets.size()) {
+        for (const NamedSheet& named : sheets) {
+            grids_.push_back(&named.sheet->Values());
+            names_.push_back(named.name);
+            for (const FormulaCell& cell : named.sheet->Formulas()) {
+                formulas_.push_back({grids_.size(), &cell});
+            }
+        }
+    }
+
+    std::vector<std::vector<CellFault>> Run(std::size_t threads) {
+        const std::vector<std::uint32_t> order = OrderOf(formulas_, grids_, names_);
+        for (std::size_t i = 0; i < sheets_.size(); ++i) {
+            host_.AddSheet(firstId_ + i, sheets_[i].name,
+                           [grid = grids_[i]](const Area& area) { return grid->Read(area); });
+        }
+        const Evaluation evaluation(host_, grids_, names_, firstId_);
+        if (threads > 1) {
+            CalculateByMany(order, threads);
+        } else {
+            for (const std::uint32_t number : order) Calculate(number);
+        }
+        host_.SetCurrentSheet(firstId_);
+        for (auto& ofSheet : faults_) {
+            std::stable_sort(ofSheet.begin(), ofSheet.end(), [](const CellFault& a, const CellFault& b) {
+                return std::pair(a.Row(), a.Column()) < std::pair(b.Row(), b.Column());
+            });
+        }
+        return std::move(faults_);
+    }
+
+  private:
+    // While several threads calculate, no cell gets its value: an add-in may look at any.
+    void CalculateByMany(std::span<const std::uint32_t> order, std::size_t threads) {
+        Workers workers(threads);
+        std::vector<Value> values;
+        while (!order.empty()) {
+            const std::size_t count = std::min(order.size(), kBatchWindow);
+            for (const Batch& batch : BatchesOf(order.first(count), formulas_, grids_,
+                                                [&](const Formula& f) { return CanBeShared(f); })) {
+                if (!batch.isShared || batch.formulas.size() < kSmallBatch) {
+                    for (const std::uint32_t number : batch.formulas) Calculate(number);
+                    continue;
+                }
+                ShowSheet(batch.sheet);
+                values.resize(batch.formulas.size());
+                workers.Share(values.size(),
+                              [&](std::size_t i) { values[i] = ValueOf(formulas_[batch.formulas[i]]); });
+                for (std::size_t i = 0; i < values.size(); ++i) {
+                    Set(formulas_[batch.formulas[i]], std::move(values[i]));
+                }
+            }
+            order = order.subspan(count);
+        }
+    }
+
+    // Excel's own functions can, but for those that look at cells which the formula doesn't name.
+    [[nodiscard]] bool CanBeShared(const Formula& formula) const {
+        return std::all_of(formula.steps.begin(), formula.steps.end(), [&](const FormulaStep& step) {
+            if (step.step != Step::Call) return true;
+            if (step.builtin != nullptr) return !step.builtin->looksFurther;
+            const auto function = host_.Find(*step.value.If<Text>());
+            return function && function->type.threadSafe && step.count <= function->Arity();
+        });
+    }
+
+    void Calculate(std::uint32_t number) {
+        const LocatedFormula& formula = formulas_[number];
+        known_.Check(*formula.cell, faults_[formula.sheet - 1]);
+        ShowSheet(formula.sheet);
+        Set(formula, ValueOf(formula));
+    }
+
+    [[nodiscard]] Value ValueOf(const LocatedFormula& formula) const {
+        const auto& [row, column] = formula.cell->place;
+        const Reference caller{firstId_ + formula.sheet - 1, {Area{{row, row, column, column}}}};
+        const FunctionCaller call = [&](TextView function, std::span<const Value> arguments) {
+            return host_.Call(function, arguments, caller);
+        };
+        return CalculateFormula(formula.cell->formula, Cells(grids_, formula.sheet, formula.cell->place),
+                                call);
+    }
+
+    void Set(const LocatedFormula& formula, Value value) {
+        sheets_[formula.sheet - 1].sheet->Set(formula.cell->place, std::move(value));
+    }
+    void ShowSheet(IDSHEET sheet) {
+        if (std::exchange(current_, sheet) != sheet) host_.SetCurrentSheet(firstId_ + sheet - 1);
+    }
+
+    std::span<const NamedSheet> sheets_;
+    Host& host_;
+    IDSHEET firstId_;
+    std::vector<const Grid*> grids_;
+    std::vector<Text> names_;
+    std::vector<LocatedFormula> formulas_;
+    KnownFunctions known_;
+    std::vector<std::vector<CellFault>> faults_;  // by sheet
+    IDSHEET current_ = 0;
+};
+
+}  // namespace
+
+std::vector<CellFault> Sheet::Calculate(Host& host, IDSHEET id, TextView name) {
+    const NamedSheet named{Text(name), this};
+    return CalculateSheets({&named, 1}, host, id).front();
+}
+
+std::vector<std::vector<CellFault>> CalculateSheets(std::span<const NamedSheet> sheets, Host& host,
+                                                    IDSHEET firstId, std::size_t threads) {
+    return SheetCalculation(sheets, host, firstId).Run(threads);
+}
+
+}  // namespace excelhost
