@@ -58,7 +58,8 @@ F(int32_t) Crashes(double a) {
     return *(volatile int32_t*)nowhere;
 }
 /* The compiler is kept from making a loop of it. */
-static int32_t (*volatile deeper)(volatile char*);
+static int32_t Deeper(volatile char* above);
+static int32_t (*volatile const deeper)(volatile char*) = Deeper;
 static int32_t Deeper(volatile char* above) {
     volatile char room[4096];
     room[0] = *above;
@@ -66,7 +67,6 @@ static int32_t Deeper(volatile char* above) {
 }
 F(int32_t) Overflows(double a) {
     volatile char room = (char)a;
-    deeper = Deeper;
     return deeper(&room);
 }
 
