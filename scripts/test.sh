@@ -47,6 +47,7 @@ trap 'rm -rf "$logs"' EXIT
 passed=0
 failed=0
 failures=()
+spent=()
 
 # build LANE [TARGET]
 build() {
@@ -103,11 +104,13 @@ run_lane() {
     cat "$logs/lint"
     return
   fi
+  local begun=$SECONDS built
   if ! build "$lane"; then
     echo "$lane: the build failed"
     failed=$((failed + 1)); failures+=("$lane")
     return
   fi
+  built=$SECONDS
   case "$lane" in win*) start_wine "$lane" ;; esac
   local status=0
   follow "$lane: testing" "$logs/ctest" \
@@ -115,6 +118,7 @@ run_lane() {
   case "$lane" in win*) stop_wine ;; esac
   if [ $status -ne 0 ]; then cat "$logs/ctest"; failures+=("$lane"); else grep -E 'Test +#|tests passed|Skipped' "$logs/ctest"; fi
   count "$logs/ctest"
+  spent+=("$(printf '%-12s %5d s building, %5d s testing' "$lane" $((built - begun)) $((SECONDS - built)))")
 }
 
 for lane in "${lanes[@]}"; do run_lane "$lane"; done
@@ -123,6 +127,7 @@ total=$((passed + failed))
 echo
 [ ${#failures[@]} -eq 0 ] || echo "Lanes with failures: ${failures[*]}"
 [ $total -gt 0 ] || { echo "no test ran"; exit 1; }
+[ ${#spent[@]} -eq 0 ] || printf '%s\n' "${spent[@]}"
 echo "Lanes: ${lanes[*]}"
 echo "$((100 * passed / total))% tests passed, $failed tests failed out of $total"
 [ ${#failures[@]} -eq 0 ]
