@@ -242,7 +242,7 @@ std::vector<Finding> Host::Findings() const {
     return findings.All();
 }
 
-void Host::SetEvaluator(std::function<Value(TextView formula)> evaluator) {
+void Host::SetEvaluator(SheetEvaluator evaluator) {
     const std::lock_guard lock(state_->mutex);
     state_->evaluator = std::move(evaluator);
 }

@@ -65,8 +65,9 @@ class Host {
     // sheet that isn't there, or to several rectangles, gives #REF! or #VALUE!.
     [[nodiscard]] Value Dereference(const Value& value) const;
 
-    // Gives xlfEvaluate its values; names set through xlfSetName come first.
-    void SetEvaluator(std::function<Value(TextView formula)> evaluator);
+    // Serves xlfEvaluate, where names set through xlfSetName come first, and worksheet functions by number, which
+    // otherwise see nothing but the cells that they are given.
+    void SetEvaluator(SheetEvaluator evaluator);
     // Calls the procedures that add-ins have registered for this event.
     void CalculationEnded();
 

@@ -97,6 +97,7 @@ struct OldRecordMaker {
         record.val.mref.idSheet = reference.sheet;
         return record;
     }
+    XLOPER operator()(BigData) const { return OldError(xlerrValue); }
     XLOPER operator()(const Array& array) const {
         const std::size_t most = std::numeric_limits<WORD>::max();
         const std::size_t rows = std::min(array.rows, most);

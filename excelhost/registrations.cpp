@@ -66,6 +66,14 @@ std::shared_ptr<const Registration> Registrations::FindById(double id) const {
     return found != all_.end() ? *found : nullptr;
 }
 
+std::shared_ptr<const Registration> Registrations::FindProcedure(const Module& module,
+                                                                 TextView procedure) const {
+    const auto found = std::find_if(all_.rbegin(), all_.rend(), [&](const auto& r) {
+        return r->procedure == procedure && SameName(FileNameOf(r->module), module.fileName);
+    });
+    return found != all_.rend() ? *found : nullptr;
+}
+
 TextView FileNameOf(TextView path) noexcept {
     static constexpr WCHAR kSeparators[] = {'/', '\\', ':', 0};
     const auto separator = path.find_last_of(kSeparators);

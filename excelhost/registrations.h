@@ -71,6 +71,9 @@ class Registrations {
     // The newest under a function text; null when there is none.
     [[nodiscard]] std::shared_ptr<const Registration> Find(TextView functionText) const;
     [[nodiscard]] std::shared_ptr<const Registration> FindById(double id) const;
+    // The newest of a procedure of the module.
+    [[nodiscard]] std::shared_ptr<const Registration> FindProcedure(const Module& module,
+                                                                    TextView procedure) const;
     // In the order in which they were made.
     [[nodiscard]] const std::vector<std::shared_ptr<const Registration>>& All() const noexcept {
         return all_;

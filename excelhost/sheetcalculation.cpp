@@ -59,15 +59,18 @@ std::vector<std::uint32_t> OrderOf(std::span<const LocatedFormula> formulas,
     throw SheetFaults({FaultAt(circle.Cell().cell->place, circle.what())}, circle.Cell().sheet);
 }
 
-// Serves xlfEvaluate from the sheets for as long as it lives.
+// Serves xlfEvaluate and worksheet functions by number from the sheets for as long as it lives.
 class Evaluation {
   public:
     Evaluation(Host& host, std::span<const Grid* const> grids, std::span<const Text> names, IDSHEET firstId)
         : host_(host), grids_(grids), firstId_(firstId) {
         for (const Text& name : names) names_.push_back(name.substr(name.rfind(']') + 1));
-        host.SetEvaluator([this](TextView text) { return Evaluate(text); });
+        host.SetEvaluator({[this](TextView text) { return Evaluate(text); },
+                           [this](const Builtin& function, std::span<const Value> arguments) {
+                               return Call(function, arguments);
+                           }});
     }
-    ~Evaluation() { host_.SetEvaluator(nullptr); }
+    ~Evaluation() { host_.SetEvaluator({}); }
     Evaluation(const Evaluation&) = delete;
     Evaluation& operator=(const Evaluation&) = delete;
 
@@ -78,16 +81,34 @@ class Evaluation {
         const Formula formula = ParseFormula(marked, names_);
         const bool isValue = formula.steps.size() == 1 && formula.steps.front().step == Step::Push;
         if (isValue && IsReference(formula.steps.front().value)) return formula.steps.front().value;
-        const CallScope* scope = CallScope::Current();
-        const std::optional<Reference> caller = scope != nullptr ? scope->Caller() : std::nullopt;
-        const IDSHEET sheet = caller ? caller->sheet - firstId_ + 1 : 1;
-        const XLREF12 cell = caller ? caller->areas.front().rectangle : XLREF12{};
+        const std::optional<Reference> caller = Caller();
         const FunctionCaller call = [&](TextView function, std::span<const Value> arguments) {
             return host_.Call(function, arguments, caller);
         };
-        return CalculateFormula(formula, Cells(grids_, sheet, {cell.rwFirst, cell.colFirst}), call);
+        return CalculateFormula(formula, CellsOf(caller), call);
     } catch (const FormulaFault&) {
         return ErrorValue{xlerrValue};
+    }
+
+    // References name sheets by the host's ids here, and by their place among these sheets in a formula.
+    Value Call(const Builtin& function, std::span<const Value> arguments) const {
+        std::vector<Value> given(arguments.begin(), arguments.end());
+        for (Value& argument : given) {
+            if (auto* reference = std::get_if<Reference>(&argument)) reference->sheet -= firstId_ - 1;
+        }
+        Value value = CallBuiltin(function, given, CellsOf(Caller()));
+        if (auto* reference = std::get_if<Reference>(&value)) reference->sheet += firstId_ - 1;
+        return value;
+    }
+
+    static std::optional<Reference> Caller() {
+        const CallScope* scope = CallScope::Current();
+        return scope != nullptr ? scope->Caller() : std::nullopt;
+    }
+    [[nodiscard]] Cells CellsOf(const std::optional<Reference>& caller) const {
+        const IDSHEET sheet = caller ? caller->sheet - firstId_ + 1 : 1;
+        const XLREF12 cell = caller ? caller->areas.front().rectangle : XLREF12{};
+        return Cells(grids_, sheet, {cell.rwFirst, cell.colFirst});
     }
 
     Host& host_;

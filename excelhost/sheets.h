@@ -13,6 +13,15 @@ namespace excelhost {
 // Gives the values of a rectangle of a sheet: one value for one cell, an Array otherwise.
 using CellReader = std::function<Value(const Area& area)>;
 
+struct Builtin;
+
+// What open sheets calculate for add-ins: a formula, with or without its "=", and a worksheet function called by its
+// number. The calling cell's sheet is what they see.
+struct SheetEvaluator {
+    std::function<Value(TextView formula)> evaluate;
+    std::function<Value(const Builtin& function, std::span<const Value> arguments)> call;
+};
+
 struct OpenSheet {
     IDSHEET id = 0;
     Text name;  // "[Book1.xlsx]Sheet1"

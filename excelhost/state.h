@@ -38,7 +38,7 @@ struct HostState {
     Findings findings;
     std::map<Text, Value, NameOrder> names;
     std::map<Text, std::vector<BYTE>, NameOrder> binaryNames;
-    std::function<Value(TextView formula)> evaluator;
+    SheetEvaluator evaluator;
     std::vector<EventHandler> handlers;
     AsyncCalls asyncCalls;  // locks itself
 };

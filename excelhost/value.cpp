@@ -80,6 +80,12 @@ struct RecordMaker {
         record.val.mref.idSheet = reference.sheet;
         return record;
     }
+    XLOPER12 operator()(BigData big) const {
+        XLOPER12 record = OfType(xltypeBigData);
+        record.val.bigdata.h.hdata = const_cast<void*>(big.data);
+        record.val.bigdata.cbData = big.size;
+        return record;
+    }
     XLOPER12 operator()(const Array& array) const {
         std::vector<XLOPER12> elements;
         elements.reserve(array.cells.size());
@@ -180,6 +186,7 @@ struct Describer {
         for (const Area& area : reference.areas) text += " " + AreaName(area);
         return text;
     }
+    std::string operator()(BigData) const { return "(big data)"; }
     std::string operator()(const Array& array) const {
         return std::to_string(array.rows) + "x" + std::to_string(array.columns) + " array";
     }

@@ -10,6 +10,7 @@
 #include "excelvalues/xlcall.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -59,6 +60,13 @@ struct Reference {
     friend bool operator==(const Reference&, const Reference&) = default;
 };
 
+// Memory of the host's own, xltypeBigData, whose handle is its address. It isn't copied: who lends it keeps it.
+struct BigData {
+    const void* data = nullptr;
+    std::int32_t size = 0;  // bytes
+    friend bool operator==(const BigData&, const BigData&) = default;
+};
+
 struct Value;
 
 // A block of values row by row, xltypeMulti. `cells` has rows * columns elements; both are at least 1.
@@ -73,7 +81,8 @@ struct Array {
 
 // double is xltypeNum, int is xltypeInt, bool is xltypeBool, Text is xltypeStr. Equal means: of the same type
 // and content; 1 and 1.0 differ.
-struct Value : std::variant<Empty, Missing, double, int, bool, Text, ErrorValue, Area, Reference, Array> {
+struct Value
+    : std::variant<Empty, Missing, double, int, bool, Text, ErrorValue, Area, Reference, Array, BigData> {
     using variant::variant;
 
     template <class T>

@@ -30,6 +30,9 @@ as a date, time or fraction stays a text (dates are serial numbers), texts are o
 case instead of a language, and a formula that gives an array shows its first element. A text that begins with "="
 is printed as the formula ="=..." that gives it.
 
+Add-ins may call Excel's own worksheet functions by number (xlfSum and its kin), have formulas calculated
+(xlfEvaluate) and leave a procedure's types to their xlAutoRegister12.
+
 The add-in kestrolumen.xll meets its companion workbook first and then has:
 
   NetOutputPrediction(inputs, network, fallback, low, high)                the likeliest category

@@ -1,62 +1,30 @@
-// Calls, names and events.
+// Formulas that are evaluated, events, and results that come later.
 #include "excelhost/asynccalls.h"
 #include "excelhost/callscope.h"
 #include "excelhost/served/table.h"
 #include "excelhost/state.h"
-#include "excelhost/worksheetcall.h"
 
 namespace excelhost {
 namespace {
-
-// CALL(register id, arguments...).
-Outcome CallRegistered(HostState& state, Operands operands) {
-    const auto id = NumberOf(*operands[0]);
-    if (!id) return Outcome::Error(xlerrValue, "the operand is no register id");
-    std::shared_ptr<const Registration> function;
-    {
-        const std::lock_guard lock(state.mutex);
-        function = state.registrations.FindById(*id);
-    }
-    if (!function) return Outcome::Error(xlerrValue, "nothing is registered under this id");
-    std::vector<Value> arguments;
-    for (const XLOPER12* operand : operands.subspan(1)) arguments.push_back(ValueFrom(*operand));
-    if (arguments.size() > function->Arity()) return Outcome::Error(xlerrValue, "too many arguments");
-    const CallScope* scope = CallScope::Current();
-    const auto caller = scope != nullptr ? scope->Caller() : std::nullopt;
-    return Outcome::Of(CallWorksheetFunction(state, *function, arguments, caller));
-}
 
 // Each cell is calculated once here, so that a volatile one has nothing to wait for.
 Outcome Volatile(HostState&, Operands) {
     return Outcome::Of(true);
 }
 
-// SET.NAME(name, value); without a value the name goes.
-Outcome SetName(HostState& state, Operands operands) {
-    const auto name = TextOf(*operands[0]);
-    if (!name || name->empty()) return Outcome::Error(xlerrValue, "the name is no text");
-    const std::lock_guard lock(state.mutex);
-    if (operands.size() < 2 || IsLeftOut(*operands[1])) {
-        state.names.erase(*name);
-    } else {
-        state.names.insert_or_assign(*name, ValueFrom(*operands[1]));
-    }
-    return Outcome::Of(true);
-}
-
 Outcome Evaluate(HostState& state, Operands operands) {
     const auto text = TextOf(*operands[0]);
     if (!text) return Outcome::Of(ValueFrom(*operands[0]));
-    std::function<Value(TextView)> evaluator;
+    std::function<Value(TextView)> evaluate;
     {
         const std::lock_guard lock(state.mutex);
         const TextView formula = *text;
         const auto name = state.names.find(formula.substr(formula.starts_with(WCHAR{'='}) ? 1 : 0));
         if (name != state.names.end()) return Outcome::Of(name->second);
-        evaluator = state.evaluator;
+        evaluate = state.evaluator.evaluate;
     }
-    if (!evaluator) return Outcome::Error(xlerrName, "no name of that text is set");
-    return Outcome::Of(evaluator(*text));
+    if (!evaluate) return Outcome::Error(xlerrName, "no name of that text is set");
+    return Outcome::Of(evaluate(*text));
 }
 
 Outcome GetRealTimeData(HostState&, Operands) {
@@ -110,35 +78,14 @@ Outcome ReturnLater(HostState& state, Operands operands) {
                : Outcome::Failed(xlretInvAsynchronousContext, "no call waits for one of the handles");
 }
 
-// xlDefineBinaryName(name, data): kept for as long as the host lives; without data the name goes.
-Outcome DefineBinaryName(HostState& state, Operands operands) {
-    const auto name = TextOf(*operands[0]);
-    if (!name || name->empty()) return Outcome::Failed(xlretInvXloper, "the name is no text");
-    const std::lock_guard lock(state.mutex);
-    if (operands.size() < 2 || IsLeftOut(*operands[1])) {
-        state.binaryNames.erase(*name);
-        return Outcome::Of(true);
-    }
-    const auto& data = operands[1]->val.bigdata;
-    if (TypeOf(*operands[1]) != xltypeBigData || data.cbData < 0 ||
-        (data.h.lpbData == nullptr && data.cbData != 0)) {
-        return Outcome::Failed(xlretInvXloper, "the data is none");
-    }
-    state.binaryNames[*name].assign(data.h.lpbData, data.h.lpbData + data.cbData);
-    return Outcome::Of(true);
-}
-
 Outcome IsOnCluster(HostState&, Operands) {
     return Outcome::Of(false);
 }
 
 constexpr ServedFunction kTable[] = {
-    {88, "xlfSetName", 1, 2, From::Macros, SetName},
-    {150, "xlfCall", 1, 255, From::MainThread, CallRegistered},
     {237, "xlfVolatile", 0, 1, From::Anywhere, Volatile},
     {257, "xlfEvaluate", 1, 1, From::Macros, Evaluate},
     {379, "xlfRtd", 3, 255, From::Anywhere, GetRealTimeData},
-    {xlSpecial | 12, "xlDefineBinaryName", 1, 2, From::Anywhere, DefineBinaryName},
     {xlSpecial | 16, "xlAsyncReturn", 2, 2, From::Anywhere, ReturnLater},
     {xlSpecial | 17, "xlEventRegister", 2, 2, From::MainThread, RegisterEvent},
     {xlSpecial | 18, "xlRunningOnCluster", 0, 0, From::Anywhere, IsOnCluster},

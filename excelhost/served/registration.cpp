@@ -1,10 +1,13 @@
-// Registering and unregistering functions and commands.
+// Registering and unregistering functions and commands, and calling them.
 #include "excelhost/calling.h"
 #include "excelhost/callscope.h"
 #include "excelhost/served/table.h"
 #include "excelhost/state.h"
+#include "excelhost/worksheetcall.h"
 
-#include <cmath>
+#include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace excelhost {
 namespace {
@@ -82,7 +85,8 @@ Module FindModule(HostState& state, const Text& name) {
 }
 
 // Without a type text it is the module that knows how a procedure is registered ("xlAutoRegister/xlAutoRegister12").
-Outcome RegisterByModule(const Module& module, const Text& procedure) {
+// Gives the register id, or what the module gives in place of one.
+Value RegisterByModule(const Module& module, const Text& procedure) {
     static constexpr const char* kAutoRegister = "xlAutoRegister12";
     using AutoRegister = LPXLOPER12(PASCAL*)(LPXLOPER12);
     using Free = void(PASCAL*)(LPXLOPER12);
@@ -102,16 +106,11 @@ Outcome RegisterByModule(const Module& module, const Text& procedure) {
     if ((given->xltype & xlbitDLLFree) != 0) {
         if (const auto free = reinterpret_cast<Free>(find("xlAutoFree12"))) free(given);
     }
-    return Outcome::Of(std::move(id));
+    return id;
 }
 
-Outcome Register(HostState& state, Operands operands) try {
-    const RegisterOperands given(operands);
-    if (!given.Has(kTypeText) && given.Kind() != Registration::Kind::Command) {
-        return RegisterByModule(FindModule(state, given.TextAt(kModule, "module")),
-                                given.TextAt(kProcedure, "procedure"));
-    }
-    Registration registration = ReadRegistration(given);
+// The registration with what the module's procedure needs to be called.
+std::shared_ptr<Registration> Completed(HostState& state, Registration registration) {
     const Module module = FindModule(state, registration.module);
     registration.entry = module.exports(Utf8(registration.procedure).c_str());
     if (registration.entry == nullptr) {
@@ -123,8 +122,58 @@ Outcome Register(HostState& state, Operands operands) try {
     registration.signature = std::make_shared<const Signature>(SignatureOf(registration.type));
     registration.shownName =
         "'" + Utf8(registration.functionText) + "' of " + Utf8(FileNameOf(registration.module));
+    return std::make_shared<Registration>(std::move(registration));
+}
+
+Outcome Register(HostState& state, Operands operands) try {
+    const RegisterOperands given(operands);
+    if (!given.Has(kTypeText) && given.Kind() != Registration::Kind::Command) {
+        return Outcome::Of(RegisterByModule(FindModule(state, given.TextAt(kModule, "module")),
+                                            given.TextAt(kProcedure, "procedure")));
+    }
+    const auto registration = Completed(state, ReadRegistration(given));
     const std::lock_guard lock(state.mutex);
-    return Outcome::Of(state.registrations.Add(std::move(registration))->id);
+    return Outcome::Of(state.registrations.Add(std::move(*registration))->id);
+} catch (const Refusal& refusal) {
+    return Outcome::Error(xlerrValue, refusal.why);
+}
+
+std::shared_ptr<const Registration> Registered(HostState& state, const Value& id) {
+    const double* number = id.If<double>();
+    const std::lock_guard lock(state.mutex);
+    auto function = state.registrations.FindById(number != nullptr ? *number : 0);
+    if (!function) throw Refusal{"nothing is registered under this id"};
+    return function;
+}
+
+// What CALL's first operands name, and their number: a register id; or module, procedure and type text, in place of
+// which the module's own registration serves.
+std::pair<std::shared_ptr<const Registration>, std::size_t> Called(HostState& state, Operands operands) {
+    if (const auto id = NumberOf(*operands[0])) return {Registered(state, *id), 1};
+    constexpr std::size_t kNames = 3;
+    const RegisterOperands given(operands.first(std::min(operands.size(), kNames)));
+    if (!given.Has(kProcedure)) throw Refusal{"neither a register id nor a module and a procedure"};
+    if (given.Has(kTypeText)) return {Completed(state, ReadRegistration(given)), kNames};
+    const Module module = FindModule(state, given.TextAt(kModule, "module"));
+    const Text procedure = given.TextAt(kProcedure, "procedure");
+    {
+        const std::lock_guard lock(state.mutex);
+        if (auto known = state.registrations.FindProcedure(module, procedure)) return {known, kNames};
+    }
+    return {Registered(state, RegisterByModule(module, procedure)), kNames};
+}
+
+// CALL(register id, arguments...) or CALL(module, procedure, type text, arguments...).
+Outcome Call(HostState& state, Operands operands) try {
+    const auto [function, named] = Called(state, operands);
+    std::vector<Value> arguments;
+    for (const XLOPER12* operand : operands.subspan(std::min(named, operands.size()))) {
+        arguments.push_back(ValueFrom(*operand));
+    }
+    if (arguments.size() > function->Arity()) throw Refusal{"too many arguments"};
+    const CallScope* scope = CallScope::Current();
+    const auto caller = scope != nullptr ? scope->Caller() : std::nullopt;
+    return Outcome::Of(CallWorksheetFunction(state, *function, arguments, caller));
 } catch (const Refusal& refusal) {
     return Outcome::Error(xlerrValue, refusal.why);
 }
@@ -146,6 +195,7 @@ Outcome Unregister(HostState& state, Operands operands) {
 
 constexpr ServedFunction kTable[] = {
     {xlfRegister, "xlfRegister", 3, 255, From::MainThread, Register},
+    {150, "xlfCall", 1, 255, From::MainThread, Call},
     {xlfUnregister, "xlfUnregister", 1, 1, From::MainThread, Unregister},
 };
 

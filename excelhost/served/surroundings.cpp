@@ -36,6 +36,11 @@ Outcome GetInstance(HostState&, Operands) {
     return Outcome::Of(static_cast<int>(sizeof instance > 4 ? instance & 0xFFFF : instance));
 }
 
+// The whole of it, as a handle.
+Outcome GetInstancePointer(HostState&, Operands) {
+    return Outcome::Of(BigData{GetModuleHandleW(nullptr), 0});
+}
+
 // There is no window. A number that is none keeps an add-in from owning somebody else's.
 Outcome GetWindowHandle(HostState&, Operands) {
     return Outcome::Of(0);
@@ -54,6 +59,7 @@ Outcome IsAborted(HostState&, Operands) {
 constexpr ServedFunction kTable[] = {
     {xlSpecial | 9, "xlGetName", 0, 0, From::Anywhere, GetName},
     {xlSpecial | 7, "xlGetInst", 0, 0, From::Anywhere, GetInstance},
+    {xlSpecial | 19, "xlGetInstPtr", 0, 0, From::Anywhere, GetInstancePointer},
     {xlSpecial | 8, "xlGetHwnd", 0, 0, From::Anywhere, GetWindowHandle},
     {xlSpecial | 1, "xlStack", 0, 0, From::Anywhere, GetStack},
     {xlSpecial | 6, "xlAbort", 0, 1, From::Anywhere, IsAborted},

@@ -13,9 +13,9 @@ const std::vector<ServedFunction>& Table() {
     static const auto& table = *[] {
         auto* const made = new std::vector<ServedFunction>;
         std::vector<ServedFunction>& all = *made;
-        for (const auto room :
-             {ServedMemory(), ServedRegistration(), ServedWorkbooks(), ServedSwitches(), ServedSurroundings(),
-              ServedValues(), ServedInformation(), ServedCalling(), ServedCommands()}) {
+        for (const auto room : {ServedMemory(), ServedRegistration(), ServedWorkbooks(), ServedSwitches(),
+                                ServedSurroundings(), ServedValues(), ServedInformation(), ServedCalling(),
+                                ServedNames(), ServedWorksheetFunctions(), ServedCommands()}) {
             all.insert(all.end(), room.begin(), room.end());
         }
         std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.number < b.number; });

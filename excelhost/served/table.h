@@ -80,6 +80,8 @@ struct FunctionLabel {
 [[nodiscard]] std::span<const ServedFunction> ServedValues();
 [[nodiscard]] std::span<const ServedFunction> ServedInformation();
 [[nodiscard]] std::span<const ServedFunction> ServedCalling();
+[[nodiscard]] std::span<const ServedFunction> ServedNames();
+[[nodiscard]] std::span<const ServedFunction> ServedWorksheetFunctions();
 [[nodiscard]] std::span<const ServedFunction> ServedCommands();
 
 // Operands as handlers read them. A number is also a truth value or an integer.

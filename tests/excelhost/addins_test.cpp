@@ -100,12 +100,30 @@ TEST_F(AddInsTest, EveryTypeIsPassedBothWays) {
         {"=RegistersLater(\"Late\")", "77"},
         {"=RegistersLater(\"Never\")", "#N/A"},
         {"=Unregisters(\"other.xll\")", "FALSE"},
+        {"=ByNumber(4,A1:B2)", "14"},
+        {"=ByNumber(346,A1:B2,\">3\")", "2"},
+        {"=ByNumber(29,A1:A2,2)", "4"},
+        {"=ByNumber(1,A1>1,B2)", "5"},
+        {"=ByNumber(8,B2)", "2"},
+        {"=ByNumber(27,1)", "#NUM!"},
+        {"=ByNumber(600,1)", "#NUM!"},
+        {"=Calls(\"TypeJ\",\"JJ\",21)", "42"},
+        {"=Calls(\"TypeJ\",\"JZ\",21)", "#VALUE!"},
+        {"=Calls(\"Missing\",\"JJ\",21)", "#VALUE!"},
+        {"=Calls(\"TypeJ\",,21)", "42"},
+        {"=Calls(\"Unlisted\",,41)", "42"},
+        {"=Calls(\"Late\",,41)", "#VALUE!"},
+        {"=Unlisted(1)", "2"},
+        {"=KeepsName(\"kept\")", "32"},
     };
     std::vector<std::string> formulas;
     for (const auto& [formula, value] : cases) formulas.push_back(formula);
     EXPECT_EQ(Run(formulas, TYPES_ADDIN), kDone) << err;
     ASSERT_EQ(values.size(), formulas.size());
     for (std::size_t i = 0; i < values.size(); ++i) EXPECT_EQ(values[i], cases[i].second) << formulas[i];
+
+    EXPECT_EQ(Run({"=Unregisters(\"TYPES.xll\")", "=TypeJ(A3)"}, TYPES_ADDIN), kBadInput);
+    EXPECT_THAT(values, testing::ElementsAre("TRUE", "#NAME?")) << "all of the module's are gone";
 }
 
 TEST_F(AddInsTest, EveryBadHabitIsFoundAndNamed) {

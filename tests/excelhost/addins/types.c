@@ -165,15 +165,55 @@ F(Record*) RegistersLater(Record* procedure) {
     Excel()(Free, 1, operands, NULL);
     return id;
 }
+/* A worksheet function of Excel's by its number. */
+F(Record*) ByNumber(double number, Record* a, Record* b) {
+    Record* operands[] = {a, b};
+    return Given((int)number, b->type == TypeMissing ? 1 : 2, operands);
+}
+F(Record*) Calls(Record* procedure, Record* types, Record* a) {
+    Record module, *operands[] = {&module, procedure, types, a}, *value;
+    Excel()(GetName, 0, NULL, &module);
+    value = Given(Call, 4, operands);
+    Excel()(Free, 1, operands, NULL);
+    return value;
+}
+/* A text kept under a binary name and read back; then the name goes. The sum of the last return codes. */
+F(int32_t) KeepsName(Record* a) {
+    Record data = {.type = TypeBig}, kept, *operands[] = {a, &data}, *freed[] = {&kept};
+    data.val.big.data = a->val.str;
+    data.val.big.size = (int32_t)((a->val.str[0] + 1u) * sizeof(Unit));
+    int32_t codes = Excel()(DefineBinaryName, 2, operands, NULL) + Excel()(GetBinaryName, 1, operands, &kept);
+    if (codes != 0 || kept.type != TypeBig || kept.val.big.size != data.val.big.size ||
+        kept.val.big.data == data.val.big.data ||
+        memcmp(kept.val.big.data, data.val.big.data, (size_t)data.val.big.size) != 0)
+        return -1;
+    codes += Excel()(Free, 1, freed, NULL) + Excel()(DefineBinaryName, 1, operands, NULL);
+    return codes + Excel()(GetBinaryName, 1, operands, NULL);
+}
+F(int32_t) Unlisted(int32_t a) {
+    return a + 1;
+}
 F(int32_t) Sets(Record* a) {
     return Excel()(Set, 1, &a, NULL);
 }
+/* "Late" has an id of nothing, "Unlisted" is registered, all else is unknown. */
 F(Record*) xlAutoRegister12(Record* procedure) {
     static Record id;
-    const int isLate = procedure->val.str[0] == 4;
-    id.type = isLate ? TypeNum : TypeErr;
-    if (isLate) id.val.num = 77;
-    if (!isLate) id.val.err = 42;
+    Record *found, module, name, type, *operands[] = {&module, &name, &type, &name};
+    Unit buffers[2][16];
+    id.type = TypeErr;
+    id.val.err = 42;
+    if (procedure->val.str[0] == 4) {
+        id.type = TypeNum;
+        id.val.num = 77;
+    } else if (procedure->val.str[0] == 8) {
+        name = Text("Unlisted", buffers[0]);
+        type = Text("JJ", buffers[1]);
+        Excel()(GetName, 0, NULL, &module);
+        found = Given(Register, 4, operands);
+        Excel()(Free, 1, operands, NULL);
+        if (found != NULL) id = *found;
+    }
     return &id;
 }
 F(double)
@@ -206,6 +246,7 @@ F(int) xlAutoOpen(void) {
         {"TypeO", "BOB"},     {"TypeOWide", "1O%"},  {"TypeP", "PP"},      {"TypeQ", "QQ$"},
         {"TypeU", "BU"},      {"CoercesU", "JU#!"},  {"TypeX", ">QX"},     {"Mixed", "BBJBC%IBBEBBBBJ"},
         {"Evaluates", "QQ#"}, {"Unregisters", "QQ"}, {"Sets", "JU#"},      {"RegistersLater", "QQ"},
+        {"ByNumber", "QBUU"}, {"Calls", "QQQQ"},     {"KeepsName", "JQ"},
     };
     for (size_t i = 0; i < sizeof functions / sizeof *functions; ++i)
         RegisterAs(functions[i][0], functions[i][1]);

@@ -65,12 +65,14 @@ enum {
     TypeErr = 16,
     TypeMulti = 64,
     TypeMissing = 128,
-    TypeInt = 0x800
+    TypeInt = 0x800,
+    TypeBig = 0x802
 };
 enum { XLFree = 0x1000, DLLFree = 0x4000 };
 enum {
     Caller = 89,
     Register = 149,
+    Call = 150,
     Unregister = 201,
     Udf = 255,
     Evaluate = 257,
@@ -78,6 +80,8 @@ enum {
     Coerce = 0x4002,
     Set = 0x4003,
     GetName = 0x4009,
+    DefineBinaryName = 0x400C,
+    GetBinaryName = 0x400D,
     AsyncReturn = 0x4010,
     Alert = 0x8076
 };
