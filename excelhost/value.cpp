@@ -5,6 +5,7 @@
 #include <cstring>
 #include <iterator>
 #include <limits>
+#include <ostream>
 #include <utility>
 
 namespace excelhost {
@@ -262,6 +263,15 @@ std::string Describe(const XLOPER12& record) {
 
 std::string Describe(const Value& value) {
     return std::visit(Describer{}, value);
+}
+
+std::ostream& operator<<(std::ostream& out, const Value& value) {
+    const Array* array = value.If<Array>();
+    if (array == nullptr) return out << Describe(value);
+    for (std::size_t i = 0; i < array->cells.size(); ++i) {
+        out << (i == 0 ? "{" : i % array->columns == 0 ? ";" : ",") << array->cells[i];
+    }
+    return out << '}';
 }
 
 std::string CellName(RW row, COL column) {

@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -121,6 +122,9 @@ inline const Value& Array::At(std::size_t row, std::size_t column) const {
 // (missing), (empty), 2x3 array. Long text is cut, with an ellipsis.
 [[nodiscard]] std::string Describe(const XLOPER12& record);
 [[nodiscard]] std::string Describe(const Value& value);
+
+// Describe with the elements of arrays, as {1,2;3,4}: for the messages of test libraries.
+std::ostream& operator<<(std::ostream& out, const Value& value);
 
 // "A1", "AB12", or "A1:B2" for more than one cell. Zero-based in, as people write it out.
 [[nodiscard]] std::string CellName(RW row, COL column);
