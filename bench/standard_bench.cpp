@@ -3,6 +3,7 @@
 #include "automation/automation.h"
 #include "platform/platform.h"
 #include "text/detail/digits.h"
+#include "text/detail/unitset.h"
 #include "text/text.h"
 
 #include <benchmark/benchmark.h>
@@ -141,6 +142,18 @@ Bytes PackByLoop(const Values& values) {
     return packed;
 }
 
+Values UnpackByZeros(const Bytes& packed) {
+    Values values;
+    for (std::size_t at = 4; at < packed.size(); ++at) {
+        for (std::uint8_t bits = packed[at]; bits != 0;) {
+            const int place = std::countl_zero(bits);
+            values.push_back(static_cast<std::int32_t>(8 * (at - 4)) + place);
+            bits = static_cast<std::uint8_t>(bits ^ 0x80 >> place);
+        }
+    }
+    return values;
+}
+
 Values UnpackByLoop(const Bytes& packed) {
     std::uint32_t header = 0;
     std::memcpy(&header, packed.data(), sizeof header);
@@ -172,6 +185,9 @@ void AddBits() {
         Compare(
             "PackIndexSet" + form, "SetBit", [=] { return PackIndexSet(values); },
             [=] { return PackByLoop(values); });
+        Compare(
+            "UnpackIndexSet" + form, "std::countl_zero", [=] { return UnpackIndexSet(packed); },
+            [=] { return UnpackByZeros(packed); });
         Compare(
             "UnpackIndexSet" + form, "TestBit", [=] { return UnpackIndexSet(packed); },
             [=] { return UnpackByLoop(packed); });
@@ -254,7 +270,39 @@ const Unit* FindByStandard(std::basic_string_view<Unit> text, std::basic_string_
     return found == text.end() ? nullptr : &*found;
 }
 
+template <typename Unit>
+void AddUnitSets(const char* width) {
+    using View = std::basic_string_view<Unit>;
+    static constexpr Unit delimiters[] = {',', ';', '\t', 0};
+    for (const std::size_t count : {1u, 3u}) {
+        for (const std::size_t length : {8u, 16u, 40u, 200u}) {
+            std::basic_string<Unit> text;
+            while (text.size() < 20'000) text.append(length, 'x').append(1, ',');
+            const View set(delimiters, count);
+            Compare(
+                std::string("UnitSet::FindIn, ") + width + ' ' + std::to_string(length) + " units, " +
+                    std::to_string(count),
+                "find_first_of",
+                [=] {
+                    const kestrolumen::detail::UnitSet<Unit> ours(set);
+                    std::size_t found = 0;
+                    const Unit* const end = text.data() + text.size();
+                    for (const Unit* at = text.data(); at != end; ++found) at = ours.FindIn(at, end) + 1;
+                    return found;
+                },
+                [=] {
+                    std::size_t found = 0;
+                    const View all(text);
+                    for (std::size_t at = 0; at != all.size(); ++found) at = all.find_first_of(set, at) + 1;
+                    return found;
+                });
+        }
+    }
+}
+
 void AddTexts() {
+    AddUnitSets<WCHAR>("wide");
+    AddUnitSets<char>("narrow");
     for (const std::size_t length : {8u, 64u, 1024u}) {
         for (const WCHAR* const delimiters : {TEXT(","), TEXT(",;\t")}) {
             StdWString text;
@@ -411,6 +459,35 @@ bool operator==(const Array& left, const Array& right) {
     return MatrixFromVbArray(left.get()) == MatrixFromVbArray(right.get());
 }
 
+struct ByRows {
+    template <typename Move>
+    static void Each(std::size_t rows, std::size_t columns, Move move) {
+        for (std::size_t r = 0; r < rows; ++r) {
+            for (std::size_t c = 0; c < columns; ++c) move(r, c);
+        }
+    }
+};
+struct ByColumns {
+    template <typename Move>
+    static void Each(std::size_t rows, std::size_t columns, Move move) {
+        for (std::size_t c = 0; c < columns; ++c) {
+            for (std::size_t r = 0; r < rows; ++r) move(r, c);
+        }
+    }
+};
+struct ByStrips {
+    template <typename Move>
+    static void Each(std::size_t rows, std::size_t columns, Move move) {
+        for (std::size_t left = 0; left < columns; left += 8) {
+            const std::size_t right = std::min(left + 8, columns);
+            for (std::size_t r = 0; r < rows; ++r) {
+                for (std::size_t c = left; c < right; ++c) move(r, c);
+            }
+        }
+    }
+};
+
+template <typename Way>
 Array ArrayByLoop(const Matrix& matrix) {
     const std::size_t rows = matrix.size(), columns = matrix.front().size();
     SAFEARRAY* array = nullptr;
@@ -418,43 +495,49 @@ Array ArrayByLoop(const Matrix& matrix) {
     ReDimVbArray(array, sizes, sizeof(double), 0, 1);
     const VbArrayLock lock(array);
     auto* const block = static_cast<double*>(lock.data);
-    for (std::size_t r = 0; r < rows; ++r) {
-        for (std::size_t c = 0; c < columns; ++c) block[c * rows + r] = matrix[r][c];
-    }
+    Way::Each(rows, columns, [&](std::size_t r, std::size_t c) { block[c * rows + r] = matrix[r][c]; });
     return Array(array);
 }
 
+template <typename Way>
 Matrix MatrixByLoop(SAFEARRAY* array) {
     const std::vector<std::uint32_t> counts = VbArrayDimensions(array);
     Matrix matrix(counts[0], std::vector<double>(counts[1]));
     const VbArrayLock lock(array);
     const auto* const block = static_cast<const double*>(lock.data);
-    for (std::size_t r = 0; r < counts[0]; ++r) {
-        for (std::size_t c = 0; c < counts[1]; ++c) matrix[r][c] = block[c * counts[0] + r];
-    }
+    Way::Each(counts[0], counts[1],
+              [&, rows = counts[0]](std::size_t r, std::size_t c) { matrix[r][c] = block[c * rows + r]; });
     return matrix;
+}
+
+template <typename Way>
+void AddWay(const std::string& form, const char* way, const Matrix& matrix) {
+    const std::shared_ptr<SAFEARRAY> array(VbArrayFromMatrix(matrix, 1), Destroy());
+    Compare(
+        "VbArrayFromMatrix" + form, way, [=] { return Array(VbArrayFromMatrix(matrix, 1)); },
+        [=] { return ArrayByLoop<Way>(matrix); });
+    Compare(
+        "MatrixFromVbArray" + form, way, [=] { return MatrixFromVbArray(array.get()); },
+        [=] { return MatrixByLoop<Way>(array.get()); });
 }
 
 void AddMatrices() {
     const struct {
         std::size_t rows, columns;
-    } shapes[] = {{10, 10}, {1000, 4}, {100, 100}, {1000, 1000}, {4, 100'000}};
+    } shapes[] = {{10, 10},     {1000, 4},   {100, 100},   {1000, 1000},
+                  {1024, 1024}, {4096, 200}, {4, 100'000}, {100'000, 4}};
     for (const auto& [rows, columns] : shapes) {
         Matrix matrix(rows, std::vector<double>(columns));
         double next = 0;
         for (auto& row : matrix) std::ranges::generate(row, [&next] { return next++; });
         const std::string form = ", " + std::to_string(rows) + "x" + std::to_string(columns);
-        const std::shared_ptr<SAFEARRAY> array(VbArrayFromMatrix(matrix, 1), Destroy());
-        Compare(
-            "VbArrayFromMatrix" + form, "loop", [=] { return Array(VbArrayFromMatrix(matrix, 1)); },
-            [=] { return ArrayByLoop(matrix); });
-        Compare(
-            "MatrixFromVbArray" + form, "loop", [=] { return MatrixFromVbArray(array.get()); },
-            [=] { return MatrixByLoop(array.get()); });
+        AddWay<ByRows>(form, "by rows", matrix);
+        AddWay<ByColumns>(form, "by columns", matrix);
+        AddWay<ByStrips>(form, "by strips", matrix);
     }
 }
 
-const bool registered = (AddCodings(24), AddCodings(3 << 18), AddBits(), AddChecksums(), AddTexts(),
-                         AddNumbers(), AddMatrices(), true);
+const bool registered = (AddCodings(24), AddCodings(300), AddCodings(3000), AddCodings(3 << 18), AddBits(),
+                         AddChecksums(), AddTexts(), AddNumbers(), AddMatrices(), true);
 
 }  // namespace
