@@ -1,4 +1,4 @@
-// Checksums beside zlib, liblzma and the loop that looks up a table for each byte.
+// Checksums beside zlib and liblzma; standard_bench.cpp has the loop that looks up a table for each byte.
 //
 // liblzma's CRC-64 takes its bits in the other order, so the speed alone is compared.
 #include "excelvalues/xxloper.h"
@@ -8,7 +8,6 @@
 #include <lzma.h>
 #include <zlib.h>
 
-#include <array>
 #include <string>
 #include <vector>
 
@@ -37,36 +36,6 @@ void Run(benchmark::State& state, std::size_t length, Update update) {
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * (1 << 20));
 }
 
-constexpr auto table32 = [] {
-    std::array<std::uint32_t, 256> table{};
-    for (std::uint32_t i = 0; i < 256; ++i) {
-        table[i] = i;
-        for (int bit = 0; bit < 8; ++bit) table[i] = table[i] >> 1 ^ (table[i] & 1 ? 0xEDB88320u : 0);
-    }
-    return table;
-}();
-constexpr auto table64 = [] {
-    std::array<std::uint64_t, 256> table{};
-    for (std::uint64_t i = 0; i < 256; ++i) {
-        table[i] = i << 56;
-        for (int bit = 0; bit < 8; ++bit)
-            table[i] = table[i] << 1 ^ (table[i] >> 63 ? 0x42F0E1EBA9EA3693u : 0);
-    }
-    return table;
-}();
-
-// Functions of their own with the interfaces of ours, and out of the optimiser's sight as ours are.
-[[gnu::noipa]] std::uint32_t Table32(std::uint32_t crc, const unsigned char* data, std::size_t length) {
-    for (; length != 0; --length) crc = crc >> 8 ^ table32[(crc ^ *data++) & 0xFF];
-    return crc;
-}
-[[gnu::noipa]] std::uint64_t Table64(const std::uint64_t* state, const unsigned char* data,
-                                     std::size_t length) {
-    std::uint64_t crc = *state;
-    for (; length != 0; --length) crc = crc << 8 ^ table64[crc >> 56 ^ *data++];
-    return crc;
-}
-
 void Register() {
     const auto add = [](const std::string& name, auto run) {
         benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMicrosecond);
@@ -80,8 +49,6 @@ void Register() {
                 return crc32(crc, data, static_cast<uInt>(count));
             });
         });
-        add("CRC-32" + stem + "table",
-            [length](benchmark::State& state) { Run<std::uint32_t>(state, length, Table32); });
         add("CRC-64" + stem + "ours", [length](benchmark::State& state) {
             Run<std::uint64_t>(state, length,
                                [](std::uint64_t crc, const unsigned char* data, std::size_t count) {
@@ -92,12 +59,6 @@ void Register() {
             Run<std::uint64_t>(state, length,
                                [](std::uint64_t crc, const unsigned char* data, std::size_t count) {
                                    return lzma_crc64(data, count, crc);
-                               });
-        });
-        add("CRC-64" + stem + "table", [length](benchmark::State& state) {
-            Run<std::uint64_t>(state, length,
-                               [](std::uint64_t crc, const unsigned char* data, std::size_t count) {
-                                   return Table64(&crc, data, count);
                                });
         });
     }

@@ -1,7 +1,5 @@
-// Codings, numbers, lists, tokens and search of text/ beside {fmt}, ICU and the loops that one would write.
-//
-// Ours are measured as callers have them, result string included. The loops give a std::string or a vector,
-// sized before they write. Texts and bytes are held against the rival's before the clock runs.
+// Numbers, lists, tokens and search of text/ beside {fmt} and ICU. Ours are measured as callers have them, result
+// string included. standard_bench.cpp has the codings.
 
 #include <benchmark/benchmark.h>
 #include <fmt/format.h>
@@ -9,7 +7,6 @@
 #include <unicode/usearch.h>
 #include <unicode/ustring.h>
 
-#include <cctype>
 #include <cstring>
 #include <random>
 #include <stdexcept>
@@ -21,18 +18,6 @@
 namespace {
 
 constexpr std::size_t mebibyte = std::size_t{1} << 20;
-
-using Bytes = std::vector<std::uint8_t>;
-
-const Bytes& RandomBytes() {
-    static const Bytes bytes = [] {
-        std::mt19937 random(53);
-        Bytes made(mebibyte);
-        for (auto& byte : made) byte = static_cast<std::uint8_t>(random());
-        return made;
-    }();
-    return bytes;
-}
 
 template <class Operation>
 void Measure(benchmark::State& state, std::size_t bytes, Operation operation) {
@@ -46,11 +31,6 @@ void Measure(benchmark::State& state, std::size_t bytes, Operation operation) {
 bool IsSame(const CStringA& ours, const std::string& rival) {
     return ours == rival.c_str();
 }
-template <class Result>
-bool IsSame(const Result& ours, const Result& rival) {
-    return ours == rival;
-}
-
 // Registers "CASE/ours" and "CASE/rival".
 template <class Ours, class Rival>
 void Compare(const std::string& name, const char* rivalName, std::size_t bytes, Ours ours, Rival rival) {
@@ -68,68 +48,6 @@ template <class Ours, class Rival>
 void CompareSame(const std::string& name, const char* rivalName, std::size_t bytes, Ours ours, Rival rival) {
     if (!IsSame(ours(), rival())) throw std::logic_error(name + ": the results differ");
     Compare(name, rivalName, bytes, ours, rival);
-}
-
-// The loops.
-
-std::string HexLoop(const Bytes& bytes) {
-    static constexpr char digits[] = "0123456789ABCDEF";
-    std::string hex(2 * bytes.size(), '\0');
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        hex[2 * i] = digits[bytes[i] >> 4];
-        hex[2 * i + 1] = digits[bytes[i] & 15];
-    }
-    return hex;
-}
-
-struct Reverse {
-    explicit Reverse(const char* alphabet) {
-        std::memset(values, 255, sizeof values);
-        for (int i = 0; alphabet[i] != 0; ++i) {
-            values[static_cast<unsigned char>(alphabet[i])] = static_cast<std::uint8_t>(i);
-        }
-    }
-    std::uint8_t values[256];
-};
-
-Bytes UnhexLoop(const CStringA& hex) {
-    static const Reverse reverse("0123456789ABCDEF");
-    Bytes bytes(static_cast<std::size_t>(hex.GetLength()) / 2);
-    const auto* at = reinterpret_cast<const unsigned char*>(hex.GetString());
-    for (auto& byte : bytes) {
-        byte = static_cast<std::uint8_t>(reverse.values[at[0]] << 4 | reverse.values[at[1]]);
-        at += 2;
-    }
-    return bytes;
-}
-
-constexpr char sixBitAlphabet[] = "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_$";
-
-std::string SixBitLoop(const Bytes& bytes) {
-    std::string text;
-    text.reserve((bytes.size() * 8 + 5) / 6);
-    unsigned bits = 0;
-    int count = 0;
-    for (const std::uint8_t byte : bytes) {
-        bits = bits << 8 | byte;
-        for (count += 8; count >= 6; count -= 6) text += sixBitAlphabet[bits >> (count - 6) & 63];
-    }
-    if (count > 0) text += sixBitAlphabet[bits << (6 - count) & 63];
-    return text;
-}
-
-Bytes UnSixBitLoop(const CStringA& text) {
-    static const Reverse reverse(sixBitAlphabet);
-    Bytes bytes((static_cast<std::size_t>(text.GetLength()) * 6 + 7) / 8);
-    auto target = bytes.begin();
-    unsigned partial = 0;
-    for (int i = 0; i < text.GetLength(); ++i) {
-        const unsigned value = reverse.values[static_cast<unsigned char>(text[i])];
-        const int shift = 2 * (i % 4);
-        if (shift > 0) *target++ = static_cast<std::uint8_t>(partial | value >> (6 - shift));
-        partial = value << (2 + shift) & 0xFF;
-    }
-    return bytes;
 }
 
 // Numbers.
@@ -205,27 +123,6 @@ std::size_t TokenizeMemchr(const CStringW& text) {
 
 // Search.
 
-const char* FindLoop(const char* text, const char* sought) {
-    for (; *text != 0; ++text) {
-        std::size_t i = 0;
-        while (sought[i] != 0 && std::toupper(static_cast<unsigned char>(text[i])) ==
-                                     std::toupper(static_cast<unsigned char>(sought[i]))) {
-            ++i;
-        }
-        if (sought[i] == 0) return text;
-    }
-    return nullptr;
-}
-
-const WCHAR* FindLoop(const WCHAR* text, const WCHAR* sought) {
-    for (; *text != 0; ++text) {
-        std::size_t i = 0;
-        while (sought[i] != 0 && std::towupper(text[i]) == std::towupper(sought[i])) ++i;
-        if (sought[i] == 0) return text;
-    }
-    return nullptr;
-}
-
 const StdWString& Haystack() {
     static const StdWString text = [] {
         std::mt19937 random(55);
@@ -249,14 +146,10 @@ std::int32_t FindIcu(UStringSearch* search) {
 }
 
 void CompareSearches() {
-    static const CStringA narrow(Haystack().c_str());
     static const CStringW wide(Haystack().c_str());
-    CompareSame(
-        "FindNoCaseA", "loop", mebibyte, [] { return FindNoCaseA(narrow, "NEEDLE"); },
-        [] { return FindLoop(narrow.GetString(), "NEEDLE"); });
-    CompareSame(
-        "FindNoCaseW", "loop", 2 * mebibyte, [] { return FindNoCaseW(wide, TEXT("NEEDLE")); },
-        [] { return FindLoop(wide.GetString(), TEXT("NEEDLE")); });
+    benchmark::RegisterBenchmark("FindNoCaseW/ours", [](benchmark::State& state) {
+        Measure(state, 2 * mebibyte, [] { return FindNoCaseW(wide, TEXT("NEEDLE")); });
+    });
     UErrorCode error = U_ZERO_ERROR;
     static UStringSearch* const search =
         usearch_open(u"NEEDLE", -1, wide.GetString(), wide.GetLength(), "en", nullptr, &error);
@@ -269,20 +162,6 @@ void CompareSearches() {
 }
 
 const bool registered = [] {
-    static const CStringA hex = HexFromBytes(RandomBytes());
-    static const CStringA text6 = Text6FromBytes(RandomBytes());
-    CompareSame(
-        "HexFromBytes", "loop", mebibyte, [] { return HexFromBytes(RandomBytes()); },
-        [] { return HexLoop(RandomBytes()); });
-    CompareSame(
-        "BytesFromHex", "loop", mebibyte, [] { return BytesFromHex(hex); }, [] { return UnhexLoop(hex); });
-    CompareSame(
-        "Text6FromBytes", "loop", mebibyte, [] { return Text6FromBytes(RandomBytes()); },
-        [] { return SixBitLoop(RandomBytes()); });
-    CompareSame(
-        "BytesFromText6", "loop", mebibyte, [] { return BytesFromText6(text6); },
-        [] { return UnSixBitLoop(text6); });
-
     for (const int digits : {7, 15, 17}) {
         Compare(
             "CStringWFromDouble/" + std::to_string(digits), "fmt", 8 * someNumbers,

@@ -45,33 +45,16 @@ Bytes PackedList(const Values& values) {
     return packed;
 }
 
-// Whether the values ascend from 0 on. Looks at a stretch at a time, so that others are soon found out; in it
-// the highest bit gathers what is negative, a value or the step to it.
-bool Ascend(std::span<const std::int32_t> values) noexcept {
-    constexpr std::size_t stretch = 512;
-    if (!values.empty() && values.front() < 0) return false;
-    while (values.size() > 1) {
-        const std::size_t steps = std::min(values.size() - 1, stretch);
-        std::uint32_t negative = 0;
-        for (std::size_t i = 0; i < steps; ++i) {
-            const auto value = static_cast<std::uint32_t>(values[i + 1]);
-            negative |= value | (value - static_cast<std::uint32_t>(values[i]));
-        }
-        if (negative >> 31 != 0) return false;
-        values = values.subspan(steps);
-    }
-    return true;
-}
-
 // What decides on the form.
 struct Range {
-    bool ascending;
-    bool negative;  // any of the values
+    bool ascending;  // from 0 on
+    bool negative;   // any of the values
     std::int32_t largest;
 };
 
 Range RangeOf(const Values& values) noexcept {
-    if (Ascend(values)) return {true, false, values.empty() ? -1 : values.back()};
+    if (values.empty()) return {true, false, -1};
+    if (values.front() >= 0 && std::ranges::is_sorted(values)) return {true, false, values.back()};
     std::int32_t largest = -1;
     std::int32_t all = 0;
     for (const std::int32_t value : values) {

@@ -75,10 +75,6 @@ int ExactDigits(double value, int count, kestrolumen::detail::Ties ties, char* d
     return rounded.point;
 }
 
-constexpr char twoDigits[] =
-    "0001020304050607080910111213141516171819202122232425262728293031323334353637383940414243444546474849"
-    "5051525354555657585960616263646566676869707172737475767778798081828384858687888990919293949596979899";
-
 // Those that a double holds exactly.
 constexpr double powersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                   1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
@@ -90,25 +86,6 @@ double Scaled(double value, int places) noexcept {
 // Whether this power and its neighbours are exact.
 bool IsExactPower(int places) noexcept {
     return places > -22 && places < 22;
-}
-
-void WriteTwoDigits(unsigned value, char* target) noexcept {
-    std::copy_n(twoDigits + std::size_t{2} * value, 2, target);
-}
-
-// The decimal digits of a whole number, the last of them before `end`.
-void WriteWhole(std::uint64_t value, char* end) noexcept {
-    // In the machine's own size as soon as it fits: 32-bit machines divide 64 bits slowly.
-    for (; value > std::numeric_limits<unsigned>::max(); value /= 100) {
-        WriteTwoDigits(static_cast<unsigned>(value % 100), end -= 2);
-    }
-    auto rest = static_cast<unsigned>(value);
-    for (; rest >= 100; rest /= 100) WriteTwoDigits(rest % 100, end -= 2);
-    if (rest >= 10) {
-        WriteTwoDigits(rest, end - 2);
-    } else {
-        end[-1] = static_cast<char>('0' + rest);
-    }
 }
 
 // Up to 15 digits of a normal double, as a whole number: the value times a power of ten, which is rounded
@@ -134,7 +111,7 @@ bool QuickDigits(double value, int count, char* digits, int& point) noexcept {
         whole = limit / 10;
         ++point;
     }
-    WriteWhole(static_cast<std::uint64_t>(whole), digits + count);
+    std::to_chars(digits, digits + count, whole);
     return true;
 }
 

@@ -11,30 +11,17 @@
 namespace {
 
 template <typename Unit>
-Unit Digit(unsigned value) noexcept {
-    return static_cast<Unit>('0' + value);
-}
-
-template <typename Unit>
 kestrolumen::CStringOf<Unit> Grouped(std::int64_t value, Unit separator) {
-    Unit buffer[32];
-    Unit* const end = std::end(buffer);
-    Unit* begin = end;
-    const bool isNegative = value < 0;
-    auto magnitude = static_cast<std::uint64_t>(value);
-    if (isNegative) magnitude = 0 - magnitude;
-    for (; magnitude > 999; magnitude /= 1000) {
-        const auto group = static_cast<unsigned>(magnitude % 1000);
-        *--begin = Digit<Unit>(group % 10);
-        *--begin = Digit<Unit>(group / 10 % 10);
-        *--begin = Digit<Unit>(group / 100);
-        *--begin = separator;
+    char plain[20];
+    const char* const end = std::to_chars(plain, std::end(plain), value).ptr;
+    Unit grouped[26];
+    Unit* target = grouped;
+    for (const char* digit = plain; digit != end; ++digit) {
+        const bool startsGroup = (end - digit) % 3 == 0 && digit != plain && digit[-1] != '-';
+        if (startsGroup) *target++ = separator;
+        *target++ = static_cast<Unit>(*digit);
     }
-    for (auto first = static_cast<unsigned>(magnitude); begin == end || first > 0; first /= 10) {
-        *--begin = Digit<Unit>(first % 10);
-    }
-    if (isNegative) *--begin = '-';
-    return {begin, static_cast<int>(end - begin)};
+    return {grouped, static_cast<int>(target - grouped)};
 }
 
 char* WithoutTrailingZeros(const char* point, char* end) noexcept {

@@ -107,15 +107,4 @@ struct Cpuid {
 #endif
 }
 
-// Has the processor fetch for soon what stands there.
-KESTROLUMEN_INLINE void Prefetch(const void* address) noexcept {
-#if defined(__GNUC__)
-    __builtin_prefetch(address);
-#elif KESTROLUMEN_X86
-    _mm_prefetch(static_cast<const char*>(address), _MM_HINT_T0);
-#else
-    static_cast<void>(address);
-#endif
-}
-
 }  // namespace kestrolumen::detail

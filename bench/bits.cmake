@@ -1,1 +1,0 @@
-kestrolumen_bench(bits USES platform)
