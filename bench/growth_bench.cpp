@@ -35,9 +35,10 @@ void Add(const std::string& name, Prepare prepare) {
     for (const int elements : {1'000, 10'000, 100'000, 1'000'000}) added->Arg(elements);
 }
 
+// As many digits a number wherever it stands.
 std::vector<double> Numbers(std::size_t count) {
     std::vector<double> numbers(count);
-    for (std::size_t i = 0; i < count; ++i) numbers[i] = static_cast<double>(i) * 0.25;
+    for (std::size_t i = 0; i < count; ++i) numbers[i] = 1.37 + static_cast<double>(i % 1000) * 0.01;
     return numbers;
 }
 

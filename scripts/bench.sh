@@ -53,6 +53,7 @@ measure() {
     return
   fi
   mapfile -t cases < <("$@" --benchmark_list_tests | sed -E 's|/[^/]*$|/|' | awk '!seen[$0]++')
+  [ ${#cases[@]} -gt 0 ] || { echo "$* lists no case"; return 1; }
   for each in "${cases[@]}"; do
     number=$((number + 1))
     echo "[$number/${#cases[@]}] $each"

@@ -19,6 +19,8 @@ from bench_ratios import cases_from, heap_calls_from, runs_from, shown  # noqa: 
 HOMES = {"win32": "Windows, 32 bits, under Wine", "win64": "Windows, 64 bits, under Wine", "linux": "Linux, 64 bits"}
 # The programs of every home; the others measure against rivals that Linux alone has.
 OPERATIONS = ("bridge", "values", "conversions", "objectmodel")
+# Ours beside the standard library's form.
+STANDARD = "standard"
 PAGE = Path("docs/performance.md")
 CHARTS = Path("docs/performance")
 GROWTH = "growth of "
@@ -35,9 +37,9 @@ def machine_line(home):
             f"{facts['compiler']}. Load of the machine: {facts['load']:.1f}.\n")
 
 
-def rows_of(home):
+def rows_of(home, programs=OPERATIONS):
     """(case, ours, rival, rival's time, heap calls or None) for each rival of each case."""
-    for path in results_of(home, OPERATIONS):
+    for path in results_of(home, programs):
         heap_calls = heap_calls_from(path)
         for case, runs in cases_from(path).items():
             for who, time in runs.items():
@@ -55,6 +57,13 @@ def table(home):
             notes[case] = reason
         lines.append(f"| {case} | {shown(ours)} | {who} | {shown(time)} | {ours / time:.2f}× | {made} | {least} |")
     lines += [""] + [f"- {case}: {reason}." for case, reason in notes.items()]
+    return "\n".join(lines)
+
+
+def standard_table(home):
+    lines = [machine_line(home), "| operation | ours | else | its time | ours is faster by |", "|---|--:|---|--:|--:|"]
+    lines += [f"| {case} | {shown(ours)} | {who} | {shown(time)} | {time / ours:.2f}× |"
+              for case, ours, who, time, _ in rows_of(home, [STANDARD])]
     return "\n".join(lines)
 
 
@@ -123,6 +132,8 @@ def main():
         if results_of(home, OPERATIONS):
             page = put(page, f"operations {home}", table(home))
             chart_ratios(home)
+        if home == "win32" and results_of(home, [STANDARD]):
+            page = put(page, f"standard {home}", standard_table(home))
         if results_of(home, ["growth"]):
             page = put(page, f"growth {home}", growth_table(home))
     chart_growth()
