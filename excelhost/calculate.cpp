@@ -110,14 +110,28 @@ class StackMachine {
     StackMachine(const Formula& formula, const Cells& cells, const FunctionCaller& call)
         : formula_(formula), cells_(cells), call_(call) {}
 
+    // The one value that the cell shows.
     Value Run() {
-        const std::size_t steps = formula_.steps.size() - (formula_.endsInSum ? 1 : 0);
-        for (std::size_t next = 0; next < steps;) next = Do(formula_.steps[next], next + 1);
-        if (formula_.endsInSum) FinalSum(formula_.steps.back().step);
+        Do();
         return Shown(PopScalar());
     }
 
+    // All that the formula gives.
+    Value RunWhole() {
+        Do();
+        Value value = cells_.Read(stack_.back());
+        if (!value.Is<Array>()) return Shown(cells_.Scalar(value));
+        for (Value& cell : std::get<Array>(value).cells) cell = Shown(cell);
+        return value;
+    }
+
   private:
+    void Do() {
+        const std::size_t steps = formula_.steps.size() - (formula_.endsInSum ? 1 : 0);
+        for (std::size_t next = 0; next < steps;) next = Do(formula_.steps[next], next + 1);
+        if (formula_.endsInSum) FinalSum(formula_.steps.back());
+    }
+
     // Gives the number of the step to go on with.
     std::size_t Do(const FormulaStep& step, std::size_t next) {
         switch (step.step) {
@@ -146,15 +160,19 @@ class StackMachine {
         return next;
     }
 
-    void FinalSum(Step step) {
-        const Value right = PopScalar();
-        const Value left = PopScalar();
+    void FinalSum(const FormulaStep& step) {
+        const Value right = PopOperand(step);
+        const Value left = PopOperand(step);
+        if (left.Is<Array>() || right.Is<Array>()) {
+            stack_.push_back(Elementwise(step.step, left, right));
+            return;
+        }
         double a = 0;
         double b = 0;
         std::optional<ErrorValue> error = ToNumber(left, a);
         if (!error) error = ToNumber(right, b);
         stack_.push_back(error ? Value(*error)
-                               : FiniteNumber(FinalDifference(a, step == Step::Add ? -b : b)));
+                               : FiniteNumber(FinalDifference(a, step.step == Step::Add ? -b : b)));
     }
 
     template <class Operation>
@@ -218,6 +236,10 @@ class StackMachine {
 
 Value CalculateFormula(const Formula& formula, const Cells& cells, const FunctionCaller& call) {
     return StackMachine(formula, cells, call).Run();
+}
+
+Value CalculateWhole(const Formula& formula, const Cells& cells, const FunctionCaller& call) {
+    return StackMachine(formula, cells, call).RunWhole();
 }
 
 std::partial_ordering CompareScalars(const Value& left, const Value& right) {

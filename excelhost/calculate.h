@@ -19,6 +19,8 @@ using FunctionCaller = std::function<Value(TextView name, std::span<const Value>
 // Numbers are compared by 15 digits, and a formula that ends in a sum of numbers which cancel out in as many
 // digits gives 0.
 [[nodiscard]] Value CalculateFormula(const Formula& formula, const Cells& cells, const FunctionCaller& call);
+// The same, but an array that the formula gives comes as a whole, and so do the cells behind a reference.
+[[nodiscard]] Value CalculateWhole(const Formula& formula, const Cells& cells, const FunctionCaller& call);
 
 // Excel's order of two scalars that are no errors: numbers before texts before booleans; an empty one is the 0,
 // the "" or the FALSE of what it is compared with.

@@ -75,7 +75,8 @@ std::optional<Corner> ReadCorner(TextView word) {
 
 class FormulaParser {
   public:
-    FormulaParser(TextView text, std::span<const Text> sheets) : text_(text), sheets_(sheets) {}
+    FormulaParser(TextView text, std::span<const Text> sheets, ArrayRule rule)
+        : text_(text), sheets_(sheets), wholeArrays_(rule == ArrayRule::Whole) {}
 
     Formula Parse() {
         if (text_.size() > kFormulaLimit)
@@ -343,15 +344,15 @@ class FormulaParser {
     std::span<const Text> sheets_;
     std::size_t next_ = 0;
     int nesting_ = 0;
-    bool wholeArrays_ = false;
+    bool wholeArrays_;
     std::size_t outermost_ = 0;  // the number of steps behind the last operator outside of parentheses
     Formula formula_;
 };
 
 }  // namespace
 
-Formula ParseFormula(TextView text, std::span<const Text> sheets) {
-    return FormulaParser(text, sheets).Parse();
+Formula ParseFormula(TextView text, std::span<const Text> sheets, ArrayRule rule) {
+    return FormulaParser(text, sheets, rule).Parse();
 }
 
 }  // namespace excelhost

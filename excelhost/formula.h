@@ -75,9 +75,16 @@ struct Formula {
     bool endsInSum = false;
 };
 
+// How operators of a formula take cells and arrays.
+enum class ArrayRule : std::uint8_t {
+    OneValue,  // one of each, as in a cell's formula; whole ones inside functions that want arrays
+    Whole,     // element by element everywhere, as an array formula does
+};
+
 // `text` with its leading "=". FormulaFault when it isn't a formula; names of functions aren't looked up, but
 // those that are built in must have a fitting number of arguments. `sheets` are the names of the sheets that it
 // may refer to, by their ids from 1 on.
-[[nodiscard]] Formula ParseFormula(TextView text, std::span<const Text> sheets = {});
+[[nodiscard]] Formula ParseFormula(TextView text, std::span<const Text> sheets = {},
+                                   ArrayRule rule = ArrayRule::OneValue);
 
 }  // namespace excelhost

@@ -1,14 +1,12 @@
 // The calculation of sheets through a host.
 #include "excelhost/batches.h"
 #include "excelhost/calculate.h"
-#include "excelhost/callscope.h"
+#include "excelhost/evaluation.h"
 #include "excelhost/functions/functions.h"
 #include "excelhost/sheet.h"
 #include "excelhost/workers.h"
 
 #include <algorithm>
-#include <map>
-#include <optional>
 #include <utility>
 
 namespace excelhost {
@@ -18,104 +16,12 @@ CellFault FaultAt(Place place, const std::string& message) {
     return {static_cast<std::size_t>(place.row) + 1, static_cast<std::size_t>(place.column) + 1, message};
 }
 
-// Which functions a host lacks, and how many arguments those take that it has; asked for once a name.
-class KnownFunctions {
-  public:
-    explicit KnownFunctions(const Host& host) : host_(host) {}
-
-    // What stands in the way of each call of a formula.
-    void Check(const FormulaCell& cell, std::vector<CellFault>& faults) {
-        for (const FormulaStep& step : cell.formula.steps) {
-            if (step.step != Step::Call || step.builtin != nullptr) continue;
-            const Text& name = *step.value.If<Text>();
-            const auto arity = Arity(name);
-            if (!arity) {
-                faults.push_back(FaultAt(cell.place, "unknown function '" + Excerpt(name) + "'"));
-            } else if (step.count > *arity) {
-                faults.push_back(FaultAt(cell.place, "'" + Excerpt(name) + "' takes " +
-                                                         std::to_string(*arity) + " arguments, not " +
-                                                         std::to_string(step.count)));
-            }
-        }
-    }
-
-  private:
-    std::optional<std::size_t> Arity(const Text& name) {
-        const auto [place, isNew] = arities_.try_emplace(name);
-        if (isNew) {
-            if (const auto function = host_.Find(name)) place->second = function->Arity();
-        }
-        return place->second;
-    }
-
-    const Host& host_;
-    std::map<Text, std::optional<std::size_t>> arities_;
-};
-
 std::vector<std::uint32_t> OrderOf(std::span<const LocatedFormula> formulas,
                                    std::span<const Grid* const> grids, std::span<const Text> names) try {
     return CalculationOrder(formulas, grids, names);
 } catch (const CircularReference& circle) {
     throw SheetFaults({FaultAt(circle.Cell().cell->place, circle.what())}, circle.Cell().sheet);
 }
-
-// Serves xlfEvaluate and worksheet functions by number from the sheets for as long as it lives.
-class Evaluation {
-  public:
-    Evaluation(Host& host, std::span<const Grid* const> grids, std::span<const Text> names, IDSHEET firstId)
-        : host_(host), grids_(grids), firstId_(firstId) {
-        for (const Text& name : names) names_.push_back(name.substr(name.rfind(']') + 1));
-        host.SetEvaluator({[this](TextView text) { return Evaluate(text); },
-                           [this](const Builtin& function, std::span<const Value> arguments) {
-                               return Call(function, arguments);
-                           }});
-    }
-    ~Evaluation() { host_.SetEvaluator({}); }
-    Evaluation(const Evaluation&) = delete;
-    Evaluation& operator=(const Evaluation&) = delete;
-
-  private:
-    // A formula, with or without its "=", as the calling cell sees the sheets. A lone reference stays one.
-    Value Evaluate(TextView text) const try {
-        const Text marked = text.starts_with(WCHAR{'='}) ? Text(text) : TEXT("=") + Text(text);
-        const Formula formula = ParseFormula(marked, names_);
-        const bool isValue = formula.steps.size() == 1 && formula.steps.front().step == Step::Push;
-        if (isValue && IsReference(formula.steps.front().value)) return formula.steps.front().value;
-        const std::optional<Reference> caller = Caller();
-        const FunctionCaller call = [&](TextView function, std::span<const Value> arguments) {
-            return host_.Call(function, arguments, caller);
-        };
-        return CalculateFormula(formula, CellsOf(caller), call);
-    } catch (const FormulaFault&) {
-        return ErrorValue{xlerrValue};
-    }
-
-    // References name sheets by the host's ids here, and by their place among these sheets in a formula.
-    Value Call(const Builtin& function, std::span<const Value> arguments) const {
-        std::vector<Value> given(arguments.begin(), arguments.end());
-        for (Value& argument : given) {
-            if (auto* reference = std::get_if<Reference>(&argument)) reference->sheet -= firstId_ - 1;
-        }
-        Value value = CallBuiltin(function, given, CellsOf(Caller()));
-        if (auto* reference = std::get_if<Reference>(&value)) reference->sheet += firstId_ - 1;
-        return value;
-    }
-
-    static std::optional<Reference> Caller() {
-        const CallScope* scope = CallScope::Current();
-        return scope != nullptr ? scope->Caller() : std::nullopt;
-    }
-    [[nodiscard]] Cells CellsOf(const std::optional<Reference>& caller) const {
-        const IDSHEET sheet = caller ? caller->sheet - firstId_ + 1 : 1;
-        const XLREF12 cell = caller ? caller->areas.front().rectangle : XLREF12{};
-        return Cells(grids_, sheet, {cell.rwFirst, cell.colFirst});
-    }
-
-    Host& host_;
-    std::span<const Grid* const> grids_;
-    std::vector<Text> names_;
-    IDSHEET firstId_;
-};
 
 // A small batch is done before other threads have woken up.
 constexpr std::size_t kSmallBatch = 8;
@@ -191,7 +97,9 @@ class SheetCalculation {
 
     void Calculate(std::uint32_t number) {
         const LocatedFormula& formula = formulas_[number];
-        known_.Check(*formula.cell, faults_[formula.sheet - 1]);
+        for (const std::string& fault : known_.Faults(formula.cell->formula)) {
+            faults_[formula.sheet - 1].push_back(FaultAt(formula.cell->place, fault));
+        }
         ShowSheet(formula.sheet);
         Set(formula, ValueOf(formula));
     }

@@ -14,7 +14,9 @@ std::string Utf8From(const std::filesystem::path& path) {
     return {text.begin(), text.end()};
 }
 
-std::string ReadFile(const std::string& name) {
+}  // namespace
+
+std::string ReadInput(const std::string& name) {
     const std::filesystem::path path = PathFrom(name);
     std::error_code error;
     if (std::filesystem::is_directory(path, error)) throw InputError(Excerpt(name) + ": is a folder");
@@ -27,6 +29,8 @@ std::string ReadFile(const std::string& name) {
     if (file.bad()) throw InputError(Excerpt(name) + ": can't be read");
     return text;
 }
+
+namespace {
 
 void PrintLines(const std::string& file, std::span<const CellFault> faults, std::ostream& err) {
     for (const CellFault& fault : faults.first(std::min(faults.size(), kMostShownFaults))) {
@@ -63,7 +67,7 @@ SheetFiles::SheetFiles(std::span<const std::string> operands, std::ostream& err)
         entries_.push_back(std::move(entry));
     }
     for (const Entry& entry : entries_) {
-        const std::string csv = ReadFile(entry.file);
+        const std::string csv = ReadInput(entry.file);
         try {
             sheets_.emplace_back(csv, names);
         } catch (const SheetFaults& faults) {
@@ -73,12 +77,17 @@ SheetFiles::SheetFiles(std::span<const std::string> operands, std::ostream& err)
     }
 }
 
-void SheetFiles::Calculate(Host& host, std::size_t threads) {
+std::vector<NamedSheet> SheetFiles::Named() {
     std::vector<NamedSheet> named;
     for (std::size_t i = 0; i < sheets_.size(); ++i) {
         const std::string book = Utf8From(PathFrom(entries_[i].file).filename());
         named.push_back({Wide("[" + book + "]" + entries_[i].name), &sheets_[i]});
     }
+    return named;
+}
+
+void SheetFiles::Calculate(Host& host, std::size_t threads) {
+    const std::vector<NamedSheet> named = Named();
     try {
         faults_ = CalculateSheets(named, host, 1, threads);
     } catch (const SheetFaults& circle) {

@@ -24,6 +24,9 @@ class InputError : public std::runtime_error {
 // UTF-8, as all of the program's arguments are.
 [[nodiscard]] std::filesystem::path PathFrom(std::string_view utf8);
 
+// The content of a file under its name in UTF-8. InputError.
+[[nodiscard]] std::string ReadInput(const std::string& name);
+
 class SheetFiles {
   public:
     // Reads the files. A name without "=" is the file's own, without folder and extension; a file that is there
@@ -33,6 +36,9 @@ class SheetFiles {
 
     // False when a file holds faults; then there is nothing to calculate.
     [[nodiscard]] bool Good() const noexcept { return good_; }
+
+    // The sheets under their names as xlSheetNm gives them; they live as long as this.
+    [[nodiscard]] std::vector<NamedSheet> Named();
 
     // CalculateSheets, with the faults written to `err` by PrintFaults.
     void Calculate(Host& host, std::size_t threads = 1);

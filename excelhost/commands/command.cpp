@@ -14,7 +14,7 @@ std::string HelpOf(const Command& command) {
 }
 
 std::vector<Command> Commands() {
-    return {RunCommand()};
+    return {RunCommand(), EvalCommand()};
 }
 
 }  // namespace excelhost

@@ -17,6 +17,7 @@ struct Surroundings {
     std::filesystem::path folder;  // the program's own, where our add-in is looked for
     std::ostream& out;             // results
     std::ostream& err;             // messages
+    bool errIsTerminal = false;    // a person looks at them as they come
 };
 
 struct Command {
@@ -36,5 +37,6 @@ struct Command {
 [[nodiscard]] std::vector<Command> Commands();
 
 [[nodiscard]] Command RunCommand();
+[[nodiscard]] Command EvalCommand();
 
 }  // namespace excelhost

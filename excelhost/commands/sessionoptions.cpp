@@ -27,6 +27,9 @@ std::vector<Option> OptionsOf(SessionOptions& session) {
             "prints every call of the add-in into Excel, in order, and the account of all values lent, "
             "allocated and freed, to the standard error stream",
             session.trace),
+        SwitchOption("--progress",
+                     "shows how far it is, in a bar on the standard error stream, if that is a terminal",
+                     session.progress),
         ChoiceOption("--companion", "NAME",
                      "the networks of kestrolumen.xll's companion workbook: iris (its default), or none: no "
                      "workbook is loaded, so the add-in's functions aren't registered and give #NAME?",

@@ -15,6 +15,7 @@ struct SessionOptions {
     bool trace = false;
     bool isManaged = false;
     bool cancelsClose = false;
+    bool progress = false;
 };
 
 // They set what they are read into, which must live as long as they do.

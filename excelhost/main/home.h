@@ -17,6 +17,9 @@ namespace excelhost {
 // unheard.
 void PrepareStreams();
 
+// Whether the standard error stream is a terminal.
+[[nodiscard]] bool ErrorsGoToTerminal() noexcept;
+
 // From here on, a program that ends in an add-in's code, by a crash, abort or exit, says so and has its own exit
 // code. Called once, in the beginning.
 void GuardAgainstAddIns();

@@ -79,6 +79,10 @@ void GuardAgainstAddIns() {
     std::atexit(OnExit);
 }
 
+bool ErrorsGoToTerminal() noexcept {
+    return isatty(STDERR_FILENO) != 0;
+}
+
 void PrepareStreams() {
     std::signal(SIGPIPE, SIG_IGN);
 }

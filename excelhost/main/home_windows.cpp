@@ -101,6 +101,10 @@ void GuardAgainstAddIns() {
     std::atexit(OnExit);
 }
 
+bool ErrorsGoToTerminal() noexcept {
+    return _isatty(_fileno(stderr)) != 0;
+}
+
 void PrepareStreams() {
     _setmode(_fileno(stdout), _O_BINARY);
 }

@@ -18,7 +18,8 @@ int main(int count, char** arguments) try {
     const std::vector<std::string> words = excelhost::ArgumentsFrom(count, arguments);
     std::vector<excelhost::Command> commands = excelhost::Commands();
     commands.push_back(excelhost::DescribeCommand());
-    excelhost::Surroundings around{excelhost::OwnFolder(), std::cout, std::cerr};
+    excelhost::Surroundings around{excelhost::OwnFolder(), std::cout, std::cerr,
+                                   excelhost::ErrorsGoToTerminal()};
     return excelhost::RunProgram(words, commands, around);
 } catch (const std::exception& error) {
     std::cerr << "excelhost: " << error.what() << '\n';
