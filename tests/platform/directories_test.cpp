@@ -154,7 +154,9 @@ TEST_F(Directories, AreMadeListedWalkedAndRemovedAsTrees) {
     }
 
     EXPECT_TRUE(CreateDirectoryTree(TEXT("Z:\\"))) << "a root is there";
-    EXPECT_FALSE(CreateDirectoryTree(TEXT("Q:\\")));
+    for (const WCHAR* const none : {TEXT("Q:\\"), TEXT(""), static_cast<const WCHAR*>(nullptr)}) {
+        EXPECT_FALSE(CreateDirectoryTree(none));
+    }
     const auto all = Walked(5, false);
     EXPECT_THAT(all, UnorderedElementsAre("1.txt", "a\\2", "a\\b\\3.txt", "a\\b\\\xD0\x96\\4"));
     for (const std::size_t count : {1U, 2U, 3U, 4U}) EXPECT_EQ(Walked(count, true).size(), count);

@@ -5,8 +5,10 @@
 #include "support/home.h"
 #include "support/raised.h"
 
+#include <memory>
 #include <new>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -40,6 +42,14 @@ TEST_F(Mutexes, AreFoundWithTheFlagsOfTheirCreatorAlone) {
     }
     EXPECT_FALSE(Mutex::Exists(name, true, 0));
     EXPECT_FALSE(Mutex::Exists(TEXT("no\\name"), true, 0)) << "what can't be opened is absent";
+}
+
+TEST_F(Mutexes, BelongToTheirMakerOnlyIfItAsks) {
+    for (const bool asked : {false, true}) {
+        const auto mutex = asked ? std::make_unique<Mutex>(name, true, 0, nullptr, true)
+                                 : std::make_unique<Mutex>(name, true, 0, nullptr);
+        std::thread([&] { EXPECT_NE(mutex->WaitPumping(0), asked); }).join();
+    }
 }
 
 TEST_F(Mutexes, ThatCanNotBeMadeRaise) {

@@ -10,18 +10,18 @@
 
 namespace support {
 
-// A window of a class of its own. It keeps what `Post` sends to it, in the order in which it comes, and
-// reacts.
+// A window of a class of its own, for messages alone or, with no parent, one that others find. It keeps what
+// `Post` sends to it, in the order in which it comes, and reacts.
 class TestWindow {
   public:
-    explicit TestWindow(const WCHAR* className, const WCHAR* title = nullptr) : className_(className) {
+    explicit TestWindow(const WCHAR* className, const WCHAR* title = nullptr, HWND parent = HWND_MESSAGE)
+        : className_(className) {
         WNDCLASSW windowClass{};
         windowClass.lpfnWndProc = Procedure;
         windowClass.hInstance = module_;
         windowClass.lpszClassName = className;
         RegisterClassW(&windowClass);
-        window_ =
-            CreateWindowExW(0, className, title, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, module_, nullptr);
+        window_ = CreateWindowExW(0, className, title, 0, 0, 0, 0, 0, parent, nullptr, module_, nullptr);
     }
     ~TestWindow() {
         DestroyWindow(window_);
