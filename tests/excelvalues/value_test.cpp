@@ -109,6 +109,8 @@ TEST(Values, TextEndsAtTheFirstZeroUnit) {
     }
     XLOPER12 null{};
     EXPECT_TRUE(Viewed(null).ToCStringW().IsEmpty());
+    static constexpr kestrolumen::CountedText fixed(TEXT("a\0b"));
+    EXPECT_EQ(ValueFrom(fixed.Value()), Value(Text(TEXT("a\0b"), 3))) << "a text of the program is counted";
 }
 
 TEST(Makers, StringsKeepUpTo32767UnitsBeforeTheFirstZero) {

@@ -259,6 +259,15 @@ TEST(DispatchInvoke, WhatCantBeSentIsRefusedWithoutACall) {
     }
     EXPECT_EQ(refusal(method, {VT_I4}), E_INVALIDARG) << "too few arguments";
     EXPECT_EQ(refusal(method, {VT_I4}, 1, 2), E_INVALIDARG) << "too many arguments";
+    VARIANT room[2];
+    for (const std::size_t size : {0U, 2U}) {
+        EXPECT_EQ(Failure([&] {
+                      DispatchInvokeV(&object, member, method, 0, nullptr, Types{VT_I4}.c_str(),
+                                      std::array{kestrolumen::DispatchArgument(1)}, std::span(room, size));
+                  }),
+                  E_INVALIDARG)
+            << "a room of another size";
+    }
     EXPECT_EQ(refusal(method, {VT_I4}, 1.5), E_INVALIDARG) << "a floating-point number for a whole one";
     EXPECT_EQ(refusal(method, {VT_R8}, 1), E_INVALIDARG);
     EXPECT_EQ(refusal(method, {VT_I4}, &MissingArgument), E_INVALIDARG);
