@@ -101,17 +101,10 @@ if(NOT code EQUAL 0 OR NOT out STREQUAL "3104\n")
 endif()
 
 # Its life as the add-in manager and a user who cancels lead it; modules that can't be loaded.
-if(POINTER EQUAL 8)
-  string(ASCII 127 69 76 70 1 head)
-else()
-  string(ASCII 127 69 76 70 2 head)
-endif()
-file(WRITE "${SCRATCH}/otherwidth.xll" "${head} and no more")
 file(WRITE "${SCRATCH}/text.xll" "no module")
 foreach(row IN ITEMS
     "0|${LINKED}|--manage|it is \"Linked by name\".*xlAutoAdd\n[^-]*xlcNew.*calculated.*xlAutoRemove\n[^-]*xlcDeleteName.*xlAutoClose\n[^-]*xlcClose"
     "0|${LINKED}|--cancel-close|cancels: xlAutoClose\n[^-]*xlcClose.*calculated.*closes the add-in: xlAutoClose\n[^-]*xlcClose"
-    "1|${SCRATCH}/otherwidth.xll|--trace|otherwidth.xll' can't be loaded: it is a ([36][24]-bit module|module for Linux)"
     "1|${SCRATCH}/text.xll|--trace|text.xll' can't be loaded: it is no module"
     "1|${SCRATCH}/none.xll|--trace|there is no add-in '.*none.xll'")
   string(REPLACE "|" ";" row "${row}")

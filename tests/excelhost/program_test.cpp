@@ -144,6 +144,39 @@ TEST_F(ProgramTest, TellsWhichFileIsNotThere) {
     EXPECT_THAT(err, HasSubstr("sheet.csv' can't be loaded: it is no module"));
 }
 
+// The head of a module by which its system and width are known, and no more.
+std::string ModuleHead(bool isWindows, int bits) {
+    if (!isWindows)
+        return std::string(
+                   "\x7F"
+                   "ELF") +
+               (bits == 64 ? '\2' : '\1') + std::string(60, '\0');
+    std::string head =
+        "MZ" + std::string(0x3A, '\0') + '\x40' + std::string(3, '\0') + "PE" + std::string(2, '\0');
+    return head + (bits == 64 ? "\x64\x86" : "\x4C\x01") + std::string(18, '\0');
+}
+
+TEST_F(ProgramTest, TellsWhyAModuleCannotBeLoaded) {
+    constexpr bool isWindows = std::filesystem::path::preferred_separator == '\\';
+    constexpr int own = sizeof(void*) * 8;
+    constexpr int other = 96 - own;
+    const std::pair<std::string, std::string> addIns[] = {
+        {File(ModuleHead(isWindows, other), u8"width.xll"), "it is a " + std::to_string(other) +
+                                                                "-bit module, and this is the " +
+                                                                std::to_string(own) + "-bit program"},
+        {File(ModuleHead(!isWindows, own), u8"system.xll"),
+         isWindows ? "it is a module for Linux, and this is the program for Windows"
+                   : "it is a module for Windows, and this is the program for Linux"},
+        {NEEDY_ADDIN,
+         isWindows ? "it needs needed.dll, which isn't found" : "needed.so: cannot open shared object"},
+    };
+    const std::string sheet = File("1\n");
+    for (const auto& [addIn, why] : addIns) {
+        EXPECT_EQ(Run({"run", sheet, "--addin", addIn}), kBadInput) << addIn;
+        EXPECT_THAT(err, AllOf(HasSubstr(".xll' can't be loaded: "), HasSubstr(why)));
+    }
+}
+
 TEST_F(ProgramTest, CalculatesSheetsThatReferToOneAnother) {
     const std::string data = "Data=" + File("10,=Model!A1+1\n", u8"a.csv");
     const std::string model = "Model=" + File("\"=SUM(data!A:A)*2\",=data!B1,='Data'!$A$1:B1\n", u8"b.csv");
