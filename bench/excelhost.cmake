@@ -1,0 +1,1 @@
+kestrolumen_bench(excelhost USES excelhost COUNTS_HEAP)
