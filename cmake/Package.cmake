@@ -26,7 +26,7 @@ function(kestrolumen_package)
   # A new minor version may drop what an older one had.
   write_basic_package_version_file("${PROJECT_BINARY_DIR}/KestrolumenConfigVersion.cmake"
     COMPATIBILITY SameMinorVersion)
-  install(FILES "${PROJECT_BINARY_DIR}/KestrolumenConfig.cmake"
+  install(FILES "${PROJECT_BINARY_DIR}/KestrolumenConfig.cmake" "${PROJECT_SOURCE_DIR}/cmake/WindowsThreads.cmake"
     "${PROJECT_BINARY_DIR}/KestrolumenConfigVersion.cmake" DESTINATION "${folder}")
 endfunction()
 
