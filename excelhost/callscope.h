@@ -2,6 +2,7 @@
 // and what is told when the program ends in an add-in.
 #pragma once
 
+#include "excelhost/journal.h"
 #include "excelhost/registrations.h"
 #include "excelhost/value.h"
 
@@ -22,7 +23,11 @@ class CallScope {
         : module_(module),
           procedure_(procedure),
           name_(procedure_ + " of " + Utf8(FileNameOf(module))),
-          outer_(Enter(this)) {}
+          outer_(Enter(this)) {
+        journal_.emplace([&] {
+            return CallBeginning{CallKind::Procedure, procedure_, Utf8(FileNameOf(module)), {}};
+        });
+    }
     // A worksheet function, called from a cell if one is given.
     CallScope(const Registration& function, std::optional<Reference> caller) noexcept
         : module_(function.module), function_(&function), caller_(std::move(caller)), outer_(Enter(this)) {}
@@ -54,6 +59,7 @@ class CallScope {
     std::string name_;
     const Registration* function_ = nullptr;
     std::optional<Reference> caller_;
+    std::optional<JournalCall> journal_;  // of a procedure
     const CallScope* outer_;
 };
 

@@ -1,6 +1,7 @@
 #include "excelhost/host.h"
 
 #include "excelhost/callscope.h"
+#include "excelhost/journal.h"
 #include "excelhost/state.h"
 #include "excelhost/worksheetcall.h"
 
@@ -43,14 +44,19 @@ std::string GiverOf(int function) {
 }
 
 // What an add-in should hear of even if it doesn't look at its results.
-void NoteFault(HostState& state, const Entry& entry) {
-    const bool isFree = entry.function == xlFree && !entry.refused && entry.returnCode != xlretSuccess;
-    if (isFree) state.findings.Add(NameOfCaller() + " handed xlFree a value that is " + entry.note);
+void NoteFault(HostState& state, const Entry& entry, JournalCall& journal) {
+    const auto find = [&](const std::string& what, bool isFault, unsigned mark) {
+        state.findings.Add(NameOfCaller() + " " + what, isFault, journal.Number());
+        journal.end.marks |= mark;
+    };
+    if (entry.function == xlFree && !entry.refused && entry.returnCode != xlretSuccess) {
+        find("handed xlFree a value that is " + entry.note, true,
+             entry.note == kFreedBefore ? kFreedTwice : kForeign);
+    }
     if (entry.note.starts_with(kUnreadable)) {
-        state.findings.Add(NameOfCaller() + " called " + FunctionName(entry.function) + ", and " +
-                           entry.note);
+        find("called " + FunctionName(entry.function) + ", and " + entry.note, true, kFault);
     } else if (entry.function == xlfRegister && !entry.note.empty()) {
-        state.findings.Add(NameOfCaller() + " had a registration refused: " + entry.note, false);
+        find("had a registration refused: " + entry.note, false, kWord);
     }
 }
 
@@ -96,6 +102,9 @@ int Host::CallBack(int function, int count, LPXLOPER12* operands, LPXLOPER12 res
     const bool readable = count > 0 && count <= kMostOperands && operands != nullptr;
     const Operands given = readable ? Operands(operands, static_cast<std::size_t>(count)) : Operands{};
 
+    JournalCall journal([&] {
+        return CallBeginning{CallKind::Callback, FunctionName(function), DescribeAll(given), {}};
+    });
     Entry entry;
     entry.function = function;
     entry.count = count;
@@ -120,7 +129,7 @@ int Host::CallBack(int function, int count, LPXLOPER12* operands, LPXLOPER12 res
         const std::lock_guard lock(state_->mutex);
         const bool succeeded = outcome.returnCode == xlretSuccess;
         if (result != nullptr && succeeded && state_->ledger.Give(outcome.value, *result)) {
-            state_->ledger.SetGiver(*result, GiverOf(function));
+            state_->ledger.SetGiver(*result, {GiverOf(function), journal.Number()});
         }
         if (result != nullptr && !succeeded) state_->ledger.Fail(*result);
         entry.returnCode = outcome.returnCode;
@@ -128,7 +137,12 @@ int Host::CallBack(int function, int count, LPXLOPER12* operands, LPXLOPER12 res
         entry.result.record = result;
         if (result != nullptr && succeeded && state_->trace.IsWatched()) entry.result = Traced(result);
         state_->trace.Complete(entry);
-        NoteFault(*state_, entry);
+        NoteFault(*state_, entry, journal);
+        if (journal.IsKept()) {
+            journal.end.returnCode = entry.returnCode;
+            if (result != nullptr && succeeded) journal.end.result = DescribeWithElements(result);
+            journal.end.note = entry.note;
+        }
         listener = state_->trace.Listener();
     }
     if (listener) listener(entry);
@@ -233,11 +247,16 @@ void Host::OnEntry(std::function<void(const Entry&)> listener) {
     state_->trace.Listen(std::move(listener));
 }
 
+std::vector<Leak> Host::Leaks() const {
+    const std::lock_guard lock(state_->mutex);
+    return state_->ledger.Leaks();
+}
+
 std::vector<Finding> Host::Findings() const {
     const std::lock_guard lock(state_->mutex);
     excelhost::Findings findings = state_->findings;
-    for (const std::string& giver : state_->ledger.Leaks()) {
-        findings.Add("what " + giver + " was given never came back through xlFree");
+    for (const Leak& leak : state_->ledger.Leaks()) {
+        findings.Add("what " + leak.giver + " was given never came back through xlFree", true, leak.call);
     }
     return findings.All();
 }

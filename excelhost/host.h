@@ -112,6 +112,8 @@ class Host {
     void OnEntry(std::function<void(const Entry&)> listener);
 
     [[nodiscard]] Account GetAccount() const;
+    // The values that haven't come back so far.
+    [[nodiscard]] std::vector<Leak> Leaks() const;
     // What was found wrong, in the order in which it first happened.
     [[nodiscard]] std::vector<Finding> Findings() const;
     // Whether alerts for macro errors are on, as xlfError left them; on at first.

@@ -52,7 +52,7 @@ bool Ledger::Give(const Value& value, XLOPER12& record) {
     return false;
 }
 
-void Ledger::SetGiver(const XLOPER12& record, std::string giver) {
+void Ledger::SetGiver(const XLOPER12& record, Leak giver) {
     live_.at(PayloadOf(record)).giver = std::move(giver);
 }
 
@@ -82,14 +82,14 @@ std::string Ledger::TakeBack(XLOPER12& record) {
     }
     if (payload == nullptr ? returned_.contains(&record) : retiredPayloads_.contains(payload)) {
         ++account_.freedTwice;
-        return "freed a second time";
+        return std::string(kFreedBefore);
     }
     ++account_.foreign;
-    return "not from this host";
+    return std::string(kNotOurs);
 }
 
-std::vector<std::string> Ledger::Leaks() const {
-    std::vector<std::string> leaks;
+std::vector<Leak> Ledger::Leaks() const {
+    std::vector<Leak> leaks;
     for (const auto& [payload, value] : live_) leaks.push_back(value.giver);
     std::sort(leaks.begin(), leaks.end());
     return leaks;

@@ -5,9 +5,12 @@
 
 #include "excelhost/value.h"
 
+#include <compare>
 #include <cstddef>
 #include <deque>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -44,6 +47,17 @@ struct Account {
 // One line for people, naming every count.
 [[nodiscard]] std::string Describe(const Account& account);
 
+// A value that never came back.
+struct Leak {
+    std::string giver;                // "'TRY.ADD' of try.xll in a result of xlGetName"
+    std::optional<std::size_t> call;  // in whose result it was, by its number in the journal, if one is kept
+    friend auto operator<=>(const Leak&, const Leak&) = default;
+};
+
+// What is wrong with a record that is freed and can't be.
+inline constexpr std::string_view kFreedBefore = "freed a second time";
+inline constexpr std::string_view kNotOurs = "not from this host";
+
 class Ledger {
   public:
     // Fills the result record of a successful call. An error value writes its number and type alone, as Excel
@@ -51,14 +65,14 @@ class Ledger {
     // Whether the value has memory of its own.
     bool Give(const Value& value, XLOPER12& record);
     // Names the call that gave such a value, for when it leaks.
-    void SetGiver(const XLOPER12& record, std::string giver);
+    void SetGiver(const XLOPER12& record, Leak giver);
     // Notes the result record of a failed call, which stays untouched.
     void Fail(XLOPER12& record);
     // Frees what Excel put into the record and resets its pointer to null, as Microsoft describes xlFree.
     // What is wrong with the record otherwise; then nothing is freed.
     [[nodiscard]] std::string TakeBack(XLOPER12& record);
-    // Who was given the values that never came back, one name a value.
-    [[nodiscard]] std::vector<std::string> Leaks() const;
+    // In the order of their givers' names.
+    [[nodiscard]] std::vector<Leak> Leaks() const;
     void Lent(std::size_t records, bool altered) noexcept;
     void Flagged(bool freed) noexcept { ++(freed ? account_.flagged : account_.unfreeable); }
 
@@ -68,7 +82,7 @@ class Ledger {
     struct LiveValue {
         Blocks blocks;
         const XLOPER12* record = nullptr;
-        std::string giver;
+        Leak giver;
     };
     void Offer(const XLOPER12* record);
     void Retire(const void* payload, Blocks blocks);

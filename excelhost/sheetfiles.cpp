@@ -106,6 +106,21 @@ bool SheetFiles::PrintFaults(std::ostream& err) const {
     return none;
 }
 
+std::vector<ReportedSheet> SheetFiles::Reported() const {
+    std::vector<ReportedSheet> reported;
+    for (std::size_t i = 0; i < sheets_.size(); ++i) {
+        CsvTable fields;
+        try {
+            fields = ParseCsv(ReadInput(entries_[i].file));
+        } catch (const std::exception&) {
+        }
+        reported.push_back({entries_[i].name, std::move(fields), [&sheet = sheets_[i]](Place place) {
+                                return CellText(sheet.Values().At(place));
+                            }});
+    }
+    return reported;
+}
+
 void SheetFiles::Print(std::ostream& out) const {
     for (std::size_t i = 0; i < sheets_.size(); ++i) {
         if (sheets_.size() > 1) out << (i > 0 ? "\n# " : "# ") << entries_[i].name << '\n';

@@ -2,6 +2,7 @@
 // to one another.
 #pragma once
 
+#include "excelhost/report/reportedsheet.h"
 #include "excelhost/sheet.h"
 
 #include <deque>
@@ -44,6 +45,9 @@ class SheetFiles {
     void Calculate(Host& host, std::size_t threads = 1);
     // Writes the faults of the calculation; false when there are any.
     [[nodiscard]] bool PrintFaults(std::ostream& err) const;
+    // The sheets for a report, with the fields of their files. They show the values of this object, which must live
+    // as long; a file that can't be read a second time has no fields.
+    [[nodiscard]] std::vector<ReportedSheet> Reported() const;
     // The values as CSV. Of several sheets each has a line "# Name" ahead.
     void Print(std::ostream& out) const;
 

@@ -2,6 +2,7 @@
 
 #include "excelhost/calling.h"
 #include "excelhost/callscope.h"
+#include "excelhost/journal.h"
 
 #include <atomic>
 #include <chrono>
@@ -33,8 +34,8 @@ bool IsDeadStack(const void* address) noexcept {
 
 class WorksheetCall {
   public:
-    WorksheetCall(HostState& state, const Registration& function)
-        : state_(state), function_(function), lent_(function.type) {}
+    WorksheetCall(HostState& state, const Registration& function, JournalCall& journal)
+        : state_(state), function_(function), journal_(journal), lent_(function.type) {}
 
     Value Run(std::span<const Value> arguments) {
         for (std::size_t i = 0; i < function_.Arity(); ++i) {
@@ -130,19 +131,21 @@ class WorksheetCall {
 
     void Inspect() {
         const LentArguments::Harm harm = lent_.Inspect();
-        if (harm == LentArguments::Harm::Changed) Find("wrote into memory that it was only lent");
-        if (harm == LentArguments::Harm::Overrun) Find("wrote beyond the memory that it was lent");
+        if (harm == LentArguments::Harm::Changed) Find("wrote into memory that it was only lent", kAltered);
+        if (harm == LentArguments::Harm::Overrun) Find("wrote beyond the memory that it was lent", kAltered);
         const std::lock_guard lock(state_.mutex);
         state_.ledger.Lent(lent_.Count(), harm != LentArguments::Harm::None);
     }
 
-    void Find(const std::string& what) {
+    void Find(const std::string& what, CallMark mark = kFault) {
+        journal_.Note(what, mark);
         const std::lock_guard lock(state_.mutex);
-        state_.findings.Add(function_.shownName + " " + what);
+        state_.findings.Add(function_.shownName + " " + what, true, journal_.Number());
     }
 
     HostState& state_;
     const Registration& function_;
+    JournalCall& journal_;
     LentArguments lent_;
 };
 
@@ -154,8 +157,13 @@ void SetAsyncLimit(std::chrono::milliseconds limit) noexcept {
 
 Value CallWorksheetFunction(HostState& state, const Registration& function, std::span<const Value> arguments,
                             std::optional<Reference> caller) {
+    JournalCall journal([&] {
+        return CallBeginning{CallKind::Function, Utf8(function.functionText), DescribeAll(arguments), caller};
+    });
     const CallScope scope(function, std::move(caller));
-    return WorksheetCall(state, function).Run(arguments);
+    Value value = WorksheetCall(state, function, journal).Run(arguments);
+    if (journal.IsKept()) journal.end.result = DescribeWithElements(value);
+    return value;
 }
 
 }  // namespace excelhost

@@ -13,7 +13,8 @@ set -euo pipefail
 
 what=${1:-native}
 
-native=(cmake ninja-build ccache g++ gdb googletest libffi-dev python3)
+# Chromium and its driver open the pages that the simulated Excel makes.
+native=(cmake ninja-build ccache g++ gdb googletest libffi-dev python3 chromium chromium-driver python3-selenium)
 # German, for the tests that no text depends on the locale.
 locales=(locales)
 sanitizers=(clang clang-tidy clang-format libclang-rt-14-dev)

@@ -50,6 +50,10 @@ class Evaluator {
         seconds_ = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     }
 
+    [[nodiscard]] std::vector<ReportedSheet> Reported() const {
+        return formulas_.Reported([this](std::size_t index) { return LineOf(values_[index]); });
+    }
+
     [[nodiscard]] int Tell() {
         bool isGood = formulas_.PrintFaults(around_.err);
         for (std::size_t i = 0; i < values_.size(); ++i) {
@@ -99,7 +103,7 @@ int Eval(EvalOptions& options, std::span<const std::string> operands, Surroundin
     Evaluator evaluator(options, operands.subspan(1), around);
     if (!evaluator.Good()) return kBadInput;
     const Act act{"the formulas are calculated", [&](Host& host) { evaluator.Calculate(host); },
-                  [&](Host&) { return evaluator.Tell(); }};
+                  [&](Host&) { return evaluator.Tell(); }, [&] { return evaluator.Reported(); }};
     return Play(options.session, act, around);
 }
 

@@ -39,10 +39,27 @@ void Formulas::Add(const std::string& formula) try {
         throw InputError(Excerpt(formula) + ": there is no sheet for " + cell +
                          "; --sheet FILE.csv gives one");
     formulas_.push_back(std::move(parsed));
+    texts_.push_back(Utf8(text));
 } catch (const FormulaFault& fault) {
     const std::size_t marked = formula.starts_with('=') ? 0 : 1;
     throw InputError(Excerpt(formula) + ": at character " +
                      std::to_string(std::max(fault.Position(), marked + 1) - marked) + ", " + fault.what());
+}
+
+std::vector<ReportedSheet> Formulas::Reported(std::function<std::string(std::size_t)> shown) const {
+    std::vector<ReportedSheet> sheets = files_ ? files_->Reported() : std::vector<ReportedSheet>{};
+    if (sheets.empty()) sheets.push_back({"formulas", {}, {}});
+    ReportedSheet& first = sheets.front();
+    const std::size_t column = first.fields.empty() ? 0 : first.fields.front().size();
+    first.fields.resize(std::max(first.fields.size(), texts_.size()), std::vector<std::string>(column));
+    for (std::size_t row = 0; row < first.fields.size(); ++row) {
+        first.fields[row].push_back(row < texts_.size() ? texts_[row] : std::string());
+    }
+    first.shown = [column, shown = std::move(shown), others = std::move(first.shown)](Place place) {
+        const bool isOurs = static_cast<std::size_t>(place.column) == column;
+        return isOurs ? shown(static_cast<std::size_t>(place.row)) : others(place);
+    };
+    return sheets;
 }
 
 OpenFormulas::OpenFormulas(Formulas& formulas, Host& host) : formulas_(formulas), host_(host) {

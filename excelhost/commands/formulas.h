@@ -5,6 +5,7 @@
 #include "excelhost/evaluation.h"
 #include "excelhost/sheetfiles.h"
 
+#include <functional>
 #include <optional>
 #include <ostream>
 #include <span>
@@ -29,6 +30,9 @@ class Formulas {
     void Add(const std::string& formula);
     [[nodiscard]] std::size_t Count() const noexcept { return formulas_.size(); }
 
+    // The sheets for a report, with the formulas in their cells, which show `shown(index)`. This must live as long.
+    [[nodiscard]] std::vector<ReportedSheet> Reported(std::function<std::string(std::size_t)> shown) const;
+
     // Writes the faults of the sheets' calculation; false when there are any.
     [[nodiscard]] bool PrintFaults(std::ostream& err) const { return !files_ || files_->PrintFaults(err); }
 
@@ -38,6 +42,7 @@ class Formulas {
     Sheet none_{""};
     std::vector<Text> names_;  // of the sheets, in formulas
     std::vector<Formula> formulas_;
+    std::vector<std::string> texts_;
 };
 
 // Formulas in a host, with the sheets calculated. Neither may go before this.

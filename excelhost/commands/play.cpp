@@ -8,6 +8,7 @@
 #include <array>
 #include <deque>
 #include <mutex>
+#include <optional>
 #include <span>
 
 namespace excelhost {
@@ -32,6 +33,29 @@ class TraceWriter {
 
     std::ostream* err_;
     std::mutex mutex_;
+};
+
+// The page of the session, as far as it gets.
+class ReportWriter {
+  public:
+    ReportWriter(const std::filesystem::path& file, std::span<const std::filesystem::path> addIns,
+                 const Act& act)
+        : report_(file, addIns), sheets_(act.sheets ? act.sheets() : std::vector<ReportedSheet>{}) {
+        report_.ShowSheets(sheets_);
+    }
+    void Finish(const Host& host) {
+        report_.ShowValues(sheets_);
+        report_.Close(host);
+    }
+    // What ended the session is the greater trouble.
+    void GiveUp(const Host& host, std::string_view why) noexcept try {
+        report_.Close(host, why);
+    } catch (const std::exception&) {
+    }
+
+  private:
+    Report report_;
+    std::vector<ReportedSheet> sheets_;
 };
 
 // The add-ins, from their opening to their close.
@@ -119,15 +143,20 @@ std::vector<std::filesystem::path> AddInsOf(const SessionOptions& options,
 
 int Play(const SessionOptions& options, const Act& act, Surroundings& around) {
     const std::vector<std::filesystem::path> addIns = AddInsOf(options, around.folder);
+    std::optional<ReportWriter> report;
+    if (!options.report.empty()) report.emplace(PathFrom(options.report), addIns, act);
     Host host;
     TraceWriter trace(host, options.trace ? &around.err : nullptr);
-    {
+    try {
         Troupe troupe(options, addIns, host, trace);
         troupe.Open();
         trace.Milestone(act.milestone);
         act.perform(host);
         host.CalculationEnded();
         troupe.Close();
+    } catch (const std::exception& error) {
+        if (report) report->GiveUp(host, error.what());
+        throw;
     }
     const int code = act.tell(host);
     around.out.flush();
@@ -135,6 +164,7 @@ int Play(const SessionOptions& options, const Act& act, Surroundings& around) {
     if (options.trace || !account.Balanced()) around.err << "account: " << Describe(account) << '\n';
     const bool isFaulty = PrintFindings(host, around.err);
     if (!account.Balanced()) around.err << "excelhost: the add-in's account isn't balanced\n";
+    if (report) report->Finish(host);
     return account.Balanced() && !isFaulty ? code : kBadAccount;
 }
 

@@ -4,6 +4,7 @@
 #include "excelhost/commands/command.h"
 #include "excelhost/commands/sessionoptions.h"
 #include "excelhost/host.h"
+#include "excelhost/report/report.h"
 
 #include <filesystem>
 #include <functional>
@@ -17,6 +18,8 @@ struct Act {
     std::function<void(Host&)> perform;  // while the add-ins are open
     // When all are closed, ahead of the account: prints what came of it and gives the exit code.
     std::function<int(Host&)> tell;
+    // What a report shows as sheets; their values are asked for behind `tell`.
+    std::function<std::vector<ReportedSheet>()> sheets = nullptr;
 };
 
 // The add-ins that the options name, or ours.

@@ -77,7 +77,8 @@ int Run(const RunOptions& run, std::span<const std::string> operands, Surroundin
                       if (sheets.Good()) sheets.Print(around.out);
                       around.out.flush();
                       return sheets.PrintFaults(around.err) ? kDone : kBadInput;
-                  }};
+                  },
+                  [&] { return sheets.Reported(); }};
     return Play(run.session, act, around);
 }
 

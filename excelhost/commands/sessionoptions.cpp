@@ -30,6 +30,10 @@ std::vector<Option> OptionsOf(SessionOptions& session) {
         SwitchOption("--progress",
                      "shows how far it is, in a bar on the standard error stream, if that is a terminal",
                      session.progress),
+        TextOption("--report", "FILE.html",
+                   "writes a page to look at: the sheets, each call on a time line with its operands and its "
+                   "result, and the account with a mark at each value in trouble",
+                   session.report),
         ChoiceOption("--companion", "NAME",
                      "the networks of kestrolumen.xll's companion workbook: iris (its default), or none: no "
                      "workbook is loaded, so the add-in's functions aren't registered and give #NAME?",

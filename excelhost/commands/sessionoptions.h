@@ -12,6 +12,7 @@ struct SessionOptions {
     std::vector<std::string> addIns;  // ours, beside the program, when empty
     std::string companion = "iris";
     std::string workbookName = "XLA";
+    std::string report;  // a file; none when empty
     bool trace = false;
     bool isManaged = false;
     bool cancelsClose = false;
