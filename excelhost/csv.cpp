@@ -11,12 +11,12 @@ class CsvReader {
         if (text_.starts_with(kByteOrderMark)) text_.remove_prefix(kByteOrderMark.size());
     }
 
-    CsvTable Read() {
+    CsvTable Read(RowLength length) {
         while (next_ < text_.size()) {
             ReadRow();
             const std::size_t width = table_.front().size();
             const std::size_t found = table_.back().size();
-            if (found != width) {
+            if (found != width && length == RowLength::Equal) {
                 throw CellFault(table_.size(), found < width ? found + 1 : width + 1,
                                 "the row has " + std::to_string(found) + " fields, the first one has " +
                                     std::to_string(width));
@@ -75,8 +75,8 @@ class CsvReader {
 
 }  // namespace
 
-CsvTable ParseCsv(std::string_view text) {
-    return CsvReader(text).Read();
+CsvTable ParseCsv(std::string_view text, RowLength length) {
+    return CsvReader(text).Read(length);
 }
 
 std::string CsvLine(const std::vector<std::string>& fields) {

@@ -26,9 +26,12 @@ class CellFault : public std::runtime_error {
 // Fields row by row. Every row has as many fields as the first one; an empty text has no row.
 using CsvTable = std::vector<std::vector<std::string>>;
 
+// Whether rows may differ in their number of fields. An empty line is a row of one empty field.
+enum class RowLength { Equal, Any };
+
 // CellFault for a quote that isn't closed or stands inside an unquoted field, text behind a closing quote, a
 // lone carriage return, and a row of another length.
-[[nodiscard]] CsvTable ParseCsv(std::string_view text);
+[[nodiscard]] CsvTable ParseCsv(std::string_view text, RowLength length = RowLength::Equal);
 
 // One line with its LF; a field is quoted where it must be.
 [[nodiscard]] std::string CsvLine(const std::vector<std::string>& fields);

@@ -180,6 +180,11 @@ void Host::AddModule(TextView path, ModuleExports exports, HINSTANCE instance) {
     state_->registrations.AddModule({Text(path), Text(FileNameOf(path)), std::move(exports), instance});
 }
 
+std::vector<Module> Host::Modules() const {
+    const std::lock_guard lock(state_->mutex);
+    return state_->registrations.Modules();
+}
+
 std::shared_ptr<const Registration> Host::Find(TextView functionText) const {
     const std::lock_guard lock(state_->mutex);
     return state_->registrations.Find(functionText);

@@ -75,6 +75,8 @@ class Host {
 
     // Makes a loaded add-in known under its path or its file name alone; xlfRegister takes either.
     void AddModule(TextView path, ModuleExports exports, HINSTANCE instance = nullptr);
+    // In the order in which they were loaded.
+    [[nodiscard]] std::vector<Module> Modules() const;
     // The newest registration under a function text; null when there is none.
     [[nodiscard]] std::shared_ptr<const Registration> Find(TextView functionText) const;
     // In the order in which they were made.

@@ -36,6 +36,12 @@ struct Registration {
     Text typeText;
     Text functionText;
     Text argumentText;
+    // What the function wizard and the menus show; empty where it was left out.
+    Text category;  // a number stands for one of Excel's own
+    Text shortcut;
+    Text helpTopic;
+    Text functionHelp;
+    std::vector<Text> argumentHelp;
     Kind kind = Kind::Function;
     TypeText type;
     FARPROC entry = nullptr;

@@ -40,15 +40,6 @@ CellFault EncodingFault(const CsvTable& table) {
     return {1, 1, "the text isn't UTF-8"};
 }
 
-CsvTable Parse(std::string_view csv) try {
-    if (LooksLikeUtf16(csv)) throw CellFault(1, 1, "the text is UTF-16; save the sheet as UTF-8");
-    CsvTable table = ParseCsv(csv);
-    if (Utf8Prefix(csv) != csv.size()) throw EncodingFault(table);
-    return table;
-} catch (const CellFault& fault) {
-    throw SheetFaults({fault});
-}
-
 Value FromField(const std::string& field, Text text) {
     double number = 0;
     if (ReadTypedNumber(field, number)) return number;
@@ -80,8 +71,23 @@ std::string FieldText(const Value& value) {
 
 }  // namespace
 
+CsvTable ReadTable(std::string_view csv, RowLength length) try {
+    if (LooksLikeUtf16(csv)) throw CellFault(1, 1, "the text is UTF-16; save the sheet as UTF-8");
+    CsvTable table = ParseCsv(csv, length);
+    if (Utf8Prefix(csv) != csv.size()) throw EncodingFault(table);
+    return table;
+} catch (const CellFault& fault) {
+    throw SheetFaults({fault});
+}
+
+Value ValueFromField(const std::string& field) {
+    Text text = Wide(field);
+    if (auto given = TextFromFormula(text)) return *std::move(given);
+    return FromField(field, std::move(text));
+}
+
 Sheet::Sheet(std::string_view csv, std::span<const Text> names) {
-    const CsvTable table = Parse(csv);
+    const CsvTable table = ReadTable(csv);
     const std::size_t columns = table.empty() ? 0 : table.front().size();
     if (table.size() > static_cast<std::size_t>(kRowLimit)) {
         throw SheetFaults({CellFault(kRowLimit + 1, 1, "a sheet has at most 1,048,576 rows")});

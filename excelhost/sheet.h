@@ -76,6 +76,12 @@ struct NamedSheet {
                                                                   Host& host, IDSHEET firstId = 1,
                                                                   std::size_t threads = 1);
 
+// The table behind a file in UTF-8, as a sheet reads it. SheetFaults for what isn't one.
+[[nodiscard]] CsvTable ReadTable(std::string_view csv, RowLength length = RowLength::Equal);
+
+// The value of a field that is no formula, the formula of one text apart.
+[[nodiscard]] Value ValueFromField(const std::string& field);
+
 // A cell's value as CSV shows it.
 [[nodiscard]] std::string CellText(const Value& value);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <utility>
 
 namespace excelhost {
 namespace {
@@ -165,6 +166,36 @@ TypeText TypeTextFrom(TextView text) {
 
 std::string Describe(ValueType type) {
     return std::string(1, type.letter) + (type.wide ? "%" : "");
+}
+
+std::string InWords(ValueType type) {
+    static constexpr auto words = std::to_array<std::pair<char, const char*>>({
+        {'A', "truth value"},
+        {'B', "number"},
+        {'C', "text, ended by a zero"},
+        {'D', "text, counted"},
+        {'E', "number, by its address"},
+        {'F', "text to write into, ended by a zero"},
+        {'G', "text to write into, counted"},
+        {'H', "unsigned 16-bit integer"},
+        {'I', "16-bit integer"},
+        {'J', "32-bit integer"},
+        {'K', "array of numbers"},
+        {'L', "truth value, by its address"},
+        {'M', "16-bit integer, by its address"},
+        {'N', "32-bit integer, by its address"},
+        {'O', "array of numbers, as rows, columns and numbers"},
+        {'P', "value, as before Excel 2007"},
+        {'Q', "value"},
+        {'R', "value or reference, as before Excel 2007"},
+        {'U', "value or reference"},
+    });
+    const auto found =
+        std::find_if(words.begin(), words.end(), [&](const auto& row) { return row.first == type.letter; });
+    if (found == words.end()) return "nothing";
+    const bool isText = std::string_view("CDFG").find(type.letter) != std::string_view::npos;
+    const char* const encoding = !isText ? "" : type.wide ? ", UTF-16" : ", in the ANSI code page";
+    return std::string(found->second) + encoding + " (" + Describe(type) + ")";
 }
 
 bool CanBeChanged(ValueType type) noexcept {

@@ -58,6 +58,9 @@ class TypeTextFault : public std::runtime_error {
 // "B", "C%".
 [[nodiscard]] std::string Describe(ValueType type);
 
+// "number (B)", "text, ended by a zero, UTF-16 (C%)"; "nothing" for no type.
+[[nodiscard]] std::string InWords(ValueType type);
+
 // Whether a function may change what it is lent under this type: E, F, G, K, L, M, N and O.
 [[nodiscard]] bool CanBeChanged(ValueType type) noexcept;
 

@@ -14,7 +14,7 @@ std::string HelpOf(const Command& command) {
 }
 
 std::vector<Command> Commands() {
-    return {RunCommand(), EvalCommand()};
+    return {RunCommand(), EvalCommand(), TestCommand(), InspectCommand()};
 }
 
 }  // namespace excelhost

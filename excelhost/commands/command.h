@@ -38,5 +38,7 @@ struct Command {
 
 [[nodiscard]] Command RunCommand();
 [[nodiscard]] Command EvalCommand();
+[[nodiscard]] Command TestCommand();
+[[nodiscard]] Command InspectCommand();
 
 }  // namespace excelhost

@@ -17,21 +17,28 @@ namespace {
 // Writes each entry as it is completed, and the milestones between them.
 class TraceWriter {
   public:
-    TraceWriter(Host& host, std::ostream* err) : err_(err) {
+    TraceWriter(Host& host, std::ostream* err, const std::function<void(const Entry&)>& watch)
+        : err_(err), watch_(watch) {
         host.KeepTrace(false);
-        if (err_ != nullptr) host.OnEntry([this](const Entry& entry) { Write(Describe(entry)); });
+        if (err_ != nullptr || watch_) host.OnEntry([this](const Entry& entry) { Take(entry); });
     }
     void Milestone(const std::string& text) {
         if (err_ != nullptr) Write("-- " + text);
     }
 
   private:
+    void Take(const Entry& entry) {
+        if (err_ != nullptr) Write(Describe(entry));
+        const std::lock_guard lock(mutex_);
+        if (watch_) watch_(entry);
+    }
     void Write(const std::string& line) {
         const std::lock_guard lock(mutex_);
         *err_ << line << '\n';
     }
 
     std::ostream* err_;
+    const std::function<void(const Entry&)>& watch_;
     std::mutex mutex_;
 };
 
@@ -146,7 +153,7 @@ int Play(const SessionOptions& options, const Act& act, Surroundings& around) {
     std::optional<ReportWriter> report;
     if (!options.report.empty()) report.emplace(PathFrom(options.report), addIns, act);
     Host host;
-    TraceWriter trace(host, options.trace ? &around.err : nullptr);
+    TraceWriter trace(host, options.trace ? &around.err : nullptr, act.watch);
     try {
         Troupe troupe(options, addIns, host, trace);
         troupe.Open();

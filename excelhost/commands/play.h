@@ -20,6 +20,8 @@ struct Act {
     std::function<int(Host&)> tell;
     // What a report shows as sheets; their values are asked for behind `tell`.
     std::function<std::vector<ReportedSheet>()> sheets = nullptr;
+    // Called with each call into Excel when it is complete, one at a time; null for none.
+    std::function<void(const Entry&)> watch = {};
 };
 
 // The add-ins that the options name, or ours.

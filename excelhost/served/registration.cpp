@@ -24,6 +24,7 @@ enum RegisterOperand : std::size_t {
     kShortcut,
     kHelpTopic,
     kFunctionHelp,
+    kFirstArgumentHelp,
 };
 
 // What keeps a registration from being made; REGISTER gives #VALUE! for it.
@@ -43,6 +44,14 @@ class RegisterOperands {
         if (!text) throw Refusal{std::string("the ") + name + " is no text: " + Describe(*operands_[place])};
         return *std::move(text);
     }
+    // What is only shown to people: a number is as good as a text, and what is neither is nothing.
+    [[nodiscard]] Text Shown(std::size_t place) const {
+        if (!Has(place)) return {};
+        if (auto text = TextOf(*operands_[place])) return *std::move(text);
+        const auto number = NumberOf(*operands_[place]);
+        return number ? Wide(NumberText(*number)) : Text();
+    }
+    [[nodiscard]] std::size_t Count() const noexcept { return operands_.size(); }
     [[nodiscard]] Registration::Kind Kind() const {
         if (!Has(kMacroType)) return Registration::Kind::Function;
         const auto number = NumberOf(*operands_[kMacroType]);
@@ -72,6 +81,13 @@ Registration ReadRegistration(const RegisterOperands& given) {
         registration.type = TypeTextFrom(registration.typeText);
     } catch (const TypeTextFault& fault) {
         throw Refusal{fault.what()};
+    }
+    registration.category = given.Shown(kCategory);
+    registration.shortcut = given.Shown(kShortcut);
+    registration.helpTopic = given.Shown(kHelpTopic);
+    registration.functionHelp = given.Shown(kFunctionHelp);
+    for (std::size_t i = kFirstArgumentHelp; i < given.Count(); ++i) {
+        registration.argumentHelp.push_back(given.Shown(i));
     }
     if (isCommand && registration.Arity() != 0) throw Refusal{"a command takes no arguments"};
     return registration;

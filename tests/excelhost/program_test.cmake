@@ -116,3 +116,44 @@ foreach(row IN ITEMS
     message(FATAL_ERROR "${option}: exit code ${code}, message '${err}'")
   endif()
 endforeach()
+
+# What inspect writes is JSON, with whatever texts an add-in registers.
+execute_process(COMMAND ${EMULATOR} "${PROGRAM}" inspect "${LINKED}" --json OUTPUT_VARIABLE json RESULT_VARIABLE code)
+foreach(row IN ITEMS "functions,1,help|Twice a \"number\"\t<&>" "functions,1,category|Say \"2\""
+    "functions,1,arguments,0,help|the \\ one" "functions,1,arguments,0,words|number (B)" "functions,1,threadSafe|ON"
+    "commands,0,name|RING" "commands,0,shortcut|R" "calls,0,function|xlfRegister" "calls,0,count|3" "account,leaked|0")
+  string(REPLACE "|" ";" row "${row}")
+  list(GET row 0 path)
+  list(GET row 1 expected)
+  string(REPLACE "," ";" path "${path}")
+  string(JSON found ERROR_VARIABLE fault GET "${json}" ${path})
+  if(NOT code EQUAL 0 OR NOT found STREQUAL expected)
+    message(FATAL_ERROR "${path} is '${found}' instead of '${expected}' (${fault}): ${json}")
+  endif()
+endforeach()
+
+# The report of cases is XML, also of an add-in that ends the program.
+file(WRITE "${SCRATCH}/cases.csv" "formula,expected,tolerance,name\nTWICE(2),4,,\"<\"\"&'>\"\nTWICE(2),5\n")
+foreach(row IN ITEMS "1;LINKED;none;tests=3 failures=1 errors=0" "4;FAULTY;crash;tests=3 failures=0 errors=2")
+  list(GET row 0 expected)
+  list(GET row 1 addin)
+  list(GET row 2 habit)
+  list(GET row 3 counts)
+  execute_process(COMMAND "${CMAKE_COMMAND}" -E env "FAULTY_OPENING=${habit}" ${EMULATOR} "${PROGRAM}" test "${${addin}}"
+    "${SCRATCH}/cases.csv" --junit "${SCRATCH}/report.xml" OUTPUT_VARIABLE out ERROR_VARIABLE err RESULT_VARIABLE code)
+  if(NOT code EQUAL expected)
+    message(FATAL_ERROR "test: exit code ${code}, output '${out}', message '${err}'")
+  endif()
+  if(PYTHON3)
+    execute_process(COMMAND "${PYTHON3}" -c "
+import sys, xml.etree.ElementTree as tree
+root = tree.parse(sys.argv[1]).getroot()
+suite = root.find('testsuite')
+cases = suite.findall('testcase')
+print(root.tag, *(key + '=' + suite.get(key) for key in ('tests', 'failures', 'errors')), len(cases), cases[0].get('name'))"
+      "${SCRATCH}/report.xml" OUTPUT_VARIABLE found ERROR_VARIABLE fault)
+    if(NOT found STREQUAL "testsuites ${counts} 3 <\"&'>\n")
+      message(FATAL_ERROR "the report is '${found}' instead of '${counts}': ${fault}")
+    endif()
+  endif()
+endforeach()

@@ -1,17 +1,8 @@
 // The program: what it prints and gives for good and for bad input, with the real add-in and with faulty
 // ones.
-#include "excelhost/program.h"
-
-#include "excelhost/commands/soak.h"
-
-#include "support/folder.h"
+#include "programtest.h"
 
 #include <gmock/gmock.h>
-
-#include <algorithm>
-#include <fstream>
-#include <functional>
-#include <sstream>
 
 namespace excelhost {
 namespace {
@@ -20,34 +11,6 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
-
-class ProgramTest : public ::testing::Test {
-  protected:
-    // A sheet in a file; gives the name.
-    std::string File(const std::string& text, const char8_t* name = u8"sheet.csv") {
-        const std::filesystem::path path = folder_.Path() / name;
-        std::ofstream(path, std::ios::binary) << text;
-        const auto utf8 = path.u8string();
-        return {utf8.begin(), utf8.end()};
-    }
-    int Run(std::vector<std::string> arguments, const std::filesystem::path& own = ADDIN_FOLDER) {
-        std::ostringstream outStream;
-        std::ostringstream errStream;
-        Surroundings around{own, outStream, errStream};
-        const int code = RunProgram(arguments, Commands(), around);
-        out = outStream.str();
-        err = errStream.str();
-        return code;
-    }
-    int RunSheet(const std::string& text, std::vector<std::string> options = {}) {
-        options.insert(options.begin(), {"run", File(text)});
-        return Run(options);
-    }
-
-    const support::Folder folder_;
-    std::string out;
-    std::string err;
-};
 
 constexpr const char* kAsk =
     "5.1,3.5,1.4,0.2,\"=NetOutputPrediction(A1:D1,\"\"iris\"\",,,)\","
@@ -244,54 +207,6 @@ TEST_F(ProgramTest, FindsOutFaultyAddIns) {
         EXPECT_THAT(err, HasSubstr(c.message)) << c.addIn;
     }
     EXPECT_EQ(RunSheet("1\n", {"--addin", BAD_ADDIN_1}), kDone) << "nothing was asked of it: " << err;
-}
-
-TEST_F(ProgramTest, EvaluatesFormulasOfTheCommandLine) {
-    const std::string data = "Data=" + File("1,2\n3,=A2+1\n");
-    EXPECT_EQ(Run({"eval", TYPES_ADDIN, "TypeB(5,2)", "=TypeC(\"abc\")", "1/0", "\"a, \"\"b\"\"\"",
-                   "\"a\"&CHAR(10)&\"b\"", "SUM(A1:B2*2)", "TypeQ(Data!A1:B2)", "A1:B1&\"\"", "C5=0",
-                   "--sheet", data}),
-              kDone)
-        << err;
-    EXPECT_EQ(out, "3\nbc\n#DIV/0!\na, \"b\"\n\"a\nb\"\n20\n{1,2;3,4}\n{\"1\",\"2\"}\nTRUE\n");
-    EXPECT_THAT(err, IsEmpty());
-
-    EXPECT_EQ(Run({"eval", TYPES_ADDIN, "1", "Foo(1)+1", "TypeB(1,2,3)"}), kBadInput);
-    EXPECT_EQ(out, "1\n#NAME?\n#VALUE!\n");
-    EXPECT_EQ(err,
-              "excelhost: formula 2: unknown function 'Foo'\n"
-              "excelhost: formula 3: 'TypeB' takes 2 arguments, not 3\n");
-    const std::pair<const char*, const char*> refused[] = {
-        {"SUM(B2:C3)", "SUM(B2:C3): there is no sheet for B2:C3; --sheet FILE.csv gives one"},
-        {"1+", "1+: at character 3, an operand is expected"},
-        {"=1+", "=1+: at character 4, an operand is expected"},
-        {"", ": at character 1, an operand is expected"},
-        {"Data!A1", "Data!A1: at character 1, there is no sheet 'Data'"},
-    };
-    for (const auto& [formula, message] : refused) {
-        EXPECT_EQ(Run({"eval", TYPES_ADDIN, formula}), kBadInput);
-        EXPECT_EQ(err, "excelhost: " + std::string(message) + "\n");
-    }
-}
-
-TEST_F(ProgramTest, RepeatsAndWatchesMemory) {
-    EXPECT_EQ(Run({"eval", TYPES_ADDIN, "TypeB(5,2)", "--repeat", "100"}), kDone);
-    EXPECT_EQ(out, "3\n");
-    EXPECT_THAT(err, AllOf(StartsWith("100 repetitions in "), testing::EndsWith(": flat\n")));
-    EXPECT_EQ(Run({"eval", FAULTY_ADDIN, "Leaks()", "--repeat=30000"}), kBadAccount);
-    EXPECT_THAT(
-        err, AllOf(HasSubstr("memory grows by "), HasSubstr("never came back through xlFree (30000 times)")));
-
-    // The course alone: what is taken once, early or late, is no growth.
-    const auto growth = [](const std::function<std::size_t(std::size_t)>& memory) {
-        MemoryCourse course{1000, {}};
-        for (std::size_t i = 0; i <= 100; ++i) course.samples.push_back(std::size_t{5000000} + memory(i));
-        return GrowthOf(course);
-    };
-    EXPECT_EQ(growth([](std::size_t i) { return i * 100000; }), 10000);
-    EXPECT_EQ(growth([](std::size_t i) { return std::min<std::size_t>(i, 9) * 1000000; }), 0);
-    EXPECT_EQ(growth([](std::size_t i) { return i < 60 ? 0 : std::size_t{9000000}; }), 0);
-    EXPECT_EQ(growth([](std::size_t i) { return i % 2 * 400000; }), 0);
 }
 
 }  // namespace

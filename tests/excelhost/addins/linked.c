@@ -18,12 +18,35 @@ XLL_EXPORT int32_t XLL_CALL Version(void) {
     return XLCallVer() + Excel4(GetName, NULL, 0) + (GetExcel12EntryPt() == Excel() ? 0 : 1);
 }
 
+XLL_EXPORT double XLL_CALL Twice(double number) {
+    return 2 * number;
+}
+XLL_EXPORT int XLL_CALL Ring(void) {
+    return 1;
+}
+
+/* A function and a command with all that the wizard and the menus show. */
+static void RegisterWithHelp(Record* module) {
+    static const char* const texts[] = {
+        "Twice",      "BB$",  "TWICE", "number", "Say \"2\"", "Twice a \"number\"\t<&>",
+        "the \\ one", "Ring", "J",     "RING",   "",          "R"};
+    static Unit buffers[12][32];
+    Record r[12], missing = {.type = TypeMissing}, one = {.type = TypeInt}, two = {.type = TypeInt};
+    for (int i = 0; i < 12; ++i) r[i] = Text(texts[i], buffers[i]);
+    one.val.w = 1;
+    two.val.w = 2;
+    Excel12(Register, NULL, 11, module, &r[0], &r[1], &r[2], &r[3], &one, &r[4], &missing, &missing, &r[5],
+            &r[6]);
+    Excel12(Register, NULL, 8, module, &r[7], &r[8], &r[9], &r[10], &two, &missing, &r[11]);
+}
+
 XLL_EXPORT int XLL_CALL xlAutoOpen(void) {
     static Unit buffers[2][16];
     Record module, name = Text("Version", buffers[0]), type = Text("J", buffers[1]);
     Record* freed[] = {&module};
     if (Excel12v(GetName, &module, 0, NULL) != 0) return 0;
     Excel12(Register, NULL, 4, &module, &name, &type, &name);
+    RegisterWithHelp(&module);
     Excel12(Free, NULL, 1, freed[0]);
     return 1;
 }
