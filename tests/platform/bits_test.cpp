@@ -19,6 +19,8 @@ TEST(Bits, AreThoseOfAVectorOfBools) {
         expected[index] = random() % 3 != 0;
         (expected[index] ? SetBit : ClearBit)(bytes.data(), static_cast<std::int32_t>(index));
     }
+    expected[0] = true;  // of a single bit, too
+    SetBit(bytes.data(), 0);
     for (std::int32_t count = -1, set = 0; count < 1003; ++count) {
         const std::vector<std::uint8_t> exact(bytes.begin(), bytes.begin() + (count + 7) / 8);
         ASSERT_EQ(BitCountOfArray(exact.data(), count), set) << count;
