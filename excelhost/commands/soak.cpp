@@ -26,10 +26,11 @@ double GrowthOf(const MemoryCourse& course) noexcept {
 
 MemoryCourse Soak(std::uint64_t repetitions, const std::function<void()>& once,
                   const std::function<void(std::size_t done, std::size_t all)>& progress) {
-    const std::uint64_t samples = std::clamp<std::uint64_t>(repetitions, 2, kSamples);
+    const auto samples = static_cast<std::size_t>(std::clamp<std::uint64_t>(repetitions, 2, kSamples));
     MemoryCourse course{repetitions, {ResidentMemory()}};
     course.samples.reserve(samples + 1);
-    for (std::uint64_t sample = 1, done = 0; sample <= samples; ++sample) {
+    std::uint64_t done = 0;
+    for (std::size_t sample = 1; sample <= samples; ++sample) {
         // Without an overflow, whatever the count.
         const std::uint64_t until = sample == samples ? repetitions : repetitions / samples * sample;
         for (; done < until; ++done) once();
