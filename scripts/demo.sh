@@ -10,7 +10,7 @@ cd "$(dirname "$0")/.."
 . scripts/progress.sh
 
 lane=native
-setup=native
+setup=build
 rows=()
 for argument in "$@"; do
   case "$argument" in

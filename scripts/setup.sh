@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # Installs what the lanes need on a Debian 12 machine. Quick and quiet when all is there.
 #
-#   scripts/setup.sh            the native lanes
-#   scripts/setup.sh windows    native, the 32-bit native lane, MinGW and Wine
-#   scripts/setup.sh bench      native, and the rivals that the benchmarks measure against
-#   scripts/setup.sh package    native, MinGW, and what makes pages of the documentation
+#   scripts/setup.sh            the native lanes: to build, and to test
+#   scripts/setup.sh build      the native build alone, without what opens pages in its tests
+#   scripts/setup.sh windows    build, the 32-bit native lane, MinGW and Wine
+#   scripts/setup.sh bench      build, and the rivals that the benchmarks measure against
+#   scripts/setup.sh package    build, MinGW, and what makes pages of the documentation
 #   scripts/setup.sh all        everything
 #
 # A package index that can't be fetched is told and ends nothing: a package that can't be installed does, by name.
@@ -13,8 +14,9 @@ set -euo pipefail
 
 what=${1:-native}
 
-# Chromium and its driver open the pages that the simulated Excel makes.
-native=(cmake ninja-build ccache g++ gdb googletest libffi-dev python3 chromium chromium-driver python3-selenium)
+build=(cmake ninja-build ccache g++ gdb googletest libffi-dev python3)
+# Chromium and its driver open the pages that the simulated Excel makes; a workflow to copy is read as YAML.
+native=("${build[@]}" chromium chromium-driver python3-selenium python3-yaml)
 # German, for the tests that no text depends on the locale.
 locales=(locales)
 sanitizers=(clang clang-tidy clang-format libclang-rt-14-dev)
@@ -28,13 +30,14 @@ bench=(libbenchmark-dev libicu-dev libfmt-dev libeigen3-dev zlib1g-dev liblzma-d
 pages=(doxygen python3-markdown)
 
 case "$what" in
+  build)   packages=("${build[@]}"); want_wine= ;;
   native)  packages=("${native[@]}"); want_wine= ;;
-  bench)   packages=("${native[@]}" "${bench[@]}"); want_wine= ;;
-  windows) packages=("${native[@]}" "${native32[@]}" "${mingw[@]}"); want_wine=1 ;;
-  package) packages=("${native[@]}" "${mingw[@]}" "${pages[@]}"); want_wine= ;;
+  bench)   packages=("${build[@]}" "${bench[@]}"); want_wine= ;;
+  windows) packages=("${build[@]}" "${native32[@]}" "${mingw[@]}"); want_wine=1 ;;
+  package) packages=("${build[@]}" "${mingw[@]}" "${pages[@]}"); want_wine= ;;
   all)     packages=("${native[@]}" "${locales[@]}" "${sanitizers[@]}" "${native32[@]}" "${mingw[@]}" "${bench[@]}" "${pages[@]}"); want_wine=1 ;;
   -h|--help) help "$0"; exit ;;
-  *) echo "setup.sh: '$what' is none of: native, windows, bench, package, all" >&2; exit 2 ;;
+  *) echo "setup.sh: '$what' is none of: native, build, windows, bench, package, all" >&2; exit 2 ;;
 esac
 
 say() { echo "setup.sh: $*" >&2; }

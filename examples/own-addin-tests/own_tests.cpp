@@ -1,12 +1,15 @@
 // Tests of an add-in by what Excel would see of it: its functions' results, and what became of each value that
 // crossed the border.
 #include "excelhost/host.h"
+#include "excelhost/report/report.h"
 #include "excelhost/session.h"
 #include "excelhost/sheet.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <filesystem>
 #include <initializer_list>
 #include <vector>
 
@@ -71,6 +74,14 @@ TEST_F(OwnAddIn, AsksExcelForTheValuesOfARangeOnceAndGivesThemBack) {
     const std::vector<int> calls = excel.TracedFunctions();
     EXPECT_EQ(std::count(calls.begin(), calls.end(), xlCoerce), 1);
     EXPECT_EQ(std::count(calls.begin(), calls.end(), xlFree), 1);
+}
+
+TEST_F(OwnAddIn, LeavesAPageToLookAt) {
+    const std::filesystem::path file = testing::TempDir() + "own_tests.html";
+    Report page(file, std::array{std::filesystem::path(OWN_XLL)});
+    EXPECT_EQ(Call(TEXT("OWN.SCALE"), {2.0, 3.0}), Value(Array{1, 1, {6.0}}));
+    page.Close(excel);
+    EXPECT_GT(std::filesystem::file_size(file), 10'000U);
 }
 
 }  // namespace

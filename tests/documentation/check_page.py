@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Holds a page against what it tells of: its listings against the sources, its output against the programs.
 
-    check_page.py PAGE --scratch FOLDER [--path FOLDER]... [--set NAME=VALUE]...
+    check_page.py PAGE --scratch FOLDER [--path FOLDER]... [--set NAME=VALUE]... [--copy FILE]...
 
 Three kinds of fenced blocks are looked at; the first two are marked by a comment on the line ahead of them.
 
@@ -12,7 +12,8 @@ Three kinds of fenced blocks are looked at; the first two are marked by a commen
                                                     what it prints is what stands below it
 
 In output a line "..." stands for any lines, and "..." inside a line for any characters. --path puts a folder in
-front of PATH, --set sets a variable of the environment; KESTROLUMEN is set to the project's folder.
+front of PATH, --set sets a variable of the environment, --copy puts a file into the scratch folder; KESTROLUMEN is
+set to the project's folder.
 """
 import argparse
 import os
@@ -120,10 +121,13 @@ def main():
     parser.add_argument("--scratch", type=Path, required=True)
     parser.add_argument("--path", action="append", default=[])
     parser.add_argument("--set", action="append", default=[])
+    parser.add_argument("--copy", action="append", default=[])
     arguments = parser.parse_args()
 
     shutil.rmtree(arguments.scratch, ignore_errors=True)
     arguments.scratch.mkdir(parents=True)
+    for file in arguments.copy:
+        shutil.copy(file, arguments.scratch)
     environment = dict(os.environ)
     environment["PATH"] = os.pathsep.join([*arguments.path, environment["PATH"]])
     environment["KESTROLUMEN"] = str(ROOT)

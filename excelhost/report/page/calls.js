@@ -341,7 +341,7 @@ function showDetails(view, i) {
   for (let j = i + 1; j < calls.count && calls.start[j] <= calls.start[i] + view.took(i); ++j) {
     if (calls.parent[j] === i) inner += view.took(j);
   }
-  const own = calls.children[i] > 0 ? `, of it ${timeText(Math.max(0, view.took(i) - inner))} outside of ${countText(calls.children[i])} calls within` : '';
+  const own = calls.children[i] > 0 ? `, of it ${timeText(Math.max(0, view.took(i) - inner))} its own and the rest in ${countText(calls.children[i])} ${calls.children[i] === 1 ? 'call' : 'calls'} within` : '';
   tell('Time', `${timeText(view.took(i))}${own}; began at ${timeText(calls.start[i])} of ${timeText(duration)}`
     + (view.journal.threads > 1 ? `, on thread ${calls.thread[i] + 1}` : ''));
   if (calls.parent[i] >= 0) tell('Called from', link(name(calls.parent[i]), () => view.select(calls.parent[i])));

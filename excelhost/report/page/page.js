@@ -2,7 +2,7 @@
 // The page as a whole: what the session was, what was found, and how the panes know of each other.
 
 const ACCOUNT = [
-  ['lent', 'arguments lent'], ['lentAltered', 'altered while lent', Mark.Altered], ['results', 'results given'],
+  ['lent', 'arguments lent'], ['lentAltered', 'altered', Mark.Altered], ['results', 'results given'],
   ['failures', 'calls refused'], ['allocated', 'with memory'], ['freed', 'of it freed'], ['leaked', 'leaked', Mark.Leaked],
   ['freedTwice', 'freed twice', Mark.FreedTwice], ['foreign', 'foreign', Mark.Foreign], ['unfreeable', 'unfreeable', Mark.Fault]];
 

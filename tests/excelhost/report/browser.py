@@ -6,10 +6,10 @@ from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
 
 
-def make_report(program, folder, rows, add_in, *options):
+def make_report(program, folder, rows, add_in, *options, name="sheet"):
     """Runs the sheet of these rows; gives (exit code, its messages, the report's path)."""
     quoted = lambda field: '"' + field.replace('"', '""') + '"'
-    sheet = Path(folder) / "sheet.csv"
+    sheet = Path(folder) / f"{name}.csv"
     sheet.write_text("".join(",".join(map(quoted, row)) + "\n" for row in rows), encoding="utf-8")
     report = Path(folder) / "report.html"
     report.unlink(missing_ok=True)
