@@ -60,7 +60,8 @@ Matrix MatrixFromVbArray(SAFEARRAY* array) {
     require(array->cbElements == sizeof(double), TEXT("VB array does not hold doubles"));
 
     const std::uint32_t columns = counts[1];
-    Matrix matrix(counts[0], std::vector<double>(columns));
+    Matrix matrix(counts[0]);
+    for (std::vector<double>& row : matrix) row.resize(columns);
     const VbArrayLock lock(array);
     if (lock.data != nullptr) {
         ForEachPlace(std::span(matrix), columns, static_cast<const double*>(lock.data),

@@ -160,11 +160,14 @@ void CallExcelPlain(benchmark::State& state) {
     });
 }
 // The same in a counted handle of the standard library, as one would write it in C++.
+struct GiveBack {
+    void operator()(LPXLOPER12 result) const { Plain::Release(result); }
+};
 void CallExcelShared(benchmark::State& state) {
     XLOPER12 operand{};
     bench::Measure(state, [&] {
         LPXLOPER12 operands[] = {&operand};
-        const std::shared_ptr<XLOPER12> result(Plain::Call(xlUDF, 1, operands), &Plain::Release);
+        const std::shared_ptr<XLOPER12> result(Plain::Call(xlUDF, 1, operands), GiveBack());
         benchmark::DoNotOptimize(result);
     });
 }

@@ -9,7 +9,7 @@
 # HOME is --windows, the product's own home, 32 bits under Wine; or --windows64, its twin; else it is Linux, where
 # there are more programs.
 #
-# The raw numbers go to bench-results/HOME/NAME/*.json. Ratios are of the medians of several repetitions: as many as
+# The raw numbers go to bench-results/HOME/NAME.json. Ratios are of the medians of several repetitions: as many as
 # REPETITIONS says (7), each of at least MIN_TIME seconds (0.1).
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -40,27 +40,6 @@ cmake --preset "$preset" >/dev/null
 follow "Building the benchmarks" "$build/build.log" cmake --build "$build" -j "$(nproc)" \
   || { tail -n 100 "$build/build.log"; exit 1; }
 
-# measure NAME PROGRAM...: the program's results in a folder. On Windows each case has a process of its own: what
-# other cases leave of the heap makes blocks of some sizes dearer than others.
-measure() {
-  local folder=$results/$1 cases=() number=0
-  shift
-  rm -rf "$folder"
-  mkdir -p "$folder"
-  local options=(--benchmark_repetitions="${REPETITIONS:-7}" --benchmark_min_time="${MIN_TIME:-0.1}" --benchmark_out_format=json)
-  if [ "$home" = linux ]; then
-    "$@" "${options[@]}" --benchmark_enable_random_interleaving=true --benchmark_out="$folder/all.json"
-    return
-  fi
-  mapfile -t cases < <("$@" --benchmark_list_tests | sed -E 's|/[^/]*$|/|' | awk '!seen[$0]++')
-  [ ${#cases[@]} -gt 0 ] || { echo "$* lists no case"; return 1; }
-  for each in "${cases[@]}"; do
-    number=$((number + 1))
-    echo "[$number/${#cases[@]}] $each"
-    "$@" "${options[@]}" --benchmark_filter="$each" --benchmark_out="$folder/$(printf %03d $number).json" || return
-  done
-}
-
 run=()
 suffix=
 if [ "$home" != linux ]; then
@@ -72,9 +51,12 @@ for name in "${names[@]}"; do
   program=$build/bench/${name}_bench$suffix
   # A benchmark can ask for what only one system has.
   [ -x "$program" ] || { echo "bench.sh: '$name' isn't built for this home" >&2; continue; }
-  follow "Measuring $name" "$build/run.log" measure "$name" "${run[@]}" "$program" \
+  follow "Measuring $name" "$build/run.log" \
+    "${run[@]}" "$program" --benchmark_repetitions="${REPETITIONS:-7}" --benchmark_min_time="${MIN_TIME:-0.1}" \
+    --benchmark_enable_random_interleaving=true \
+    --benchmark_out="$results/$name.json" --benchmark_out_format=json \
     || { tail -n 100 "$build/run.log"; exit 1; }
-  scripts/bench_ratios.py "$results/$name"/*.json
+  scripts/bench_ratios.py "$results/$name.json"
 done
 
 case "$home" in

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Puts the benchmarks' results into docs/performance.md: tables between its marks, charts beside it.
 
-Reads bench-results/HOME/*/*.json, which scripts/bench.sh wrote. What a home has no results for stays as it is.
+Reads bench-results/HOME/*.json, which scripts/bench.sh wrote. What a home has no results for stays as it is.
 """
 import json
 import re
@@ -28,7 +28,8 @@ plt.rcParams.update({"svg.hashsalt": "kestrolumen", "svg.fonttype": "none", "fon
 
 
 def results_of(home, names):
-    return [path for name in names for path in sorted((Path("bench-results") / home / name).glob("*.json"))]
+    paths = [Path("bench-results") / home / f"{name}.json" for name in names]
+    return [path for path in paths if path.exists()]
 
 
 def machine_line(home):

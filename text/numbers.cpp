@@ -12,7 +12,7 @@ namespace {
 
 template <typename Unit>
 kestrolumen::CStringOf<Unit> Grouped(std::int64_t value, Unit separator) {
-    char plain[20];
+    char plain[20]{};
     const char* const end = std::to_chars(plain, std::end(plain), value).ptr;
     Unit grouped[26];
     Unit* target = grouped;

@@ -1,10 +1,12 @@
 #include "benchmark/benchmark.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <memory>
+#include <random>
 
 namespace benchmark {
 
@@ -20,7 +22,6 @@ struct Options {
     std::string filter;
     int repetitions = 1;
     double leastSeconds = 0.1;
-    bool listsOnly = false;
 } options;
 
 // ASCII text without control characters.
@@ -32,6 +33,21 @@ std::string Quoted(const std::string& text) {
     }
     return quoted + '"';
 }
+
+// Blocks with holes between them, others before each measurement: what a block costs depends on its neighbours, and
+// no benchmark shall be the one that is lucky each time.
+class Heap {
+  public:
+    void Shuffle() {
+        for (int i = 0; i < 64; ++i) {
+            blocks_[random_() % blocks_.size()] = std::make_unique<char[]>(random_() % 256);
+        }
+    }
+
+  private:
+    std::mt19937 random_;
+    std::array<std::unique_ptr<char[]>, 256> blocks_;
+} heap;
 
 std::string Number(double number) {
     char text[32];
@@ -102,7 +118,6 @@ void Initialize(int* argc, char** argv) {
         const auto value = argument.substr(std::min(argument.find('='), argument.size() - 1) + 1);
         if (argument.starts_with("--benchmark_out=")) options.out = value;
         if (argument.starts_with("--benchmark_filter=")) options.filter = value;
-        if (argument.starts_with("--benchmark_list_tests")) options.listsOnly = true;
         if (argument.starts_with("--benchmark_repetitions=")) options.repetitions = std::atoi(value.c_str());
         if (argument.starts_with("--benchmark_min_time=")) options.leastSeconds = std::atof(value.c_str());
     }
@@ -117,17 +132,13 @@ std::size_t RunSpecifiedBenchmarks() {
             for (const std::int64_t argument : plain ? std::vector<std::int64_t>{0} : each->arguments) {
                 const std::string name = plain ? each->name : each->name + '/' + std::to_string(argument);
                 if (name.find(options.filter) == std::string::npos) continue;
-                if (options.listsOnly) {
-                    std::puts(name.c_str());
-                    continue;
-                }
+                heap.Shuffle();
                 State state(options.leastSeconds, argument);
                 each->run(state);
                 entries += (runs++ == 0 ? "" : ",\n") + Entry(name, repetition, state);
             }
         }
     }
-    if (options.listsOnly) return 0;
     const std::string text =
         "{\n  \"context\": {\"library\": \"bench/support/windows\"},\n  \"benchmarks\": [\n" + entries +
         "\n  ]\n}\n";

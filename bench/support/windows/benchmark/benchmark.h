@@ -4,7 +4,7 @@
 //
 // What differs is the clock. Wine tells a thread's own time in ticks of 10 ms only, so time is taken by the
 // performance counter: in many short slices, of which the median counts. A slice in which another process had
-// the processor is then seldom the one that counts.
+// the processor is then seldom the one that counts. And before each measurement the heap gets other holes.
 #pragma once
 
 #include <windows.h>
@@ -109,8 +109,8 @@ struct Benchmark {
 
 Benchmark* RegisterBenchmark(const std::string& name, std::function<void(State&)> run);
 
-// Options: --benchmark_out, --benchmark_repetitions, --benchmark_min_time, --benchmark_filter (a part of the name)
-// and --benchmark_list_tests. Repetitions of different benchmarks always take turns.
+// Options: --benchmark_out, --benchmark_repetitions, --benchmark_min_time and --benchmark_filter (a part of the
+// name). Repetitions of different benchmarks always take turns.
 void Initialize(int* argc, char** argv);
 std::size_t RunSpecifiedBenchmarks();
 inline bool ReportUnrecognizedArguments(int, char**) {
