@@ -3,27 +3,22 @@
 #include <utility>
 
 namespace excelhost {
-namespace {
 
-// One object, so that whoever asks for the calls of a crashing thread finds its memory there already.
-struct ThreadNotes {
-    const CallScope* scope = nullptr;
-    LastCalls calls;
-};
-thread_local ThreadNotes notes;
-
-}  // namespace
+ThreadNotes& ThreadNotes::OfThisThread() noexcept {
+    thread_local ThreadNotes notes;
+    return notes;
+}
 
 const CallScope* CallScope::Current() noexcept {
-    return notes.scope;
+    return ThreadNotes::OfThisThread().scope;
 }
 
 const CallScope* CallScope::Enter(const CallScope* scope) noexcept {
-    return std::exchange(notes.scope, scope);
+    return std::exchange(ThreadNotes::OfThisThread().scope, scope);
 }
 
 LastCalls& LastCalls::OfThisThread() noexcept {
-    return notes.calls;
+    return ThreadNotes::OfThisThread().calls;
 }
 
 }  // namespace excelhost

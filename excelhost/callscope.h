@@ -95,4 +95,14 @@ class LastCalls {
     std::size_t count_ = 0;
 };
 
+// What is known of a thread. One object, so that whoever asks for the calls of a crashing thread finds its memory there
+// already.
+struct ThreadNotes {
+    const CallScope* scope = nullptr;  // null outside any
+    LastCalls calls;
+
+    // Another thread may look at it while the thread stands still.
+    [[nodiscard]] static ThreadNotes& OfThisThread() noexcept;
+};
+
 }  // namespace excelhost

@@ -1,6 +1,5 @@
 #include "excelhost/lastwords.h"
 
-#include "excelhost/callscope.h"
 #include "excelhost/served/table.h"
 
 #include <algorithm>
@@ -21,12 +20,12 @@ Message& Message::operator<<(int number) noexcept {
     return *this << std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data()));
 }
 
-bool AddLastWords(Message& message) noexcept {
-    const CallScope* scope = CallScope::Current();
+bool AddLastWords(Message& message, const ThreadNotes& thread) noexcept {
+    const CallScope* scope = thread.scope;
     if (scope == nullptr) return false;
     message << "in " << scope->Name() << "; its last calls into Excel:";
     bool any = false;
-    LastCalls::OfThisThread().Each([&](const LastCall& call) {
+    thread.calls.Each([&](const LastCall& call) {
         const FunctionLabel label = LabelOf(call.function);
         message << " " << label.name;
         if (label.number) message << *label.number;

@@ -1,6 +1,8 @@
 // What is to be said when the program ends in an add-in's code.
 #pragma once
 
+#include "excelhost/callscope.h"
+
 #include <array>
 #include <cstddef>
 #include <string_view>
@@ -20,9 +22,10 @@ class Message {
     std::size_t size_ = 0;
 };
 
-// Adds whose code runs on this thread and its last calls into Excel: "in xlAutoOpen of try.xll; its last calls into
-// Excel: xlGetName xlfRegister". False, and nothing is added, when no add-in's code runs.
+// Adds whose code runs on a thread, this one if none is given, and its last calls into Excel: "in xlAutoOpen of try.xll; its last calls into
+// Excel: xlGetName xlfRegister". False, and nothing is added, when no add-in's code runs there.
 // Takes neither memory nor a lock, for an add-in may have crashed where it holds both.
-[[nodiscard]] bool AddLastWords(Message& message) noexcept;
+[[nodiscard]] bool AddLastWords(Message& message,
+                                const ThreadNotes& thread = ThreadNotes::OfThisThread()) noexcept;
 
 }  // namespace excelhost

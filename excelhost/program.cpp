@@ -13,7 +13,7 @@ constexpr std::string_view kExitCodes = R"(
 
 Exit code: 0 done; 1 something is wrong with the input or the add-in; 2 something is wrong with the command line;
 3 an add-in leaked a value, freed one twice, freed or changed one that it was only lent, or did what else is named;
-4 an add-in ended the program: it crashed, aborted, exited or let an exception out.
+4 an add-in ended the program: it crashed, aborted, exited or let an exception out; 5 the time of --timeout is up.
 )";
 
 std::string HelpOf(std::span<const Command> commands) {

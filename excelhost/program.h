@@ -15,6 +15,7 @@ enum ExitCode : int {
     kBadUsage = 2,    // the command line
     kBadAccount = 3,  // the add-in leaked, freed twice, freed what it was lent, or changed it
     kAddInDied = 4,   // the add-in crashed, aborted, exited, or let an exception out of xlAutoOpen
+    kTimeIsUp = 5,    // --timeout
 };
 
 // Runs the program: `arguments` in UTF-8, without the program's own name. Whatever can't be written to either stream

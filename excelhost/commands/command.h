@@ -3,6 +3,7 @@
 
 #include "excelhost/commandline.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <ostream>
@@ -18,6 +19,8 @@ struct Surroundings {
     std::ostream& out;             // results
     std::ostream& err;             // messages
     bool errIsTerminal = false;    // a person looks at them as they come
+    // Ends the process after so many seconds, with kTimeIsUp. Null where that isn't to be had.
+    std::function<void(std::uint64_t seconds)> limitTime = nullptr;
 };
 
 struct Command {

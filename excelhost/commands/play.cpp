@@ -153,6 +153,10 @@ int Play(const SessionOptions& options, const Act& act, Surroundings& around) {
     std::optional<ReportWriter> report;
     if (!options.report.empty()) report.emplace(PathFrom(options.report), addIns, act);
     Host host;
+    for (const ScriptedRefusal& refusal : options.refusals) {
+        host.RefuseNth(refusal.function, refusal.nth, refusal.returnCode);
+    }
+    if (options.timeout > 0 && around.limitTime) around.limitTime(options.timeout);
     TraceWriter trace(host, options.trace ? &around.err : nullptr, act.watch);
     try {
         Troupe troupe(options, addIns, host, trace);

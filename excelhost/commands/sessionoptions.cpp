@@ -27,6 +27,18 @@ std::vector<Option> OptionsOf(SessionOptions& session) {
             "prints every call of the add-in into Excel, in order, and the account of all values lent, "
             "allocated and freed, to the standard error stream",
             session.trace),
+        {"--refuse",
+         "FUNCTION[:N]=CODE",
+         "lets each call of this function of Excel fail, or the Nth one alone: --refuse "
+         "xlCoerce:2=xlretFailed; may "
+         "be given several times. The function is named as in a trace or by its number, the code by its name "
+         "or "
+         "number",
+         {},
+         [&session](const std::string& given) { session.refusals.push_back(RefusalFrom(given)); }},
+        CountOption("--timeout", "SECONDS",
+                    "ends the program after that time with exit code 5; what the add-in was doing is told", 1,
+                    session.timeout),
         SwitchOption("--progress",
                      "shows how far it is, in a bar on the standard error stream, if that is a terminal",
                      session.progress),

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "excelhost/commandline.h"
+#include "excelhost/commands/faults.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -17,6 +19,8 @@ struct SessionOptions {
     bool isManaged = false;
     bool cancelsClose = false;
     bool progress = false;
+    std::vector<ScriptedRefusal> refusals;
+    std::uint64_t timeout = 0;  // seconds, 0 for none
 };
 
 // They set what they are read into, which must live as long as they do.

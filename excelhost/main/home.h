@@ -1,6 +1,7 @@
 // What the program takes from the system that it runs on.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -16,6 +17,10 @@ namespace excelhost {
 // Keeps the standard output stream from changing line ends, and a closed pipe from ending the program
 // unheard.
 void PrepareStreams();
+
+// Ends the program after so many seconds, with its own exit code and word of what the add-in was doing. Once, from the
+// main thread.
+void EndAfter(std::uint64_t seconds);
 
 // Whether the standard error stream is a terminal.
 [[nodiscard]] bool ErrorsGoToTerminal() noexcept;

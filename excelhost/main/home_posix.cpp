@@ -4,6 +4,7 @@
 #include "excelhost/machine/crashstack.h"
 #include "excelhost/program.h"
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
@@ -18,17 +19,30 @@ namespace {
 // Of several threads that end in an add-in the first one speaks.
 std::atomic_flag is_ending = ATOMIC_FLAG_INIT;
 
+[[noreturn]] void End(const Message& message, int code) {
+    if (is_ending.test_and_set()) {
+        for (;;) pause();
+    }
+    (void)!write(STDERR_FILENO, message.Text().data(), message.Text().size());
+    _exit(code);
+}
+
 // Nothing when it wasn't an add-in's code that ended the program.
 void EndInAddIn(std::string_view how) {
     Message message;
     message << "excelhost: " << how << " ";
     if (!AddLastWords(message)) return;
     message << "\n";
-    if (is_ending.test_and_set()) {
-        for (;;) pause();
-    }
-    (void)!write(STDERR_FILENO, message.Text().data(), message.Text().size());
-    _exit(kAddInDied);
+    End(message, kAddInDied);
+}
+
+// Linux hands an alarm to the main thread, which calls the add-ins.
+void OnAlarm(int) {
+    Message message;
+    message << "excelhost: the time is up ";
+    if (!AddLastWords(message)) message << "outside of the add-ins";
+    message << "\n";
+    End(message, kTimeIsUp);
 }
 
 void OnExit() {
@@ -77,6 +91,15 @@ void GuardAgainstAddIns() {
         sigaction(number, &action, nullptr);
     }
     std::atexit(OnExit);
+}
+
+void EndAfter(std::uint64_t seconds) {
+    struct sigaction action {};
+    action.sa_handler = OnAlarm;
+    action.sa_flags = SA_ONSTACK;
+    sigaction(SIGALRM, &action, nullptr);
+    constexpr std::uint64_t most = 1000000000;  // for ever
+    alarm(static_cast<unsigned>(std::min(seconds, most)));
 }
 
 bool ErrorsGoToTerminal() noexcept {

@@ -57,6 +57,28 @@ void EndInFailure(const EXCEPTION_RECORD& record) {
     EndInAddIn("an exception got out: " + text + ",");
 }
 
+// The main thread, which calls the add-ins.
+struct Watched {
+    HANDLE thread = nullptr;
+    const ThreadNotes* notes = nullptr;
+    std::uint64_t seconds = 0;
+} watched;
+
+// The main thread stands still while its notes are read.
+DWORD WINAPI Watch(void*) {
+    for (; watched.seconds > 0; --watched.seconds) Sleep(1000);
+    SuspendThread(watched.thread);
+    CONTEXT context{};
+    context.ContextFlags = CONTEXT_CONTROL;
+    GetThreadContext(watched.thread, &context);  // waits until it does
+    Message message;
+    message << "excelhost: the time is up ";
+    if (!AddLastWords(message, *watched.notes)) message << "outside of the add-ins";
+    message << "\n";
+    End(message.Text(), kTimeIsUp);
+    return 0;
+}
+
 void OnExit() {
     EndInAddIn("exit was called");
 }
@@ -99,6 +121,14 @@ void GuardAgainstAddIns() {
     SetUnhandledExceptionFilter(OnException);
     std::signal(SIGABRT, OnAbort);
     std::atexit(OnExit);
+}
+
+void EndAfter(std::uint64_t seconds) {
+    watched.seconds = seconds;
+    watched.notes = &ThreadNotes::OfThisThread();
+    DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &watched.thread, 0, FALSE,
+                    DUPLICATE_SAME_ACCESS);
+    if (const HANDLE thread = CreateThread(nullptr, 0, Watch, nullptr, 0, nullptr)) CloseHandle(thread);
 }
 
 bool ErrorsGoToTerminal() noexcept {

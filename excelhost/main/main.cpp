@@ -19,7 +19,7 @@ int main(int count, char** arguments) try {
     std::vector<excelhost::Command> commands = excelhost::Commands();
     commands.push_back(excelhost::DescribeCommand());
     excelhost::Surroundings around{excelhost::OwnFolder(), std::cout, std::cerr,
-                                   excelhost::ErrorsGoToTerminal()};
+                                   excelhost::ErrorsGoToTerminal(), excelhost::EndAfter};
     return excelhost::RunProgram(words, commands, around);
 } catch (const std::exception& error) {
     std::cerr << "excelhost: " << error.what() << '\n';

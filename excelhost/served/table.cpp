@@ -51,6 +51,12 @@ std::string FunctionName(int number) {
     return std::string(label.name) + (label.number ? std::to_string(*label.number) : std::string());
 }
 
+std::optional<int> FunctionNumber(std::string_view name) {
+    const auto found =
+        std::find_if(Table().begin(), Table().end(), [&](const ServedFunction& f) { return f.name == name; });
+    return found != Table().end() ? std::optional(found->number) : std::nullopt;
+}
+
 std::optional<double> NumberOf(const XLOPER12& record) {
     switch (TypeOf(record)) {
         case xltypeNum:

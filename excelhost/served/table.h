@@ -84,6 +84,9 @@ struct FunctionLabel {
 [[nodiscard]] std::span<const ServedFunction> ServedWorksheetFunctions();
 [[nodiscard]] std::span<const ServedFunction> ServedCommands();
 
+// The number of the function that a trace shows under this name; nothing when there is none.
+[[nodiscard]] std::optional<int> FunctionNumber(std::string_view name);
+
 // Operands as handlers read them. A number is also a truth value or an integer.
 [[nodiscard]] std::optional<double> NumberOf(const XLOPER12& record);
 [[nodiscard]] inline bool IsLeftOut(const XLOPER12& record) noexcept {

@@ -151,5 +151,28 @@ TEST_F(CommandsTest, InspectsWhatAnAddInShowsOfItself) {
                            HasSubstr("\"isFault\": false")));
 }
 
+TEST_F(CommandsTest, RefusesCallsOnPurpose) {
+    const auto value = [&](const char* refusal) {
+        EXPECT_EQ(Run({"eval", TYPES_ADDIN, "Evaluates(\"1+1\")", "Evaluates(\"2+2\")", "--refuse", refusal}),
+                  kDone)
+            << err;
+        return out;
+    };
+    const std::string both = value("xlfEvaluate=32");
+    EXPECT_THAT(both, AllOf(testing::Not(HasSubstr("2\n")), testing::Not(HasSubstr("4\n"))));
+    EXPECT_EQ(value("257=xlretFailed"), both);
+    EXPECT_THAT(value("xlfEvaluate:1=xlretUncalced"), EndsWith("\n4\n"));
+    EXPECT_THAT(value("xlfEvaluate:2=xlretUncalced"), StartsWith("2\n"));
+    EXPECT_EQ(value("xlfEvaluate:3=xlretUncalced"), "2\n4\n");
+    EXPECT_EQ(
+        Run({"eval", TYPES_ADDIN, "1", "--trace", "--refuse", "xlCoerce=1", "--refuse", "xlGetName:2=32"}),
+        kDone);
+    EXPECT_THAT(err, HasSubstr("xlGetName() failed with code 32: refused by script"));
+    for (const char* bad : {"xlCoerce", "xlCourse=32", "xlCoerce:0=32", "xlCoerce:x=32", "xlCoerce=0",
+                            "xlCoerce=xlret", "=32"}) {
+        EXPECT_EQ(Run({"run", "x", std::string("--refuse=") + bad}), kBadUsage) << bad;
+    }
+}
+
 }  // namespace
 }  // namespace excelhost

@@ -92,6 +92,13 @@ foreach(ending IN ITEMS Crashes Overflows)
   endif()
 endforeach()
 
+# So is one that doesn't come to an end, when its time is up.
+execute_process(COMMAND ${EMULATOR} "${PROGRAM}" eval "${FAULTY}" "Hangs()" --timeout 1
+  OUTPUT_VARIABLE out ERROR_VARIABLE err RESULT_VARIABLE code)
+if(NOT code EQUAL 5 OR NOT err MATCHES "the time is up in 'Hangs' of faulty.xll; its last calls .* xlGetName\n")
+  message(FATAL_ERROR "a hang: exit code ${code}, message '${err}'")
+endif()
+
 # One that links Excel's functions by name: version 0x0C00, and 32 from the old family.
 file(WRITE "${SCRATCH}/linked.csv" "=Version()\n")
 execute_process(COMMAND ${EMULATOR} "${PROGRAM}" run "${SCRATCH}/linked.csv" --addin "${LINKED}"

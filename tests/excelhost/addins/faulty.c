@@ -70,12 +70,21 @@ F(int32_t) CrashesAtOnce(void) {
     return *(volatile int32_t*)nowhere;
 }
 
+F(int32_t) Hangs(void) {
+    static volatile int32_t forever = 1;
+    OwnName();
+    while (forever) {
+    }
+    return 0;
+}
+
 F(int) xlAutoOpen(void) {
     static const char* const functions[][2] = {
         {"Leaks", "J"},         {"FreesTwice", "J"},     {"FreesForeign", "J"}, {"WritesText", "JQ"},
         {"WritesNumber", "JE"}, {"WritesBeyond", "JC"},  {"GivesStack", "Q"},   {"GivesUnfreeable", "Q"},
         {"GivesNull", "Q"},     {"CoercesGarbage", "J"}, {"AlertsUser", "J"},   {"CrashesAtOnce", "J"},
-        {"Leaks", "QZ"},        {"Leaks", "%"},          {"NotThere", "Q"},     {"Leaks", "Q#$"},
+        {"Hangs", "J"},         {"Leaks", "QZ"},         {"Leaks", "%"},        {"NotThere", "Q"},
+        {"Leaks", "Q#$"},
     };
     const char* habit = getenv("FAULTY_OPENING");
     if (habit == NULL) habit = "";
