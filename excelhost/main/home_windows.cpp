@@ -28,19 +28,27 @@ namespace {
 // Of several threads that end in an add-in the first one speaks.
 std::atomic_flag is_ending = ATOMIC_FLAG_INIT;
 
-void End(std::string_view message, int code) {
+void WaitForTurn() {
     if (is_ending.test_and_set()) Sleep(INFINITE);
+}
+
+void End(std::string_view message, int code) {
     DWORD written = 0;
     WriteFile(GetStdHandle(STD_ERROR_HANDLE), message.data(), static_cast<DWORD>(message.size()), &written,
               nullptr);
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
 }
 
-// Nothing when it wasn't an add-in's code that ended the program.
+// Nothing when it wasn't an add-in's code that ended the program. The message isn't on the stack, of which a page
+// may be all that is left.
 void EndInAddIn(std::string_view how) {
-    Message message;
+    static constinit Message message;
+    WaitForTurn();
     message << "excelhost: " << how << " ";
-    if (!AddLastWords(message)) return;
+    if (!AddLastWords(message)) {
+        is_ending.clear();
+        return;
+    }
     message << "\n";
     End(message.Text(), kAddInDied);
 }
@@ -52,6 +60,7 @@ void EndInFailure(const EXCEPTION_RECORD& record) {
     std::copy_n(record.ExceptionInformation, record.NumberParameters, parameters.begin());
     const std::string text = ExportFailureText(std::span(parameters).first(record.NumberParameters));
     if (const std::string told = HandshakeFailure(text); !told.empty()) {
+        WaitForTurn();
         End("excelhost: " + told + "\n", kBadInput);
     }
     EndInAddIn("an exception got out: " + text + ",");
@@ -91,10 +100,11 @@ LONG WINAPI OnException(EXCEPTION_POINTERS* exception) {
     if (exception->ExceptionRecord->ExceptionCode == kExportFailureCode) {
         EndInFailure(*exception->ExceptionRecord);
     }
-    std::array<char, 40> crash{};
-    (void)snprintf(crash.data(), crash.size(), "a crash (exception %08lX)",
-                   exception->ExceptionRecord->ExceptionCode);
-    EndInAddIn(crash.data());
+    char crash[] = "a crash (exception 00000000)";
+    DWORD code = exception->ExceptionRecord->ExceptionCode;
+    for (std::size_t digit = sizeof crash - 3; code != 0; code >>= 4)
+        crash[digit--] = "0123456789ABCDEF"[code & 0xF];
+    EndInAddIn(crash);
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
