@@ -4,6 +4,8 @@
 #include "excelhost/numbers.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -77,32 +79,52 @@ Value Binary(Step step, const Value& left, const Value& right) {
     return Arithmetic(step, a, b);
 }
 
-// An operator on arrays, element by element. What has one row or column serves for all of them; elements that
-// only one of two arrays has are #N/A.
-Value Elementwise(Step step, const Value& left, const Value& right) {
-    const Array* a = left.If<Array>();
-    const Array* b = right.If<Array>();
-    if (a == nullptr && b == nullptr) return Binary(step, left, right);
-    const auto rows = [](const Array* array) { return array != nullptr ? array->rows : 1; };
-    const auto columns = [](const Array* array) { return array != nullptr ? array->columns : 1; };
-    Array result{std::max(rows(a), rows(b)), std::max(columns(a), columns(b)), {}};
+// Arrays that are taken element by element. What has one row or column serves for all of them; elements that only
+// another one has are #N/A.
+template <class Map>
+Value Mapped(std::span<const Value* const> operands, Map map) {
+    Array result{1, 1, {}};
+    for (const Value* operand : operands) {
+        const Array* array = operand->If<Array>();
+        if (array == nullptr) continue;
+        result.rows = std::max(result.rows, array->rows);
+        result.columns = std::max(result.columns, array->columns);
+    }
     if (result.rows > kMaterialLimit / result.columns) return ErrorValue{xlerrValue};
     static const Value absent = ErrorValue{xlerrNA};
-    const auto element = [](const Value& value, const Array* array, std::size_t row,
-                            std::size_t column) -> const Value& {
+    const auto element = [](const Value& value, std::size_t row, std::size_t column) -> const Value& {
+        const Array* array = value.If<Array>();
         if (array == nullptr) return value;
         if (array->rows == 1) row = 0;
         if (array->columns == 1) column = 0;
         return row < array->rows && column < array->columns ? array->At(row, column) : absent;
     };
+    std::vector<const Value*> elements(operands.size());
     result.cells.reserve(result.rows * result.columns);
     for (std::size_t row = 0; row < result.rows; ++row) {
         for (std::size_t column = 0; column < result.columns; ++column) {
-            result.cells.push_back(
-                Binary(step, element(left, a, row, column), element(right, b, row, column)));
+            for (std::size_t i = 0; i < operands.size(); ++i)
+                elements[i] = &element(*operands[i], row, column);
+            result.cells.push_back(map(elements));
         }
     }
     return result;
+}
+
+Value Elementwise(Step step, const Value& left, const Value& right) {
+    if (!left.Is<Array>() && !right.Is<Array>()) return Binary(step, left, right);
+    const std::array operands = {&left, &right};
+    return Mapped(operands,
+                  [&](std::span<const Value* const> pair) { return Binary(step, *pair[0], *pair[1]); });
+}
+
+Value Chosen(const Value& condition, const Value& then, const Value& otherwise) {
+    const std::array operands = {&condition, &then, &otherwise};
+    return Mapped(operands, [](std::span<const Value* const> three) {
+        bool truth = false;
+        if (const auto error = ToTruth(*three[0], truth)) return Value(*error);
+        return *three[truth ? 1 : 2];
+    });
 }
 
 class StackMachine {
@@ -148,9 +170,13 @@ class StackMachine {
                 Call(step);
                 break;
             case Step::Jump:
-                return step.count;
+                // Both values of an array condition are wanted.
+                return !arrayIfs_.empty() && arrayIfs_.back() == step.count ? next : step.count;
             case Step::Branch:
                 return Branch(step, next);
+            case Step::Select:
+                if (!arrayIfs_.empty() && arrayIfs_.back() == next - 1) Select();
+                break;
             default: {
                 const Value right = PopOperand(step);
                 const Value left = PopOperand(step);
@@ -199,7 +225,24 @@ class StackMachine {
         stack_.push_back(std::move(result));
     }
 
+    void Select() {
+        arrayIfs_.pop_back();
+        const Value otherwise = PopWhole();
+        const Value then = PopWhole();
+        const Value condition = PopWhole();
+        stack_.push_back(Chosen(condition, then, otherwise));
+    }
+
     std::size_t Branch(const FormulaStep& step, std::size_t next) {
+        if (step.wholeArrays) {
+            Value condition = PopWhole();
+            const bool isArray = condition.Is<Array>();
+            stack_.push_back(std::move(condition));
+            if (isArray) {
+                arrayIfs_.push_back(step.end);
+                return next;
+            }
+        }
         bool truth = false;
         if (const auto error = ToTruth(PopScalar(), truth)) {
             stack_.emplace_back(*error);
@@ -213,8 +256,8 @@ class StackMachine {
         stack_.pop_back();
         return value;
     }
-    Value PopOperand(const FormulaStep& step) {
-        if (!step.wholeArrays) return PopScalar();
+    Value PopOperand(const FormulaStep& step) { return step.wholeArrays ? PopWhole() : PopScalar(); }
+    Value PopWhole() {
         Value value = cells_.Read(stack_.back());
         stack_.pop_back();
         return value;
@@ -230,6 +273,7 @@ class StackMachine {
     const Cells& cells_;
     const FunctionCaller& call_;
     std::vector<Value> stack_;
+    std::vector<std::size_t> arrayIfs_;  // the ends of those that are under way
 };
 
 }  // namespace

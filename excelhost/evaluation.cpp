@@ -53,7 +53,7 @@ Value Evaluation::Call(const Builtin& function, std::span<const Value> arguments
 Cells Evaluation::CellsOf(const std::optional<Reference>& caller) const {
     const IDSHEET sheet = caller ? caller->sheet - firstId_ + 1 : 1;
     const XLREF12 cell = caller ? caller->areas.front().rectangle : XLREF12{};
-    return Cells(grids_, sheet, {cell.rwFirst, cell.colFirst});
+    return Cells(grids_, sheet, {cell.rwFirst, cell.colFirst}, names_);
 }
 
 // Refers to the caller.

@@ -273,7 +273,7 @@ class FormulaParser {
             if (!Take(')'))
                 throw FaultAt(position, "the parenthesis of '" + Excerpt(name) + "' isn't closed");
         }
-        wholeArrays_ = outerArrays;
+        const bool inArrays = std::exchange(wholeArrays_, outerArrays);
         const std::size_t fewest = isIf ? 2 : builtin != nullptr ? builtin->fewest : 0;
         const std::size_t most = isIf ? 3 : builtin != nullptr ? builtin->most : kArgumentLimit;
         CheckCount(name, count, fewest, most, position);
@@ -287,6 +287,7 @@ class FormulaParser {
         if (count == 2) Push(false);
         formula_.steps[branch].end = Here();
         formula_.steps[jump].count = Here();
+        if (inArrays) Emit(Step::Select);
     }
 
     void Argument() {

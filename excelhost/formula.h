@@ -56,6 +56,7 @@ enum class Step : std::uint8_t {
     Call,    // calls `builtin`, or the function named by `value`, with the `count` topmost values
     Branch,  // takes a condition: goes on if true, to step `count` if false, behind the whole IF on an error
     Jump,    // goes to step `count`
+    Select,  // ends an IF among array operators: of an array condition and both values takes each element
 };
 
 // Small, for a sheet may have millions. A formula has fewer steps than units.

@@ -67,10 +67,12 @@ class Grid {
 // The sheets as a formula in one cell of one of them sees them. Refers to all of it.
 class Cells {
   public:
-    // `sheets` by their ids, which count from 1; `own` is one of them.
-    Cells(std::span<const Grid* const> sheets, IDSHEET own, Place place) noexcept
-        : sheets_(sheets), own_(own), place_(place) {}
+    // `sheets` by their ids, which count from 1; `own` is one of them; `names` are those that formulas know them by.
+    Cells(std::span<const Grid* const> sheets, IDSHEET own, Place place,
+          std::span<const Text> names = {}) noexcept
+        : sheets_(sheets), own_(own), place_(place), names_(names) {}
 
+    [[nodiscard]] std::span<const Text> Names() const noexcept { return names_; }
     [[nodiscard]] Place Here() const noexcept { return place_; }
 
     // A rectangle on its sheet, behind an Area or a Reference to one rectangle; nothing for other values and
@@ -95,6 +97,7 @@ class Cells {
     std::span<const Grid* const> sheets_;
     IDSHEET own_;
     Place place_;
+    std::span<const Text> names_;
 };
 
 // Whether a value is one rectangle or several on a sheet.

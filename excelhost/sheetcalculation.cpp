@@ -7,6 +7,8 @@
 #include "excelhost/workers.h"
 
 #include <algorithm>
+#include <map>
+#include <set>
 #include <utility>
 
 namespace excelhost {
@@ -23,6 +25,52 @@ std::vector<std::uint32_t> OrderOf(std::span<const LocatedFormula> formulas,
     throw SheetFaults({FaultAt(circle.Cell().cell->place, circle.what())}, circle.Cell().sheet);
 }
 
+// Cells by column, for the question whether an area has one.
+class CellSet {
+  public:
+    void Add(Place place) { rows_[place.column].insert(place.row); }
+    [[nodiscard]] bool HasAny(const Area& area) const {
+        const XLREF12& r = area.rectangle;
+        for (auto column = rows_.lower_bound(r.colFirst); column != rows_.end() && column->first <= r.colLast;
+             ++column) {
+            const auto row = column->second.lower_bound(r.rwFirst);
+            if (row != column->second.end() && *row <= r.rwLast) return true;
+        }
+        return false;
+    }
+
+  private:
+    std::map<COL, std::set<RW>> rows_;
+};
+
+// Functions that find their cells (OFFSET, INDIRECT) may find any: formulas with such ones, and those that refer to
+// them, are calculated behind all others, each part in its order.
+std::vector<std::uint32_t> FindersLast(std::vector<std::uint32_t> order,
+                                       std::span<const LocatedFormula> formulas) {
+    std::map<IDSHEET, CellSet> late;
+    const auto isLate = [&](std::uint32_t number) {
+        const auto& [sheet, cell] = formulas[number];
+        const auto waits = [&, own = sheet](const FormulaStep& step) {
+            if (step.step == Step::Call) return step.builtin != nullptr && step.builtin->findsCells;
+            if (step.step != Step::Push || late.empty()) return false;
+            if (const Area* area = step.value.If<Area>()) return late[own].HasAny(*area);
+            const Reference* other = step.value.If<Reference>();
+            return other != nullptr && late[other->sheet].HasAny(other->areas.front());
+        };
+        const bool found = std::any_of(cell->formula.steps.begin(), cell->formula.steps.end(), waits);
+        if (found) late[sheet].Add(cell->place);
+        return found;
+    };
+    std::vector<std::uint32_t> last;
+    std::erase_if(order, [&](std::uint32_t number) {
+        const bool found = isLate(number);
+        if (found) last.push_back(number);
+        return found;
+    });
+    order.insert(order.end(), last.begin(), last.end());
+    return order;
+}
+
 // A small batch is done before other threads have woken up.
 constexpr std::size_t kSmallBatch = 8;
 
@@ -33,6 +81,7 @@ class SheetCalculation {
         for (const NamedSheet& named : sheets) {
             grids_.push_back(&named.sheet->Values());
             names_.push_back(named.name);
+            namesInFormulas_.push_back(NameInFormulas(named.name));
             for (const FormulaCell& cell : named.sheet->Formulas()) {
                 formulas_.push_back({grids_.size(), &cell});
             }
@@ -40,7 +89,7 @@ class SheetCalculation {
     }
 
     std::vector<std::vector<CellFault>> Run(std::size_t threads) {
-        const std::vector<std::uint32_t> order = OrderOf(formulas_, grids_, names_);
+        const std::vector<std::uint32_t> order = FindersLast(OrderOf(formulas_, grids_, names_), formulas_);
         for (std::size_t i = 0; i < sheets_.size(); ++i) {
             host_.AddSheet(firstId_ + i, sheets_[i].name,
                            [grid = grids_[i]](const Area& area) { return grid->Read(area); });
@@ -110,8 +159,8 @@ class SheetCalculation {
         const FunctionCaller call = [&](TextView function, std::span<const Value> arguments) {
             return host_.Call(function, arguments, caller);
         };
-        return CalculateFormula(formula.cell->formula, Cells(grids_, formula.sheet, formula.cell->place),
-                                call);
+        return CalculateFormula(formula.cell->formula,
+                                Cells(grids_, formula.sheet, formula.cell->place, namesInFormulas_), call);
     }
 
     void Set(const LocatedFormula& formula, Value value) {
@@ -125,7 +174,8 @@ class SheetCalculation {
     Host& host_;
     IDSHEET firstId_;
     std::vector<const Grid*> grids_;
-    std::vector<Text> names_;
+    std::vector<Text> names_;  // as xlSheetNm gives them
+    std::vector<Text> namesInFormulas_;
     std::vector<LocatedFormula> formulas_;
     KnownFunctions known_;
     std::vector<std::vector<CellFault>> faults_;  // by sheet

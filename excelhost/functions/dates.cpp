@@ -1,62 +1,85 @@
-// Dates as serial numbers: 1 is 1 January 1900, and 60 the 29 February 1900 that Excel keeps for the sake of
-// Lotus 1-2-3 ("Excel incorrectly assumes that the year 1900 is a leap year").
+#include "excelhost/functions/calendar.h"
 #include "excelhost/functions/functions.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cmath>
+#include <ctime>
 
 namespace excelhost {
 namespace {
 
-using std::chrono::days;
-using std::chrono::month;
-using std::chrono::sys_days;
-using std::chrono::year;
-using std::chrono::year_month_day;
-
-constexpr sys_days kDayZero = sys_days(year(1899) / 12 / 30);  // of serials beyond 60
-constexpr double kLastSerial = 2958465;                        // 31 December 9999
-
-struct Date {
-    int year;
-    unsigned month;
-    unsigned day;
-};
-
-Date DateFrom(double serial) {
-    serial = std::floor(serial);
-    if (serial < 0 || serial > kLastSerial) Fail(xlerrNum);
-    if (serial == 0) return {1900, 1, 0};
-    if (serial == 60) return {1900, 2, 29};
-    const year_month_day date(kDayZero + days(static_cast<int>(serial) + (serial < 60 ? 1 : 0)));
-    return {static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-            static_cast<unsigned>(date.day())};
+Date DateAt(const Given& given, std::size_t i) {
+    const auto date = DateFrom(given.Number(i));
+    if (!date) Fail(xlerrNum);
+    return *date;
 }
 
-// Months and days may lie outside of a year and a month; years below 1900 count from 1900.
+Value SerialOrError(std::optional<double> serial) {
+    return serial ? Value(*serial) : Value(ErrorValue{xlerrNum});
+}
+
+// Years below 1900 count from 1900.
 Value DateOf(const Given& given) {
-    const double givenYear = std::trunc(given.Number(0));
-    const double givenMonth = std::trunc(given.Number(1));
-    const double givenDay = std::trunc(given.Number(2));
-    constexpr double most = 1e7;
-    if (givenYear < 0 || std::fabs(givenYear) > most || std::fabs(givenMonth) > most ||
-        std::fabs(givenDay) > most)
-        return ErrorValue{xlerrNum};
-    const double months = (givenYear < 1900 ? givenYear + 1900 : givenYear) * 12 + givenMonth - 1;
-    const double inYear = std::floor(months / 12);
-    if (inYear < 1899 || inYear > 9999) return ErrorValue{xlerrNum};
-    const auto first =
-        year(static_cast<int>(inYear)) / month(static_cast<unsigned>(months - inYear * 12) + 1) / 1;
-    auto serial = static_cast<double>((sys_days(first) - kDayZero).count());
-    if (serial <= 60) --serial;
-    serial += givenDay - 1;
-    return serial >= 0 && serial <= kLastSerial ? Value(serial) : Value(ErrorValue{xlerrNum});
+    const double year = std::trunc(given.Number(0));
+    if (year < 0) return ErrorValue{xlerrNum};
+    return SerialOrError(SerialFrom(year < 1900 ? year + 1900 : year, std::trunc(given.Number(1)),
+                                    std::trunc(given.Number(2))));
 }
 
 template <auto Member>
 Value PartOf(const Given& given) {
-    return static_cast<double>(DateFrom(given.Number(0)).*Member);
+    return static_cast<double>(DateAt(given, 0).*Member);
+}
+
+// The same day so many months later, or the last one of a shorter month; or the last of that month in any case.
+template <bool LastDay>
+Value MonthsLater(const Given& given) {
+    const Date date = DateAt(given, 0);
+    const double month = date.month + std::trunc(given.Number(1));
+    const auto first = SerialFrom(date.year, month, 1);
+    const auto next = SerialFrom(date.year, month + 1, 1);
+    if (!first || !next) return ErrorValue{xlerrNum};
+    const double last = *next - 1;
+    return LastDay ? last : std::min(last, *first + date.day - 1);
+}
+
+Value Days(const Given& given) {
+    const double end = std::floor(given.Number(0));
+    const double start = std::floor(given.Number(1));
+    return DateFrom(end) && DateFrom(start) ? Value(end - start) : Value(ErrorValue{xlerrNum});
+}
+
+// TIME(hour, minute, second): a part of a day.
+Value TimeOf(const Given& given) {
+    double seconds = 0;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const double part = std::trunc(given.Number(i));
+        if (part > 32767) return ErrorValue{xlerrNum};
+        seconds = seconds * 60 + part;
+    }
+    constexpr double day = 86400;
+    return seconds < 0 ? Value(ErrorValue{xlerrNum}) : Value(std::fmod(seconds, day) / day);
+}
+
+template <int Divisor, int Modulus>
+Value TimePart(const Given& given) {
+    const double serial = given.Number(0);
+    if (!DateFrom(serial)) return ErrorValue{xlerrNum};
+    return static_cast<double>(SecondOf(serial) / Divisor % Modulus);
+}
+
+// The local time.
+Value Now(const Given&) {
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    const std::tm* local = std::localtime(&seconds);
+    const double day = (local->tm_hour * 60 + local->tm_min) * 60 + local->tm_sec;
+    return SerialFrom(local->tm_year + 1900, local->tm_mon + 1, local->tm_mday).value_or(0) + day / 86400;
+}
+
+Value Today(const Given& given) {
+    return std::floor(*Now(given).If<double>());
 }
 
 // From Sunday, 1, on; the second argument is 1, 2 (from Monday, 1) or 3 (from Monday, 0).
@@ -73,7 +96,16 @@ Value Weekday(const Given& given) {
 constexpr auto kFunctions = std::to_array<Builtin>({
     {"DATE", 3, 3, DateOf},
     {"DAY", 1, 1, PartOf<&Date::day>},
+    {"DAYS", 2, 2, Days},
+    {"EDATE", 2, 2, MonthsLater<false>},
+    {"EOMONTH", 2, 2, MonthsLater<true>},
+    {"HOUR", 1, 1, TimePart<3600, 24>},
+    {"MINUTE", 1, 1, TimePart<60, 60>},
     {"MONTH", 1, 1, PartOf<&Date::month>},
+    {"NOW", 0, 0, Now},
+    {"SECOND", 1, 1, TimePart<1, 60>},
+    {"TIME", 3, 3, TimeOf},
+    {"TODAY", 0, 0, Today},
     {"WEEKDAY", 1, 2, Weekday},
     {"YEAR", 1, 1, PartOf<&Date::year>},
 });

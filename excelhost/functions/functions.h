@@ -115,6 +115,7 @@ struct Builtin {
     Value (*calculate)(const Given& given);
     bool wholeArrays = false;   // operators in its arguments take arrays element by element
     bool looksFurther = false;  // at cells beside those that its arguments name
+    bool findsCells = false;    // which ones shows in the calculation only
 };
 
 // The families.

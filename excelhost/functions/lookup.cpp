@@ -1,9 +1,13 @@
 #include "excelhost/functions/functions.h"
 
+#include "excelhost/formula.h"
+
 #include "excelhost/calculate.h"
 #include "excelhost/functions/criteria.h"
 
 #include <array>
+#include <cmath>
+#include <utility>
 #include <optional>
 
 namespace excelhost {
@@ -148,6 +152,54 @@ Value Index(const Given& given) {
     return named != nullptr ? Value(Reference{named->sheet, {area}}) : Value(area);
 }
 
+// OFFSET(reference, rows, columns, [height], [width]): a rectangle so far away; negative sizes reach up and left.
+Value Offset(const Given& given) {
+    const Cells::Range from = given.Range(0);
+    const XLREF12& r = from.area.rectangle;
+    // The first and last of a side that has moved; nothing when they are beyond the sheet.
+    const auto move = [&](std::size_t by, std::size_t size, double first, double last,
+                          double limit) -> std::optional<std::pair<double, double>> {
+        first += std::trunc(given.Number(by));
+        const bool hasSize = given.Has(size) && !given.Raw(size).Is<Missing>();
+        const double count =
+            hasSize ? std::trunc(given.Number(size)) : last - (first - std::trunc(given.Number(by))) + 1;
+        if (count == 0) return std::nullopt;
+        const double end = first + count + (count > 0 ? -1 : 1);
+        if (std::min(first, end) < 0 || std::max(first, end) >= limit) return std::nullopt;
+        return std::pair(std::min(first, end), std::max(first, end));
+    };
+    const auto rows = move(1, 3, r.rwFirst, r.rwLast, kRowLimit);
+    const auto columns = move(2, 4, r.colFirst, r.colLast, kColumnLimit);
+    if (!rows || !columns) return ErrorValue{xlerrRef};
+    const Area area{{static_cast<RW>(rows->first), static_cast<RW>(rows->second),
+                     static_cast<COL>(columns->first), static_cast<COL>(columns->second)}};
+    const auto* named = given.Raw(0).If<Reference>();
+    return named != nullptr ? Value(Reference{named->sheet, {area}}) : Value(area);
+}
+
+// INDIRECT(text): the reference that a text names, in the form A1.
+Value Indirect(const Given& given) try {
+    const Text text = given.String(0);
+    if (!given.Truth(1, true)) return ErrorValue{xlerrRef};
+    const Formula formula = ParseFormula(TEXT("=") + text, given.Sheets().Names());
+    const FormulaStep& step = formula.steps.front();
+    const bool isReference = formula.steps.size() == 1 && step.step == Step::Push && IsReference(step.value);
+    return isReference ? step.value : Value(ErrorValue{xlerrRef});
+} catch (const FormulaFault&) {
+    return ErrorValue{xlerrRef};
+}
+
+// Rows as columns.
+Value Transpose(const Given& given) {
+    const Array table = given.Table(0);
+    Array turned{table.columns, table.rows, {}};
+    turned.cells.reserve(table.cells.size());
+    for (std::size_t column = 0; column < table.columns; ++column) {
+        for (std::size_t row = 0; row < table.rows; ++row) turned.cells.push_back(table.At(row, column));
+    }
+    return turned;
+}
+
 Value Choose(const Given& given) {
     const std::size_t choice = given.Whole(0, 1);
     if (choice >= given.Count()) return ErrorValue{xlerrValue};
@@ -174,13 +226,16 @@ constexpr auto kFunctions = std::to_array<Builtin>({
     {"COLUMN", 0, 1, Column},
     {"COLUMNS", 1, 1, Columns},
     {"HLOOKUP", 3, 4, LookUpTable<false>},
-    {"INDEX", 2, 3, Index},
-    {"LOOKUP", 2, 3, LookUp},
-    {"MATCH", 2, 3, Match},
+    {"INDEX", 2, 3, Index, true},
+    {"INDIRECT", 1, 2, Indirect, false, true, true},
+    {"LOOKUP", 2, 3, LookUp, true},
+    {"MATCH", 2, 3, Match, true},
+    {"OFFSET", 3, 5, Offset, false, true, true},
     {"ROW", 0, 1, Row},
     {"ROWS", 1, 1, Rows},
+    {"TRANSPOSE", 1, 1, Transpose, true},
     {"VLOOKUP", 3, 4, LookUpTable<true>},
-    {"XLOOKUP", 3, 5, ExtendedLookUp},
+    {"XLOOKUP", 3, 5, ExtendedLookUp, true},
 });
 
 }  // namespace

@@ -26,6 +26,17 @@ double Sign(double number) {
     return number > 0 ? 1 : number < 0 ? -1 : 0;
 }
 
+// To the next odd number away from zero; 0 gives 1.
+double Odd(double number) {
+    const double magnitude = std::fabs(number);
+    return std::copysign(magnitude <= 1 ? 1 : 2 * std::ceil((magnitude - 1) / 2) + 1, number);
+}
+
+Value Quotient(const Given& given) {
+    const double divisor = given.Number(1);
+    return divisor == 0 ? Value(ErrorValue{xlerrDiv0}) : FiniteNumber(std::trunc(given.Number(0) / divisor));
+}
+
 Value LogarithmTo(double number, double base) {
     if (number <= 0 || base <= 0) return ErrorValue{xlerrNum};
     if (base == 1) return ErrorValue{xlerrDiv0};
@@ -109,6 +120,8 @@ Value SumProduct(const Given& given) {
 constexpr auto kFunctions = std::to_array<Builtin>({
     {"ABS", 1, 1, OfNumber<[](double x) { return std::fabs(x); }>},
     {"CEILING", 2, 2, ToMultiple<static_cast<double (*)(double)>(std::ceil)>},
+    {"COS", 1, 1, OfNumber<[](double x) { return std::cos(x); }>},
+    {"EVEN", 1, 1, OfNumber<[](double x) { return std::copysign(2 * std::ceil(std::fabs(x) / 2), x); }>},
     {"EXP", 1, 1, OfNumber<[](double x) { return std::exp(x); }>},
     {"FLOOR", 2, 2, Floor},
     {"INT", 1, 1, OfNumber<[](double x) { return std::floor(x); }>},
@@ -116,17 +129,21 @@ constexpr auto kFunctions = std::to_array<Builtin>({
     {"LOG", 1, 2, Log},
     {"LOG10", 1, 1, Log},
     {"MOD", 2, 2, Mod},
+    {"ODD", 1, 1, OfNumber<Odd>},
     {"PI", 0, 0, [](const Given&) { return Value(std::numbers::pi); }},
     {"POWER", 2, 2, Power},
-    {"PRODUCT", 1, kArgumentLimit, Product},
+    {"PRODUCT", 1, kArgumentLimit, Product, true},
+    {"QUOTIENT", 2, 2, Quotient},
     {"ROUND", 2, 2, RoundTo<Rounding::HalfAwayFromZero>},
     {"ROUNDDOWN", 2, 2, RoundTo<Rounding::TowardsZero>},
     {"ROUNDUP", 2, 2, RoundTo<Rounding::AwayFromZero>},
     {"SIGN", 1, 1, OfNumber<Sign>},
+    {"SIN", 1, 1, OfNumber<[](double x) { return std::sin(x); }>},
     {"SQRT", 1, 1, OfNumber<[](double x) { return std::sqrt(x); }>},
-    {"SUM", 1, kArgumentLimit, Sum},
+    {"SUM", 1, kArgumentLimit, Sum, true},
     {"SUMPRODUCT", 1, kArgumentLimit, SumProduct, true},
-    {"SUMSQ", 1, kArgumentLimit, SumOfSquares},
+    {"SUMSQ", 1, kArgumentLimit, SumOfSquares, true},
+    {"TAN", 1, 1, OfNumber<[](double x) { return std::tan(x); }>},
     {"TRUNC", 1, 2, RoundTo<Rounding::TowardsZero>},
 });
 

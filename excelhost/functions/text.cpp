@@ -2,6 +2,7 @@
 
 #include "excelhost/formula.h"
 #include "excelhost/functions/criteria.h"
+#include "excelhost/functions/numberformat.h"
 #include "excelhost/numbers.h"
 
 #include <algorithm>
@@ -171,10 +172,29 @@ Value Code(const Given& given) {
     return static_cast<double>(static_cast<unsigned char>(byte));
 }
 
+// A text that isn't a number stays as it is, as does a truth value.
+Value TextInFormat(const Given& given) {
+    const Value value = given.Scalar(0);
+    const Text format = given.String(1);
+    double number = 0;
+    if (value.Is<bool>() || ToNumber(value, number)) return given.String(0);
+    if (format.empty()) return Text();
+    auto text = FormattedNumber(number, format);
+    return text ? Limited(*std::move(text)) : Value(ErrorValue{xlerrValue});
+}
+
+// Without control characters.
+Value Clean(const Given& given) {
+    Text text = given.String(0);
+    std::erase_if(text, [](WCHAR unit) { return unit < 0x20; });
+    return text;
+}
+
 constexpr auto kFunctions = std::to_array<Builtin>({
     {"CHAR", 1, 1, Character},
+    {"CLEAN", 1, 1, Clean},
     {"CODE", 1, 1, Code},
-    {"CONCAT", 1, kArgumentLimit, ConcatenateRanges},
+    {"CONCAT", 1, kArgumentLimit, ConcatenateRanges, true},
     {"CONCATENATE", 1, kArgumentLimit, Concatenate},
     {"EXACT", 2, 2, [](const Given& given) { return Value(given.String(0) == given.String(1)); }},
     {"FIND", 2, 3, Find},
@@ -188,7 +208,8 @@ constexpr auto kFunctions = std::to_array<Builtin>({
     {"RIGHT", 1, 2, Right},
     {"SEARCH", 2, 3, Search},
     {"SUBSTITUTE", 3, 4, Substitute},
-    {"TEXTJOIN", 3, kArgumentLimit, Join},
+    {"TEXT", 2, 2, TextInFormat},
+    {"TEXTJOIN", 3, kArgumentLimit, Join, true},
     {"TRIM", 1, 1, Trim},
     {"UPPER", 1, 1, [](const Given& given) { return Value(UpperCase(given.String(0))); }},
     {"VALUE", 1, 1, [](const Given& given) { return Value(given.Number(0)); }},

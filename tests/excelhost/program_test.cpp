@@ -142,9 +142,11 @@ TEST_F(ProgramTest, TellsWhyAModuleCannotBeLoaded) {
 
 TEST_F(ProgramTest, CalculatesSheetsThatReferToOneAnother) {
     const std::string data = "Data=" + File("10,=Model!A1+1\n", u8"a.csv");
-    const std::string model = "Model=" + File("\"=SUM(data!A:A)*2\",=data!B1,='Data'!$A$1:B1\n", u8"b.csv");
+    const std::string model =
+        "Model=" +
+        File("\"=SUM(data!A:A)*2\",=data!B1,='Data'!$A$1:B1,\"=INDIRECT(\"\"Data!A\"\"&1)\"\n", u8"b.csv");
     EXPECT_EQ(Run({"run", data, model}), kDone) << err;
-    EXPECT_EQ(out, "# Data\n10,21\n\n# Model\n20,21,#VALUE!\n") << "a range has no cell in column C";
+    EXPECT_EQ(out, "# Data\n10,21\n\n# Model\n20,21,#VALUE!,10\n") << "a range has no cell in column C";
     EXPECT_EQ(Run({"run", data, "Data=" + File("1\n")}), kBadInput);
     EXPECT_THAT(err, HasSubstr("two sheets have the name 'Data'"));
     EXPECT_EQ(Run({"run", data, "Model=" + File("=Data!B1\n", u8"b.csv")}), kBadInput);

@@ -101,6 +101,22 @@ TEST(FormulaTest, GivesWhatExcelGives) {
         {"=SUMPRODUCT((C1:C3>1)*C1:C3,C1:C3)", "13"},
         {"=SUMPRODUCT(C1:C2,C2:C3)&SUMPRODUCT(C3:C4,C1:C2)&SUMPRODUCT((C:C>1)*C:C,C:C)", "\"8313\""},
         {"=SUMPRODUCT(C1:C2,C1:C3)", "#VALUE!"},
+        // Arrays inside of functions that take them, as Excel has them since it spills.
+        {"=SUM(C1:C3*2)&MAX(-C1:C3)&SUM((C1:C3>1)*(C1:C3<3))", "\"12-11\""},
+        {"=SUM(IF(C1:C3>1,C1:C3*10,A1))&COUNT(IF(C1:C3>2,C1:C3))&SUM(IF(C1>5,1/0,C1:C3))", "\"5516\""},
+        {"=SUM(IF(C1:C3>1,IF(C1:C3>2,100,10),1))&SUM(IF(TRUE,C1:C3*IF(C1:C3=2,1,0)))", "\"1112\""},
+        {"=SUM(IF(B1:B3=TRUE,1,0))", "#N/A"},
+        {"=INDEX(C1:C3*2,2)&MATCH(4,C1:C3*2,0)", "\"42\""},
+        {"=SUM(OFFSET(C3,0,0,-2,1))&ISERROR(OFFSET(A1,-1,0))", "\"5TRUE\""},
+        {"=INDIRECT(\"C2\")+1", "3"},
+        {"=INDIRECT(\"C\"&2,FALSE)", "#REF!"},
+        // Formats that aren't known.
+        {"=TEXT(1.5,\"# ?/?\")", "#VALUE!"},
+        {"=TEXT(1.5,\"[h]:mm\")", "#VALUE!"},
+        {"=TEXT(1.5,\"0.0E+0\")", "#VALUE!"},
+        {"=TEXT(TRUE,\"0\")&TEXT(-1,\"yyyy\")", "#VALUE!"},
+        {"=TEXT(-0.001,\"0.00\")&TEXT(5,\"\")", "\"0.00\""},
+        {"=AND(TODAY()=INT(NOW()),NOW()-TODAY()<1,YEAR(TODAY())>2020)", "TRUE"},
         // Where both spreadsheets of functions/README.md depart from Excel's help.
         {"=CEILING(-2.5,2)&FLOOR(-2.5,2)&SUM(\"3\",TRUE,2)&DAY(60)", "\"-2-4629\""},
         {"=RANK(8,C1:C3)", "#N/A"},
@@ -273,6 +289,11 @@ TEST_F(SheetTest, FunctionsGiveWhatOtherSpreadsheetsGive) {
 TEST_F(SheetTest, CalculatesByNeedWhateverTheOrderOfCells) {
     EXPECT_EQ(Calculated("=B1+1,=C1+1,=A2*2\n=A3,=SUM(A1:C1),5\n10,=A1:A3,=C2\n"),
               "22,21,20\n10,63,5\n10,10,5\n");
+}
+
+TEST_F(SheetTest, CalculatesWhatFindsItsCellsBehindThem) {
+    EXPECT_EQ(Calculated("\"=INDIRECT(\"\"C1\"\")+1\",=A1*2,=5*A2\n2,=SUM(B1:B1),\"=OFFSET(A1,0,2)\"\n"),
+              "11,22,10\n2,22,10\n");
 }
 
 TEST_F(SheetTest, FollowsChainsOfAnyLength) {
