@@ -3,9 +3,15 @@
 #include "excelhost/served/table.h"
 
 #include <algorithm>
+#include <atomic>
 #include <charconv>
 
 namespace excelhost {
+namespace {
+
+std::atomic<const LastFile*> last_file{nullptr};
+
+}  // namespace
 
 Message& Message::operator<<(std::string_view text) noexcept {
     const std::size_t count = std::min(text.size(), text_.size() - size_);
@@ -34,6 +40,29 @@ bool AddLastWords(Message& message, const ThreadNotes& thread) noexcept {
     });
     if (!any) message << " none";
     return true;
+}
+
+void SetLastFile(const LastFile* file) noexcept {
+    last_file.store(file);
+}
+
+// The line isn't on the stack, of which little may be left. What would end its quotes or its script is shown as something
+// like it.
+void TellLastFile(std::string_view message) noexcept {
+    static constinit Message line;
+    const LastFile* file = last_file.load();
+    if (file == nullptr) return;
+    constexpr std::string_view name = "excelhost: ";
+    if (message.starts_with(name)) message.remove_prefix(name.size());
+    if (message.ends_with('\n')) message.remove_suffix(1);
+    // A line that another thread was writing may have no end.
+    line << "\n13,\"";
+    for (const char c : message) {
+        const bool isSafe = static_cast<unsigned char>(c) >= 0x20 && c != '"' && c != '\\' && c != '<';
+        line << (isSafe ? std::string_view(&c, 1) : std::string_view(c == '<' ? "(" : "'"));
+    }
+    line << "\"\n";
+    file->Append(line.Text());
 }
 
 }  // namespace excelhost

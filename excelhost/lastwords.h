@@ -2,6 +2,7 @@
 #pragma once
 
 #include "excelhost/callscope.h"
+#include "excelhost/machine/lastfile.h"
 
 #include <array>
 #include <cstddef>
@@ -27,5 +28,10 @@ class Message {
 // Takes neither memory nor a lock, for an add-in may have crashed where it holds both.
 [[nodiscard]] bool AddLastWords(Message& message,
                                 const ThreadNotes& thread = ThreadNotes::OfThisThread()) noexcept;
+
+// What is told of the program's end goes to this file, too, as a line of a journal; null for none.
+void SetLastFile(const LastFile* file) noexcept;
+// `message` is a line for people, "excelhost: a crash ...". Called once.
+void TellLastFile(std::string_view message) noexcept;
 
 }  // namespace excelhost

@@ -24,6 +24,7 @@ std::atomic_flag is_ending = ATOMIC_FLAG_INIT;
         for (;;) pause();
     }
     (void)!write(STDERR_FILENO, message.Text().data(), message.Text().size());
+    TellLastFile(message.Text());
     _exit(code);
 }
 

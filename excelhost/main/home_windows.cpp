@@ -36,6 +36,7 @@ void End(std::string_view message, int code) {
     DWORD written = 0;
     WriteFile(GetStdHandle(STD_ERROR_HANDLE), message.data(), static_cast<DWORD>(message.size()), &written,
               nullptr);
+    TellLastFile(message);
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
 }
 

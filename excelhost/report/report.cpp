@@ -1,5 +1,6 @@
 #include "excelhost/report/report.h"
 
+#include "excelhost/lastwords.h"
 #include "excelhost/report/page.h"
 #include "excelhost/sheetfiles.h"
 
@@ -72,13 +73,18 @@ std::string JsonFrom(std::span<const Finding> findings) {
 }  // namespace
 
 Report::Report(std::filesystem::path file, std::span<const std::filesystem::path> addIns)
-    : path_(std::move(file)), file_(Create(path_)), journal_(file_) {
+    : path_(std::move(file)), file_(Create(path_)), journal_(file_), last_(path_) {
+    SetLastFile(&last_);
     std::string line = "5,{\"addIns\":[";
     for (std::size_t i = 0; i < addIns.size(); ++i) {
         if (i > 0) line += ',';
         AppendJson(line, Utf8From(addIns[i].filename()));
     }
     journal_.Write(line + "]}");
+}
+
+Report::~Report() {
+    SetLastFile(nullptr);
 }
 
 void Report::ShowSheets(std::span<const ReportedSheet> sheets) {
@@ -126,6 +132,7 @@ void Report::Close(const Host& host, std::string_view ended) {
     line += ",\"calls\":" + std::to_string(journal_.Count());
     if (!ended.empty()) AppendJson(line += ",\"ended\":", ended);
     journal_.Write(line + "}");
+    SetLastFile(nullptr);
     file_ << kPageTail;
     file_.close();
     if (!file_) throw InputError("the report " + Utf8From(path_) + " can't be written");

@@ -7,6 +7,7 @@
 
 #include "excelhost/host.h"
 #include "excelhost/journal.h"
+#include "excelhost/machine/lastfile.h"
 #include "excelhost/report/reportedsheet.h"
 
 #include <filesystem>
@@ -21,6 +22,9 @@ class Report {
   public:
     // Begins the file, and the journal of this process. InputError when it can't be written.
     Report(std::filesystem::path file, std::span<const std::filesystem::path> addIns);
+    ~Report();
+    Report(const Report&) = delete;
+    Report& operator=(const Report&) = delete;
 
     // What is to be calculated. A page has room for 0.45 MB of cells; rows beyond are told by their number.
     void ShowSheets(std::span<const ReportedSheet> sheets);
@@ -34,6 +38,7 @@ class Report {
     std::filesystem::path path_;
     std::ofstream file_;
     Journal journal_;
+    LastFile last_;
     std::vector<std::size_t> rows_;  // of each sheet, that are shown
 };
 

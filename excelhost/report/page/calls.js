@@ -116,13 +116,6 @@ class CallsView {
     }
   }
 
-  // The innermost call that never came back.
-  selectOpen() {
-    for (let k = this.order.length - 1; k >= 0; --k) {
-      if (this.isOpen(this.order[k])) return this.select(this.order[k]);
-    }
-  }
-
   openCell(i, isAsked) {
     const { calls } = this.journal;
     if (calls.sheet[i] >= 0) this.onCell(calls.sheet[i], calls.row[i], calls.column[i], isAsked);

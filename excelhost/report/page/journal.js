@@ -5,7 +5,7 @@
 // program that died has left the lines until then, the last one perhaps not whole.
 
 const Step = { Callback: 0, Function: 1, Procedure: 2, End: 3, Thread: 4, Head: 5, Marks: 6, Sheet: 7, Fields: 8,
-  Values: 9, Close: 10, Apart: 11 };
+  Values: 9, Close: 10, Apart: 11, Words: 13 };
 const Mark = { Leaked: 1, FreedTwice: 2, Foreign: 4, Altered: 8, Fault: 16, Word: 32 };
 const MARK_WORDS = [[Mark.Leaked, 'leaked'], [Mark.FreedTwice, 'freed twice'], [Mark.Foreign, 'foreign'],
   [Mark.Altered, 'altered while lent'], [Mark.Fault, 'fault'], [Mark.Word, 'note']];
@@ -16,8 +16,13 @@ function parseLines(source) {
   try {
     return whole(lines);
   } catch {
-    lines.pop();
-    return whole(lines);
+    return lines.flatMap(line => {
+      try {
+        return whole([line]);
+      } catch {
+        return [];
+      }
+    });
   }
 }
 
@@ -37,7 +42,7 @@ function readJournal(source) {
   const sheets = [];
   const open = new Map([[0, []]]);  // by thread, the innermost call last
   const apart = new Map();          // indices of calls that are told apart, by number
-  let head = {}, close = null, thread = 0, now = 0, sheet = null, inOrder = 0;
+  let head = {}, close = null, words = null, thread = 0, now = 0, sheet = null, inOrder = 0;
   const indexOf = number => number < inOrder ? number : apart.get(number) ?? -1;
   const text = slot => {
     if (typeof slot === 'string') return texts.push(slot) - 1;
@@ -117,6 +122,7 @@ function readJournal(source) {
         }
         break;
       }
+      case Step.Words: words = line[1]; break;
       case Step.Head: head = line[1]; break;
       case Step.Sheet: {
         const [, index, name, rows, cols] = line;
@@ -133,7 +139,7 @@ function readJournal(source) {
     }
   }
   const latest = calls.end.subarray(0, calls.count).reduce((a, b) => b > a ? b : a, 1e-3);
-  return { head, close, calls, texts, sheets, duration: Math.max(now, latest), threads: open.size, inOrder, indexOf };
+  return { head, close, words, calls, texts, sheets, duration: Math.max(now, latest), threads: open.size, inOrder, indexOf };
 }
 
 // The order in which calls are shown: nested ones under the call that they are in, whatever other threads do.

@@ -6,6 +6,12 @@ const ACCOUNT = [
   ['failures', 'calls refused'], ['allocated', 'with memory'], ['freed', 'of it freed'], ['leaked', 'leaked', Mark.Leaked],
   ['freedTwice', 'freed twice', Mark.FreedTwice], ['foreign', 'foreign', Mark.Foreign], ['unfreeable', 'unfreeable', Mark.Fault]];
 
+// The innermost call that never came back, as a program that died leaves it.
+function lastOpen(calls) {
+  for (let i = calls.count - 1; i >= 0; --i) if (Number.isNaN(calls.end[i])) return i;
+  return -1;
+}
+
 function showVerdict({ head, close, calls }, findings) {
   const addIns = head.addIns ?? [];
   document.title = `${addIns.join(', ')} – excelhost report`;
@@ -13,9 +19,7 @@ function showVerdict({ head, close, calls }, findings) {
   const verdict = document.getElementById('verdict');
   const faults = findings.filter(finding => finding.isFault).length;
   const tell = (kind, text) => { verdict.className = kind; verdict.textContent = text; };
-  let last = -1;
-  for (let i = 0; i < calls.count; ++i) if (Number.isNaN(calls.end[i])) last = i;
-  if (close === null) tell('bad', last < 0 ? 'The program ended before its time' : 'The program ended in the last call below');
+  if (close === null) tell('bad', lastOpen(calls) < 0 ? 'The program ended before its time' : 'The add-in ended the program');
   else if (close.ended) tell('bad', close.ended);
   else if (faults > 0) tell('bad', faults === 1 ? '1 fault' : `${countText(faults)} faults`);
   else if (findings.length > 0) tell('warn', 'The account is balanced, with a word');
@@ -85,7 +89,8 @@ function showFunctions(rows, onChoice) {
 function start() {
   const journal = readJournal(document.getElementById('journal').textContent);
   const { calls, texts, close } = journal;
-  const findings = (close?.findings ?? []).sort((a, b) => b.isFault - a.isFault);
+  const died = { text: journal.words, isFault: true, count: 1, call: lastOpen(calls) };
+  const findings = (close?.findings ?? (journal.words === null ? [] : [died])).sort((a, b) => b.isFault - a.isFault);
   const names = new Map();
   for (let i = 0; i < calls.count; ++i) names.set(texts[calls.name[i]], calls.name[i]);
 
@@ -149,8 +154,8 @@ function start() {
     event.preventDefault();
   });
   // What a reader comes for first.
-  if (findings.length > 0 && findings[0].isFault && findings[0].call !== undefined) view.select(journal.indexOf(findings[0].call));
-  else if (close === null) view.selectOpen();
+  if (close === null) view.select(lastOpen(calls));
+  else if (findings[0]?.isFault && findings[0].call !== undefined) view.select(journal.indexOf(findings[0].call));
   document.documentElement.dataset.ready = 'true';
 }
 

@@ -118,18 +118,21 @@ class ReportTest(unittest.TestCase):
         self.assertIn("window.broken = 1", self.text("#details"))
 
     def test_a_program_that_an_add_in_ended_leaves_a_page_that_says_where(self):
-        code, _, report = self.open([["=Leaks()"], ["=CrashesAtOnce()"]], FAULTY)
+        code, messages, report = self.open([["=Leaks()"], ["=CrashesAtOnce()"]], FAULTY)
         self.assertEqual(code, 4)
-        self.assertEqual(self.text("#verdict"), "The program ended in the last call below")
+        self.assertEqual(self.text("#verdict"), "The add-in ended the program")
+        self.assertIn(self.text("#findings li span"), messages)
         self.assertEqual(self.calls()[-1], ["CrashesAtOnce", "never returned"])
         self.assertEqual(self.text('.call[aria-selected="true"] b'), "CrashesAtOnce")
         # Cut anywhere, as by a full disk: what is there is shown.
         whole = report.read_bytes()
-        report.write_bytes(whole[:whole.rindex(b"CrashesAtOnce") + 4])
+        report.write_bytes(whole[:whole.rindex(b'1,"CrashesAtOnce"') + 6])
         self.browser.get(report.as_uri())
         self.assertEqual(self.browser.get_log("browser"), [])
         self.find("#list").send_keys(Keys.END)
         self.assertEqual(self.names()[-2:], ["Leaks", "xlGetName"])
+        self.open([["=Hangs()"]], FAULTY, "--timeout", "1")
+        self.assertIn("the time is up in 'Hangs' of faulty.xll", self.text("#findings li span"))
 
     def test_a_hundred_thousand_calls_stay_small_and_few_are_in_the_document(self):
         columns = 10
