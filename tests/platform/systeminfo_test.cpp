@@ -71,7 +71,10 @@ TEST(Cpu, FeaturesFollowTheirBits) {
 #if defined(__x86_64__) || defined(__i386__)
     EXPECT_EQ(CpuVendor().size(), 12U);
     EXPECT_EQ(CpuHasSse2(), __builtin_cpu_supports("sse2") != 0);
-    EXPECT_EQ(CpuHasAvx2(), __builtin_cpu_is("intel") != 0 && __builtin_cpu_supports("avx2") != 0);
+    const bool isIntel = __builtin_cpu_is("intel") != 0;
+    EXPECT_EQ(CpuHasAvx(), isIntel && __builtin_cpu_supports("avx") != 0);
+    EXPECT_EQ(CpuHasAvx2(), isIntel && __builtin_cpu_supports("avx2") != 0);
+    EXPECT_EQ(CpuHasFma(), isIntel && __builtin_cpu_supports("fma") != 0);
 #endif
 }
 
