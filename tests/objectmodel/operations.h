@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -122,6 +123,14 @@ auto Omitted() {
     std::array<VARIANT, Count> omitted;
     omitted.fill(MissingArgument);
     return omitted;
+}
+
+// So many numbers from 1 on, that none may change places.
+template <std::size_t Count>
+auto Numbers() {
+    std::array<VARIANT, Count> numbers;
+    std::ranges::generate(numbers, [next = 0.0]() mutable { return Number(++next); });
+    return numbers;
 }
 
 // Picks an overload by its parameters.

@@ -38,6 +38,7 @@ const Table<Application> applicationTable{[](World& world) { return world.applic
     {&Application::GetCalculation, &Application::PutCalculation, with(-4135), "Application 316", "-4105", "I4 -4135"},
     {Lending<VARIANT, Application, 31>(&Application::Run), std::tuple_cat(with(LentWords{TEXT("Twice")}, Number(4)), Omitted<29>()), "Application 259 call (BSTR Twice, R8 4)", "R8 8"},
     {Lending<VARIANT, Application, 31>(&Application::Run), std::tuple_cat(with(LentWords{TEXT("Twice")}, MissingArgument, Number(4)), Omitted<28>()), "Application 259 call (BSTR Twice, missing, R8 4)", "R8 0"},
+    {Lending<VARIANT, Application, 31>(&Application::Run), std::tuple_cat(with(LentWords{TEXT("Twice")}), Numbers<30>()), "Application 259 call (BSTR Twice, R8 1, R8 2, R8 3, R8 4, R8 5, R8 6, R8 7, R8 8, R8 9, R8 10, R8 11, R8 12, R8 13, R8 14, R8 15, R8 16, R8 17, R8 18, R8 19, R8 20, R8 21, R8 22, R8 23, R8 24, R8 25, R8 26, R8 27, R8 28, R8 29, R8 30)", "R8 2"},
     {&Application::Union, with(Cells{TEXT("A1")}, Cells{TEXT("B2:C3")}), "Application 779 call (DISPATCH Range $A$1, DISPATCH Range $B$2:$C$3)", "Range $A$1,$B$2:$C$3"},
     {&Application::GetAddIns, with(), "Application 549 get", "AddIns "},
     {&Application::Undo, with(), "Application 303 do", ""},
