@@ -76,12 +76,13 @@ Function Session::Export(const char* name) const {
     return function;
 }
 
-Session::Session(Host& host, const std::filesystem::path& addIn)
+Session::Session(Host& host, const std::filesystem::path& addIn, const std::function<void(HMODULE)>& loaded)
     : module_(Load(addIn)), fileName_(Wide(Shown(addIn.filename()))) {
     try {
         host.AddModule(
             Wide(Shown(std::filesystem::absolute(addIn))),
             [module = module_](const char* name) { return GetProcAddress(module, name); }, module_);
+        if (loaded) loaded(module_);
         Open();
     } catch (...) {
         FreeLibrary(module_);

@@ -34,7 +34,9 @@ class AddInDied : public AddInError {
 class Session {
   public:
     // Loads the file, makes it known to the host under its path and calls xlAutoOpen. AddInError.
-    Session(Host& host, const std::filesystem::path& addIn);
+    // `loaded` is called in between.
+    Session(Host& host, const std::filesystem::path& addIn,
+            const std::function<void(HMODULE)>& loaded = nullptr);
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;

@@ -1,6 +1,7 @@
 #include "excelhost/commands/play.h"
 
 #include "excelhost/companion.h"
+#include "excelhost/machine/allocations.h"
 #include "excelhost/program.h"
 #include "excelhost/session.h"
 #include "excelhost/sheetfiles.h"
@@ -109,7 +110,11 @@ class Troupe {
 
     void OpenOne(const std::filesystem::path& addIn) {
         Tell("Excel loads the add-in: xlAutoOpen", addIn);
-        Session& session = sessions_.emplace_back(host_, addIn);
+        Session& session = sessions_.emplace_back(host_, addIn, [&](HMODULE module) {
+            if (options_.failAllocation == 0 || WatchAllocations(module)) return;
+            throw AddInError("the add-in '" + addIn.filename().string() +
+                             "' takes no allocator from a library: --fail-allocation can't reach it");
+        });
         if (options_.isManaged) {
             Tell("the add-in manager asks for its name: xlAddInManagerInfo12", addIn);
             trace_.Milestone("it is \"" + session.LongName() + "\"");
@@ -156,6 +161,7 @@ int Play(const SessionOptions& options, const Act& act, Surroundings& around) {
     for (const ScriptedRefusal& refusal : options.refusals) {
         host.RefuseNth(refusal.function, refusal.nth, refusal.returnCode);
     }
+    FailAllocation(options.failAllocation);
     if (options.timeout > 0 && around.limitTime) around.limitTime(options.timeout);
     TraceWriter trace(host, options.trace ? &around.err : nullptr, act.watch);
     try {
@@ -168,6 +174,13 @@ int Play(const SessionOptions& options, const Act& act, Surroundings& around) {
     } catch (const std::exception& error) {
         if (report) report->GiveUp(host, error.what());
         throw;
+    }
+    if (options.failAllocation > 0) {
+        const std::uint64_t seen = AllocationsSeen();
+        around.err << "excelhost: the add-in allocated " << seen << " times"
+                   << (seen < options.failAllocation
+                           ? ", none failed\n"
+                           : ", of which number " + std::to_string(options.failAllocation) + " failed\n");
     }
     const int code = act.tell(host);
     around.out.flush();

@@ -36,6 +36,11 @@ std::vector<Option> OptionsOf(SessionOptions& session) {
          "number",
          {},
          [&session](const std::string& given) { session.refusals.push_back(RefusalFrom(given)); }},
+        CountOption(
+            "--fail-allocation", "N",
+            "lets the Nth allocation of the add-ins fail, from xlAutoOpen on: of malloc, calloc, realloc and "
+            "operator new, as far as an add-in takes them from a library; tells how many there were",
+            1, session.failAllocation),
         CountOption("--timeout", "SECONDS",
                     "ends the program after that time with exit code 5; what the add-in was doing is told", 1,
                     session.timeout),

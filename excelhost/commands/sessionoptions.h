@@ -20,7 +20,8 @@ struct SessionOptions {
     bool cancelsClose = false;
     bool progress = false;
     std::vector<ScriptedRefusal> refusals;
-    std::uint64_t timeout = 0;  // seconds, 0 for none
+    std::uint64_t failAllocation = 0;  // 0 for none
+    std::uint64_t timeout = 0;         // seconds, 0 for none
 };
 
 // They set what they are read into, which must live as long as they do.

@@ -174,5 +174,18 @@ TEST_F(CommandsTest, RefusesCallsOnPurpose) {
     }
 }
 
+TEST_F(CommandsTest, FailsAllocationsOnPurpose) {
+    for (int nth = 1; nth <= 4; ++nth) {
+        const std::string number = std::to_string(nth);
+        EXPECT_EQ(Run({"eval", FAULTY_ADDIN, "Allocates(3)", "--fail-allocation", number}), kDone) << err;
+        EXPECT_EQ(out, nth <= 3 ? number + "\n" : "0\n");
+        EXPECT_THAT(err, HasSubstr(nth <= 3 ? "allocated " + number + " times, of which number " + number +
+                                                  " failed\n"
+                                            : "allocated 3 times, none failed\n"));
+    }
+    EXPECT_EQ(Run({"eval", FAULTY_ADDIN, "Allocates(3)"}), kDone);
+    EXPECT_EQ(out, "0\n") << "no longer than for one run";
+}
+
 }  // namespace
 }  // namespace excelhost

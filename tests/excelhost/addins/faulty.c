@@ -78,13 +78,23 @@ F(int32_t) Hangs(void) {
     return 0;
 }
 
+/* Which of so many allocations failed, 0 for none. */
+F(int32_t) Allocates(int32_t count) {
+    for (int32_t i = 1; i <= count; ++i) {
+        void* volatile memory = i % 3 == 0 ? calloc(2, 8) : i % 3 == 1 ? malloc(16) : realloc(NULL, 16);
+        if (memory == NULL) return i;
+        free(memory);
+    }
+    return 0;
+}
+
 F(int) xlAutoOpen(void) {
     static const char* const functions[][2] = {
         {"Leaks", "J"},         {"FreesTwice", "J"},     {"FreesForeign", "J"}, {"WritesText", "JQ"},
         {"WritesNumber", "JE"}, {"WritesBeyond", "JC"},  {"GivesStack", "Q"},   {"GivesUnfreeable", "Q"},
         {"GivesNull", "Q"},     {"CoercesGarbage", "J"}, {"AlertsUser", "J"},   {"CrashesAtOnce", "J"},
-        {"Hangs", "J"},         {"Leaks", "QZ"},         {"Leaks", "%"},        {"NotThere", "Q"},
-        {"Leaks", "Q#$"},
+        {"Hangs", "J"},         {"Allocates", "JJ"},     {"Leaks", "QZ"},       {"Leaks", "%"},
+        {"NotThere", "Q"},      {"Leaks", "Q#$"},
     };
     const char* habit = getenv("FAULTY_OPENING");
     if (habit == NULL) habit = "";
