@@ -145,6 +145,11 @@ class ReportTest(unittest.TestCase):
         self.assertEqual(self.names()[-1], "xlAutoClose")
         self.assertLess(self.script("return document.querySelectorAll('*').length"), 3000)
 
+    def test_a_page_that_cannot_be_written_is_an_error_before_anything_is_played(self):
+        for place in ("/dev/full", self.folder.name + "/none/report.html"):
+            code, messages, _ = make_report(PROGRAM, self.folder.name, [["=Leaks()"]], FAULTY, "--report", place)
+            self.assertEqual((code, messages), (1, f"excelhost: the report {place} can't be written\n"))
+
     def test_both_schemes_are_readable(self):
         """The least contrast of any text in sight is that of WCAG's level AA."""
         self.open([["1", "pear"], ["=Leaks()", "=NA()"]], FAULTY)
