@@ -151,9 +151,10 @@ TEST(DispatchInvoke, EachTypeEncodesItsArgument) {
                 ElementsAre(Sent(VT_BSTR, text), Sent(VT_BSTR, 0), Sent(VT_BSTR, text), Sent(VT_BSTR, text)));
     SysFreeString(text);
     IDispatch* const itself = &object;
-    EXPECT_THAT(sent({VT_DISPATCH, VT_DISPATCH, VT_UNKNOWN}, itself, nullptr, static_cast<IUnknown*>(itself)),
+    EXPECT_THAT(sent({VT_DISPATCH, VT_DISPATCH, VT_UNKNOWN, VT_UNKNOWN}, itself, nullptr,
+                     static_cast<IUnknown*>(itself), itself),
                 ElementsAre(Sent(VT_DISPATCH, itself), Sent(VT_DISPATCH, 0),
-                            Sent(VT_UNKNOWN, static_cast<IUnknown*>(itself))));
+                            Sent(VT_UNKNOWN, static_cast<IUnknown*>(itself)), Sent(VT_UNKNOWN, itself)));
     DECIMAL decimal{};
     decimal.Lo64 = 99;
     EXPECT_THAT(sent({VT_DECIMAL}, &decimal), ElementsAre(Sent(VT_DECIMAL, 0)));
