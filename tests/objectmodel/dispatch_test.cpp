@@ -150,6 +150,12 @@ TEST(DispatchInvoke, EachTypeEncodesItsArgument) {
                      &variant),
                 ElementsAre(Sent(VT_BSTR, text), Sent(VT_BSTR, 0), Sent(VT_BSTR, text), Sent(VT_BSTR, text)));
     SysFreeString(text);
+    // Neither another error nor a number of the same bits is an omitted argument.
+    const VARIANT error = Made(VT_ERROR, E_FAIL), number = Made(VT_I4, DISP_E_PARAMNOTFOUND);
+    EXPECT_THAT(sent({OptionalParameter | VT_VARIANT, OptionalParameter | VT_VARIANT}, &number, &error),
+                ElementsAre(Sent(VT_I4, DISP_E_PARAMNOTFOUND), Sent(VT_ERROR, E_FAIL)));
+    EXPECT_THAT(sent({OptionalParameter | VT_VARIANT}, &number),
+                ElementsAre(Sent(VT_I4, DISP_E_PARAMNOTFOUND)));
     IDispatch* const itself = &object;
     EXPECT_THAT(sent({VT_DISPATCH, VT_DISPATCH, VT_UNKNOWN, VT_UNKNOWN}, itself, nullptr,
                      static_cast<IUnknown*>(itself), itself),
