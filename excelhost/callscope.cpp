@@ -1,7 +1,5 @@
 #include "excelhost/callscope.h"
 
-#include <utility>
-
 namespace excelhost {
 
 ThreadNotes& ThreadNotes::OfThisThread() noexcept {
@@ -10,11 +8,14 @@ ThreadNotes& ThreadNotes::OfThisThread() noexcept {
 }
 
 const CallScope* CallScope::Current() noexcept {
-    return ThreadNotes::OfThisThread().scope;
+    return ThreadNotes::OfThisThread().scope.load(std::memory_order_relaxed);
 }
 
 const CallScope* CallScope::Enter(const CallScope* scope) noexcept {
-    return std::exchange(ThreadNotes::OfThisThread().scope, scope);
+    std::atomic<const CallScope*>& current = ThreadNotes::OfThisThread().scope;
+    const CallScope* before = current.load(std::memory_order_relaxed);
+    current.store(scope, std::memory_order_release);
+    return before;
 }
 
 LastCalls& LastCalls::OfThisThread() noexcept {

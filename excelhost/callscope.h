@@ -8,8 +8,10 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -98,8 +100,9 @@ class LastCalls {
 // What is known of a thread. One object, so that whoever asks for the calls of a crashing thread finds its memory there
 // already.
 struct ThreadNotes {
-    const CallScope* scope = nullptr;  // null outside any
+    std::atomic<const CallScope*> scope = nullptr;  // null outside any
     LastCalls calls;
+    std::span<const ThreadNotes* const> awaited;  // the threads that it waits for, while it does
 
     // Another thread may look at it while the thread stands still.
     [[nodiscard]] static ThreadNotes& OfThisThread() noexcept;

@@ -27,8 +27,11 @@ Message& Message::operator<<(int number) noexcept {
 }
 
 bool AddLastWords(Message& message, const ThreadNotes& thread) noexcept {
-    const CallScope* scope = thread.scope;
-    if (scope == nullptr) return false;
+    const CallScope* scope = thread.scope.load(std::memory_order_acquire);
+    if (scope == nullptr) {
+        return std::any_of(thread.awaited.begin(), thread.awaited.end(),
+                           [&](const ThreadNotes* other) { return AddLastWords(message, *other); });
+    }
     message << "in " << scope->Name() << "; its last calls into Excel:";
     bool any = false;
     thread.calls.Each([&](const LastCall& call) {

@@ -23,8 +23,9 @@ class Message {
     std::size_t size_ = 0;
 };
 
-// Adds whose code runs on a thread, this one if none is given, and its last calls into Excel: "in xlAutoOpen of try.xll; its last calls into
-// Excel: xlGetName xlfRegister". False, and nothing is added, when no add-in's code runs there.
+// Adds whose code runs on a thread, this one if none is given, and its last calls into Excel: "in xlAutoOpen of
+// try.xll; its last calls into Excel: xlGetName xlfRegister". Where a thread waits for others it is the first of them
+// that runs an add-in's code. False, and nothing is added, when none does.
 // Takes neither memory nor a lock, for an add-in may have crashed where it holds both.
 [[nodiscard]] bool AddLastWords(Message& message,
                                 const ThreadNotes& thread = ThreadNotes::OfThisThread()) noexcept;

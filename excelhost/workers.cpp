@@ -1,5 +1,6 @@
 #include "excelhost/workers.h"
 
+#include "excelhost/callscope.h"
 #include "excelhost/machine/crashstack.h"
 
 #include <utility>
@@ -7,6 +8,7 @@
 namespace excelhost {
 
 Workers::Workers(std::size_t threads) {
+    notes_.reserve(threads);
     threads_.reserve(threads);
     for (std::size_t i = 1; i < threads; ++i) {
         threads_.emplace_back([this](const std::stop_token& stop) { Wait(stop); });
@@ -17,6 +19,7 @@ void Workers::Wait(const std::stop_token& stop) {
     const CrashStack stack;
     std::size_t done = 0;  // rounds
     std::unique_lock lock(mutex_);
+    notes_.push_back(&ThreadNotes::OfThisThread());
     while (begun_.wait(lock, stop, [&] { return job_ != nullptr && round_ != done; })) {
         done = round_;
         const Job& job = *job_;
@@ -52,7 +55,10 @@ void Workers::Share(std::size_t count, const Job& job) {
     Work(job);
     std::unique_lock lock(mutex_);
     job_ = nullptr;
+    ThreadNotes& own = ThreadNotes::OfThisThread();
+    own.awaited = notes_;
     ended_.wait(lock, [&] { return busy_ == 0; });
+    own.awaited = {};
     if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
 }
 

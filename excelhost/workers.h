@@ -12,6 +12,8 @@
 
 namespace excelhost {
 
+struct ThreadNotes;
+
 class Workers {
   public:
     using Job = std::function<void(std::size_t number)>;
@@ -40,7 +42,8 @@ class Workers {
     std::size_t count_ = 0;
     std::atomic<std::size_t> next_ = 0;
     std::exception_ptr failure_;
-    std::vector<std::jthread> threads_;  // the first member to go
+    std::vector<const ThreadNotes*> notes_;  // of the threads
+    std::vector<std::jthread> threads_;      // the first member to go
 };
 
 }  // namespace excelhost

@@ -69,8 +69,8 @@ std::string_view CrashName(int number) noexcept {
 void OnSignal(int number) {
     static thread_local bool is_told = false;
     if (!std::exchange(is_told, true)) EndInAddIn(CrashName(number));
-    std::signal(number, SIG_DFL);
-    raise(number);
+    (void)std::signal(number, SIG_DFL);
+    (void)raise(number);
 }
 
 }  // namespace
@@ -91,7 +91,7 @@ void GuardAgainstAddIns() {
         action.sa_flags = SA_ONSTACK | SA_NODEFER;
         sigaction(number, &action, nullptr);
     }
-    std::atexit(OnExit);
+    (void)std::atexit(OnExit);
 }
 
 void EndAfter(std::uint64_t seconds) {
@@ -108,7 +108,7 @@ bool ErrorsGoToTerminal() noexcept {
 }
 
 void PrepareStreams() {
-    std::signal(SIGPIPE, SIG_IGN);
+    (void)std::signal(SIGPIPE, SIG_IGN);
 }
 
 }  // namespace excelhost

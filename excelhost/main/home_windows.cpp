@@ -40,17 +40,13 @@ void End(std::string_view message, int code) {
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
 }
 
-// Nothing when it wasn't an add-in's code that ended the program. The message isn't on the stack, of which a page
-// may be all that is left.
+// Nothing when it wasn't an add-in's code that ended the program.
 void EndInAddIn(std::string_view how) {
-    static constinit Message message;
-    WaitForTurn();
+    Message message;
     message << "excelhost: " << how << " ";
-    if (!AddLastWords(message)) {
-        is_ending.clear();
-        return;
-    }
+    if (!AddLastWords(message)) return;
     message << "\n";
+    WaitForTurn();
     End(message.Text(), kAddInDied);
 }
 
@@ -97,15 +93,36 @@ void OnAbort(int) {
     EndInAddIn("abort was called");
 }
 
+// A crash is told by a thread of its own, which waits for one: where a stack has overflowed there is no room.
+struct Crash {
+    HANDLE happened = nullptr;  // null when nobody waits
+    const ThreadNotes* notes = nullptr;
+    DWORD code = 0;
+} crash;
+
+DWORD WINAPI TellCrash(void*) {
+    if (crash.happened != nullptr) WaitForSingleObject(crash.happened, INFINITE);
+    std::array<char, 9> code{};
+    (void)snprintf(code.data(), code.size(), "%08lX", crash.code);
+    Message message;
+    message << "excelhost: a crash (exception " << code.data() << ") ";
+    (void)AddLastWords(message, *crash.notes);
+    message << "\n";
+    End(message.Text(), kAddInDied);
+    return 0;
+}
+
 LONG WINAPI OnException(EXCEPTION_POINTERS* exception) {
-    if (exception->ExceptionRecord->ExceptionCode == kExportFailureCode) {
-        EndInFailure(*exception->ExceptionRecord);
-    }
-    char crash[] = "a crash (exception 00000000)";
-    DWORD code = exception->ExceptionRecord->ExceptionCode;
-    for (std::size_t digit = sizeof crash - 3; code != 0; code >>= 4)
-        crash[digit--] = "0123456789ABCDEF"[code & 0xF];
-    EndInAddIn(crash);
+    const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
+    if (record.ExceptionCode == kExportFailureCode) EndInFailure(record);
+    const ThreadNotes& notes = ThreadNotes::OfThisThread();
+    if (notes.scope == nullptr) return EXCEPTION_CONTINUE_SEARCH;
+    WaitForTurn();
+    crash.notes = &notes;
+    crash.code = record.ExceptionCode;
+    if (crash.happened == nullptr) TellCrash(nullptr);
+    SetEvent(crash.happened);
+    Sleep(INFINITE);
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
@@ -129,6 +146,12 @@ std::filesystem::path OwnFolder() {
 
 void GuardAgainstAddIns() {
     static const CrashStack stack;
+    crash.happened = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    if (const HANDLE thread = CreateThread(nullptr, 0, TellCrash, nullptr, 0, nullptr)) {
+        CloseHandle(thread);
+    } else {
+        crash.happened = nullptr;
+    }
     SetUnhandledExceptionFilter(OnException);
     std::signal(SIGABRT, OnAbort);
     std::atexit(OnExit);

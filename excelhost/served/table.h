@@ -47,8 +47,8 @@ enum class From : unsigned char {
 struct ServedFunction {
     int number;
     std::string_view name;
-    std::size_t fewest;  // operands
-    std::size_t most;
+    unsigned char fewest;  // operands
+    unsigned char most;
     From from;
     // Locks what it needs of the state itself, so that no lock is held while an add-in's or a workbook's code
     // runs.

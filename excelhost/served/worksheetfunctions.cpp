@@ -148,8 +148,8 @@ ServedFunction RowOf() {
     static const Builtin& builtin = BuiltinNamed(kFunctions[Row].name);
     return {kFunctions[Row].number,
             kFunctions[Row].traceName,
-            builtin.fewest,
-            std::min<std::size_t>(builtin.most, 255),
+            static_cast<unsigned char>(builtin.fewest),
+            static_cast<unsigned char>(std::min<std::size_t>(builtin.most, 255)),
             From::Anywhere,
             [](HostState& state, Operands operands) { return Call(state, builtin, operands); }};
 }

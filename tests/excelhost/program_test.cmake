@@ -92,7 +92,14 @@ foreach(ending IN ITEMS Crashes Overflows)
   endif()
 endforeach()
 
-# So is one that doesn't come to an end, when its time is up.
+# So is one that doesn't come to an end, when its time is up; on another thread too, for which the main one waits.
+string(REPEAT "=HangsElsewhere(1)\n" 40 formulas)
+file(WRITE "${SCRATCH}/threads.csv" "${formulas}")
+execute_process(COMMAND ${EMULATOR} "${PROGRAM}" run "${SCRATCH}/threads.csv" --addin "${THREADS}" --threads 2 --timeout 1
+  OUTPUT_VARIABLE out ERROR_VARIABLE err RESULT_VARIABLE code)
+if(NOT code EQUAL 5 OR NOT err MATCHES "the time is up in 'HangsElsewhere' of threads.xll; its last calls ")
+  message(FATAL_ERROR "a hang elsewhere: exit code ${code}, message '${err}'")
+endif()
 execute_process(COMMAND ${EMULATOR} "${PROGRAM}" eval "${FAULTY}" "Hangs()" --timeout 1
   OUTPUT_VARIABLE out ERROR_VARIABLE err RESULT_VARIABLE code)
 if(NOT code EQUAL 5 OR NOT err MATCHES "the time is up in 'Hangs' of faulty.xll; its last calls .* xlGetName\n")

@@ -2,8 +2,14 @@
 #include "xll.h"
 
 #include <stdatomic.h>
-#ifndef _WIN32
+#ifdef _WIN32
+#define THIS_THREAD (uintptr_t) GetCurrentThreadId()
+#define YIELD SwitchToThread
+#else
+#include <pthread.h>
 #include <sched.h>
+#define THIS_THREAD (uintptr_t) pthread_self()
+#define YIELD sched_yield
 #endif
 
 #define F(type) XLL_EXPORT type XLL_CALL
@@ -20,11 +26,7 @@ F(int32_t) Meets(double a) {
     (void)a;
     atomic_fetch_add(&begun, 1);
     for (int32_t i = 0; i < 20000000 && atomic_load(&begun) < 2; ++i) {
-#ifdef _WIN32
-        SwitchToThread();
-#else
-        sched_yield();
-#endif
+        YIELD();
     }
     return atomic_load(&begun) >= 2;
 }
@@ -70,7 +72,20 @@ F(int32_t) Overflows(double a) {
     return deeper(&room);
 }
 
+/* Doesn't come to an end on any thread but the main one, which lets another one in first. */
+static uintptr_t mainThread;
+F(int32_t) HangsElsewhere(double a) {
+    static atomic_int isElsewhere;
+    const int hangs = THIS_THREAD != mainThread;
+    (void)a;
+    if (hangs) atomic_store(&isElsewhere, 1);
+    while (hangs || !atomic_load(&isElsewhere)) YIELD();
+    return 1;
+}
+
 F(int) xlAutoOpen(void) {
+    mainThread = THIS_THREAD;
+    RegisterAs("HangsElsewhere", "JB$");
     RegisterAs("Counts", "J!");
     RegisterAs("Meets", "JB$");
     RegisterAs("Asks", "BU$");
