@@ -175,6 +175,8 @@ int Play(const SessionOptions& options, const Act& act, Surroundings& around) {
         if (report) report->GiveUp(host, error.what());
         throw;
     }
+    const int code = act.tell(host);
+    around.out.flush();
     if (options.failAllocation > 0) {
         const std::uint64_t seen = AllocationsSeen();
         around.err << "excelhost: the add-in allocated " << seen << " times"
@@ -182,8 +184,6 @@ int Play(const SessionOptions& options, const Act& act, Surroundings& around) {
                            ? ", none failed\n"
                            : ", of which number " + std::to_string(options.failAllocation) + " failed\n");
     }
-    const int code = act.tell(host);
-    around.out.flush();
     const Account account = host.GetAccount();
     if (options.trace || !account.Balanced()) around.err << "account: " << Describe(account) << '\n';
     const bool isFaulty = PrintFindings(host, around.err);
