@@ -116,6 +116,23 @@ void Ledger::Retire(const void* payload, Blocks blocks) {
     }
 }
 
+std::array<std::pair<std::string_view, std::size_t>, 12> NamedCounts(const Account& account) noexcept {
+    return {{
+        {"lent", account.lent},
+        {"lentAltered", account.lentAltered},
+        {"results", account.results},
+        {"failures", account.failures},
+        {"returned", account.returned},
+        {"allocated", account.allocated},
+        {"freed", account.freed},
+        {"leaked", account.Leaked()},
+        {"freedTwice", account.freedTwice},
+        {"foreign", account.foreign},
+        {"flagged", account.flagged},
+        {"unfreeable", account.unfreeable},
+    }};
+}
+
 std::string Describe(const Account& account) {
     const auto count = [](const char* name, std::size_t number) {
         return std::string(name) + " " + std::to_string(number);

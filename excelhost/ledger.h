@@ -5,6 +5,7 @@
 
 #include "excelhost/value.h"
 
+#include <array>
 #include <compare>
 #include <cstddef>
 #include <deque>
@@ -13,6 +14,7 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace excelhost {
@@ -46,6 +48,10 @@ struct Account {
 
 // One line for people, naming every count.
 [[nodiscard]] std::string Describe(const Account& account);
+
+// Each count by a name for programs, which stays.
+[[nodiscard]] std::array<std::pair<std::string_view, std::size_t>, 12> NamedCounts(
+    const Account& account) noexcept;
 
 // A value that never came back.
 struct Leak {

@@ -190,22 +190,8 @@ void AddFunction(JsonWriter& json, const Registration& function) {
 }
 
 void AddAccount(JsonWriter& json, const Account& account) {
-    const std::pair<const char*, std::size_t> counts[] = {
-        {"lent", account.lent},
-        {"lentAltered", account.lentAltered},
-        {"results", account.results},
-        {"failures", account.failures},
-        {"returned", account.returned},
-        {"allocated", account.allocated},
-        {"freed", account.freed},
-        {"leaked", account.Leaked()},
-        {"freedTwice", account.freedTwice},
-        {"foreign", account.foreign},
-        {"flagged", account.flagged},
-        {"unfreeable", account.unfreeable},
-    };
     json.Name("account").Open('{');
-    for (const auto& [name, count] : counts) json.Name(name).Number(count);
+    for (const auto& [name, count] : NamedCounts(account)) json.Name(name).Number(count);
     json.Close();
 }
 

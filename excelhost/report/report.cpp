@@ -36,22 +36,8 @@ std::string SheetLine(std::size_t index, const ReportedSheet& sheet) {
 }
 
 std::string JsonFrom(const Account& account) {
-    const std::pair<std::string_view, std::size_t> counts[] = {
-        {"lent", account.lent},
-        {"lentAltered", account.lentAltered},
-        {"results", account.results},
-        {"failures", account.failures},
-        {"returned", account.returned},
-        {"allocated", account.allocated},
-        {"freed", account.freed},
-        {"leaked", account.Leaked()},
-        {"freedTwice", account.freedTwice},
-        {"foreign", account.foreign},
-        {"flagged", account.flagged},
-        {"unfreeable", account.unfreeable},
-    };
     std::string json;
-    for (const auto& [name, count] : counts) {
+    for (const auto& [name, count] : NamedCounts(account)) {
         AppendJson(json += json.empty() ? '{' : ',', name);
         json += ":" + std::to_string(count);
     }
