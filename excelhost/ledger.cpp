@@ -9,6 +9,8 @@ namespace {
 
 constexpr int kPoison = 0xDD;
 constexpr std::size_t kRetiredLimit = std::size_t{16} << 20;  // bytes
+// Small values take more for their keeping than they hold: a soak with many of them would look like a leak.
+constexpr std::size_t kRetiredValues = 10000;
 
 void ResetPointer(XLOPER12& record) noexcept {
     switch (TypeOf(record)) {
@@ -109,7 +111,7 @@ void Ledger::Retire(const void* payload, Blocks blocks) {
     retiredSize_ += value.size;
     retiredPayloads_.insert(payload);
     retired_.push_back(std::move(value));
-    while (retiredSize_ > kRetiredLimit && retired_.size() > 1) {
+    while ((retiredSize_ > kRetiredLimit || retired_.size() > kRetiredValues) && retired_.size() > 1) {
         retiredSize_ -= retired_.front().size;
         retiredPayloads_.erase(retired_.front().payload);
         retired_.pop_front();
