@@ -130,4 +130,19 @@ std::strong_ordering CompareTexts(TextView a, TextView b) noexcept {
         [](WCHAR x, WCHAR y) { return x == y ? std::strong_ordering::equal : Upper(x) <=> Upper(y); });
 }
 
+void AppendJson(std::string& json, std::string_view text) {
+    static constexpr std::string_view digits = "0123456789abcdef";
+    json += '"';
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20 || c == '<' || byte == 0x7F) {
+            ((json += "\\u00") += digits[byte >> 4]) += digits[byte & 0xF];
+        } else {
+            if (c == '"' || c == '\\') json += '\\';
+            json += c;
+        }
+    }
+    json += '"';
+}
+
 }  // namespace excelhost

@@ -38,4 +38,8 @@ using TextView = std::basic_string_view<WCHAR>;
 // the user's language; both agree on what is equal.
 [[nodiscard]] std::strong_ordering CompareTexts(TextView a, TextView b) noexcept;
 
+// Appends a text in UTF-8 as a string of JSON, quoted; "<" is escaped too, so that it may stand in a script of an HTML
+// page.
+void AppendJson(std::string& json, std::string_view text);
+
 }  // namespace excelhost

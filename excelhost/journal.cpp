@@ -1,5 +1,6 @@
 #include "excelhost/journal.h"
 
+#include "excelhost/characters.h"
 #include "excelhost/trace.h"
 
 #include <algorithm>
@@ -249,21 +250,6 @@ std::string DescribeAll(std::span<const Value> values) {
 
 std::string DescribeAll(std::span<const LPXLOPER12> records) {
     return Joined(records);
-}
-
-void AppendJson(std::string& json, std::string_view text) {
-    static constexpr std::string_view digits = "0123456789abcdef";
-    json += '"';
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || c == '<' || byte == 0x7F) {
-            ((json += "\\u00") += digits[byte >> 4]) += digits[byte & 0xF];
-        } else {
-            if (c == '"' || c == '\\') json += '\\';
-            json += c;
-        }
-    }
-    json += '"';
 }
 
 }  // namespace excelhost

@@ -154,7 +154,4 @@ class JournalCall {
 [[nodiscard]] std::string DescribeAll(std::span<const Value> values);
 [[nodiscard]] std::string DescribeAll(std::span<const LPXLOPER12> records);
 
-// A text in JSON, quoted, for a script in an HTML page: "<" is escaped too.
-void AppendJson(std::string& json, std::string_view text);
-
 }  // namespace excelhost

@@ -1,5 +1,7 @@
 #include "excelhost/commands/markup.h"
 
+#include "excelhost/characters.h"
+
 #include <array>
 #include <cstdio>
 
@@ -36,18 +38,9 @@ JsonWriter& JsonWriter::Name(std::string_view name) {
 }
 
 void JsonWriter::String(std::string_view text) {
-    std::string quoted = "\"";
-    for (const char c : text) {
-        if (c == '"' || c == '\\') {
-            quoted += '\\';
-            quoted += c;
-        } else if (static_cast<unsigned char>(c) < 0x20) {
-            quoted += Escaped(static_cast<unsigned char>(c));
-        } else {
-            quoted += c;
-        }
-    }
-    Item(quoted + "\"");
+    std::string quoted;
+    AppendJson(quoted, text);
+    Item(quoted);
 }
 
 void JsonWriter::Item(std::string_view text) {

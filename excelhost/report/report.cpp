@@ -1,5 +1,6 @@
 #include "excelhost/report/report.h"
 
+#include "excelhost/characters.h"
 #include "excelhost/lastwords.h"
 #include "excelhost/report/page.h"
 #include "excelhost/sheetfiles.h"
