@@ -150,25 +150,30 @@ TEST_F(Handshake, WithoutMemoryLeavesThreeFunctionsAndTheMarker) {
     ShakeHands();
     static BSTR text = nullptr;
     std::vector<std::size_t> faults;
-    faults.reserve(2);
+    faults.reserve(4);
     const std::int64_t left = support::BlocksLeftBy([&] {
         const auto check = [] {
             EXPECT_EQ(RegisteredFunctionIds.size(), 3u);
             EXPECT_EQ(FrugalHost::registered, RegisteredFunctionIds);
             EXPECT_TRUE(MarkerExists()) << "the new one stands before the old one goes";
         };
-        const auto attempt = [] {
+        const auto withTwo = [] {
             WhatLeaves([] { InitializeXlaInformationW(0, 0, 0, &text, 0, &text, 0); });
+        };
+        const auto withThree = [] {
+            WhatLeaves([] { InitializeXlaInformationVB(0, 0, 0, &text, 0, &text, 0, &text); });
         };
         for (const WCHAR* const passed : {static_cast<const WCHAR*>(nullptr), TEXT("text")}) {
             text = SysAllocString(passed);
-            faults.push_back(support::FailEachAllocation(attempt, check));
+            faults.push_back(support::FailEachAllocation(withTwo, check));
+            faults.push_back(support::FailEachAllocation(withThree, check));
             SysFreeString(text);
         }
     });
     EXPECT_EQ(left, 0);
     EXPECT_GE(faults.at(0), 5u);
-    EXPECT_EQ(faults.at(1), faults.at(0) + 2) << "both texts are read";
+    EXPECT_EQ(faults.at(2), faults.at(0) + 2) << "both texts are read";
+    EXPECT_EQ(faults.at(3), faults.at(1) + 3) << "all three";
     xlAutoClose();
     EXPECT_THAT(FrugalHost::registered, ElementsAre());
     EXPECT_EQ(FrugalHost::lent, 0);
