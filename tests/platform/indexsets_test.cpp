@@ -46,6 +46,15 @@ TEST(IndexSets, HaveThePublishedBytes) {
     EXPECT_EQ(UnpackIndexSet({9, 0, 0, 0x80, 1, 0}), (Values{7})) << "the largest need not be in the set";
 }
 
+// In order and dense they are gathered in registers, else set one by one: the bytes are the same.
+TEST(IndexSets, AreTheSameInAnyOrder) {
+    Values ordered;
+    for (std::int32_t value = 0; value < 3000; value += 1 + value * value % 5) ordered.push_back(value);
+    Values turned(ordered.rbegin(), ordered.rend());
+    EXPECT_EQ(PackIndexSet(ordered), PackIndexSet(turned));
+    EXPECT_EQ(UnpackIndexSet(PackIndexSet(ordered)), ordered);
+}
+
 // Each prefix of a set lacks something, as do headers that ask for more than there is or can be.
 TEST(IndexSets, ThatAreCutOffRaise) {
     for (const Values& values : {Values{100, 2000}, Values{20, 3, 1}}) {
