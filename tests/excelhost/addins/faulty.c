@@ -2,6 +2,9 @@
 #include "xll.h"
 
 #include <stdlib.h>
+#ifndef _WIN32
+#include <unistd.h>
+#endif
 
 #define F(type) XLL_EXPORT type XLL_CALL
 
@@ -70,10 +73,16 @@ F(int32_t) CrashesAtOnce(void) {
     return *(volatile int32_t*)nowhere;
 }
 
+/* In naps: a sanitizer hands on a signal where a thread waits. */
 F(int32_t) Hangs(void) {
     static volatile int32_t forever = 1;
     OwnName();
     while (forever) {
+#ifdef _WIN32
+        Sleep(1);
+#else
+        usleep(1000);
+#endif
     }
     return 0;
 }
