@@ -44,7 +44,7 @@ TEST_F(NativeFiles, OutsideATreeStayWhenItIsRemoved) {
 }
 
 // Under Wine, too, neither a pipe nor a socket is a file or a folder, and to open a pipe takes no writer. But Wine
-// deletes none of them, so that a tree that holds one stays, and makes none for a test.
+// deletes none of them, so that a tree that holds one stays.
 TEST_F(NativeFiles, OfOtherKindsAreNoFoldersAndNobodyWaitsForThem) {
     const auto& root = folder.Path();
     std::filesystem::create_directory(root / "tree");

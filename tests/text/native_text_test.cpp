@@ -51,6 +51,14 @@ TEST_F(Japanese, TokensCountWideUnits) {
     EXPECT_EQ(position, 11);
     EXPECT_TRUE(TokenizeQuotedA(text, "\\", position).IsEmpty());
     EXPECT_EQ(position, -1);
+
+    // Kana of one byte take none with them.
+    const CStringA kana = "\xb1\\\xb2\\\xb3";
+    position = 0;
+    for (const auto& [token, end] : {std::pair{"\xb1", 1}, {"\xb2", 3}, {"\xb3", 5}}) {
+        EXPECT_EQ(TokenizeQuotedA(kana, "\\", position), token);
+        EXPECT_EQ(position, end);
+    }
 }
 
 // Each of the texts is one run of bytes that could be the first or the second half of a character.

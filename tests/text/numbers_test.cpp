@@ -139,6 +139,9 @@ TEST(Columns, CountThroughTheirLetters) {
     for (const WCHAR* cursor : {TEXT("@`"), TEXT("["), TEXT("\x00e1"), static_cast<const WCHAR*>(nullptr)}) {
         EXPECT_EQ(ColumnIndexFromLetters(&cursor), noColumn);
     }
+    const char* word = "XFDA";  // a fourth letter is none of the column's
+    EXPECT_EQ(ColumnIndexFromLetters(&word), 16383);
+    EXPECT_STREQ(word, "A");
 }
 
 }  // namespace

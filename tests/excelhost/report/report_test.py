@@ -7,6 +7,7 @@ import unittest
 
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
+from selenium.webdriver.support.ui import WebDriverWait
 
 from browser import make_report, open_browser, set_dark
 
@@ -101,6 +102,7 @@ class ReportTest(unittest.TestCase):
         self.find("#fold").click()
         self.assertEqual(self.names(), ["xlAutoOpen", "Leaks", "FreesTwice", "xlAutoClose"][:len(self.names())])
         # From the beginning to where the first call has just begun.
+        WebDriverWait(self.browser, 30).until(lambda _: self.script("return document.querySelector('#list .lane span')"))
         self.script("""const share = parseFloat(document.querySelector('#list .lane span').style.left) / 100 + 0.003;
             const box = document.querySelector('.overview'), at = box.getBoundingClientRect();
             const send = (type, share) => box.dispatchEvent(new PointerEvent(type,
