@@ -7,6 +7,7 @@
 #include "excelhost/order.h"
 
 #include <exception>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -64,17 +65,21 @@ struct NamedSheet {
     Sheet* sheet = nullptr;
 };
 
+using CalculationProgress = std::function<void(std::size_t done, std::size_t all)>;
+
 // Calculates each formula once, after those that it refers to on any of the sheets, whose ids in the host count
 // from `firstId` on (1 whenever formulas refer to other sheets). They are the host's sheets for as long as they
 // live, the first one its current sheet at the end. Functions that aren't built in are the host's registered
-// ones, and what they have evaluated meanwhile sees these sheets; a missing one gives #NAME? and a fault in the result, as does a call with too many arguments. The
-// faults come sheet by sheet. SheetFaults for cells that refer to one another in a circle; then no value has
-// changed.
+// ones, and what they have evaluated meanwhile sees these sheets; a missing one gives #NAME? and a fault in the
+// result, as does a call with too many arguments. The faults come sheet by sheet. SheetFaults for cells that refer
+// to one another in a circle; then no value has changed.
 // Of several threads all calculate formulas whose functions are built in or registered as thread-safe; all others
 // are calculated by the calling thread, in the order that they have without more threads. The values are the same.
+// `progress` hears now and then how many of all formulas are done.
 [[nodiscard]] std::vector<std::vector<CellFault>> CalculateSheets(std::span<const NamedSheet> sheets,
                                                                   Host& host, IDSHEET firstId = 1,
-                                                                  std::size_t threads = 1);
+                                                                  std::size_t threads = 1,
+                                                                  const CalculationProgress& progress = {});
 
 // The table behind a file in UTF-8, as a sheet reads it. SheetFaults for what isn't one.
 [[nodiscard]] CsvTable ReadTable(std::string_view csv, RowLength length = RowLength::Equal);

@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <set>
+#include <span>
 #include <utility>
 
 namespace excelhost {
@@ -88,17 +90,24 @@ class SheetCalculation {
         }
     }
 
-    std::vector<std::vector<CellFault>> Run(std::size_t threads) {
+    std::vector<std::vector<CellFault>> Run(std::size_t threads, const CalculationProgress& progress) {
         const std::vector<std::uint32_t> order = FindersLast(OrderOf(formulas_, grids_, names_), formulas_);
         for (std::size_t i = 0; i < sheets_.size(); ++i) {
             host_.AddSheet(firstId_ + i, sheets_[i].name,
                            [grid = grids_[i]](const Area& area) { return grid->Read(area); });
         }
         const Evaluation evaluation(host_, grids_, names_, firstId_);
-        if (threads > 1) {
-            CalculateByMany(order, threads);
-        } else {
-            for (const std::uint32_t number : order) Calculate(number);
+        std::optional<Workers> workers;
+        if (threads > 1) workers.emplace(threads);
+        for (std::size_t done = 0; done < order.size();) {
+            const auto window = std::span(order).subspan(done, std::min(order.size() - done, kBatchWindow));
+            if (workers) {
+                CalculateByMany(window, *workers);
+            } else {
+                for (const std::uint32_t number : window) Calculate(number);
+            }
+            done += window.size();
+            if (progress) progress(done, order.size());
         }
         host_.SetCurrentSheet(firstId_);
         for (auto& ofSheet : faults_) {
@@ -111,26 +120,21 @@ class SheetCalculation {
 
   private:
     // While several threads calculate, no cell gets its value: an add-in may look at any.
-    void CalculateByMany(std::span<const std::uint32_t> order, std::size_t threads) {
-        Workers workers(threads);
+    void CalculateByMany(std::span<const std::uint32_t> window, Workers& workers) {
         std::vector<Value> values;
-        while (!order.empty()) {
-            const std::size_t count = std::min(order.size(), kBatchWindow);
-            for (const Batch& batch : BatchesOf(order.first(count), formulas_, grids_,
-                                                [&](const Formula& f) { return CanBeShared(f); })) {
-                if (!batch.isShared || batch.formulas.size() < kSmallBatch) {
-                    for (const std::uint32_t number : batch.formulas) Calculate(number);
-                    continue;
-                }
-                ShowSheet(batch.sheet);
-                values.resize(batch.formulas.size());
-                workers.Share(values.size(),
-                              [&](std::size_t i) { values[i] = ValueOf(formulas_[batch.formulas[i]]); });
-                for (std::size_t i = 0; i < values.size(); ++i) {
-                    Set(formulas_[batch.formulas[i]], std::move(values[i]));
-                }
+        for (const Batch& batch :
+             BatchesOf(window, formulas_, grids_, [&](const Formula& f) { return CanBeShared(f); })) {
+            if (!batch.isShared || batch.formulas.size() < kSmallBatch) {
+                for (const std::uint32_t number : batch.formulas) Calculate(number);
+                continue;
             }
-            order = order.subspan(count);
+            ShowSheet(batch.sheet);
+            values.resize(batch.formulas.size());
+            workers.Share(values.size(),
+                          [&](std::size_t i) { values[i] = ValueOf(formulas_[batch.formulas[i]]); });
+            for (std::size_t i = 0; i < values.size(); ++i) {
+                Set(formulas_[batch.formulas[i]], std::move(values[i]));
+            }
         }
     }
 
@@ -190,8 +194,9 @@ std::vector<CellFault> Sheet::Calculate(Host& host, IDSHEET id, TextView name) {
 }
 
 std::vector<std::vector<CellFault>> CalculateSheets(std::span<const NamedSheet> sheets, Host& host,
-                                                    IDSHEET firstId, std::size_t threads) {
-    return SheetCalculation(sheets, host, firstId).Run(threads);
+                                                    IDSHEET firstId, std::size_t threads,
+                                                    const CalculationProgress& progress) {
+    return SheetCalculation(sheets, host, firstId).Run(threads, progress);
 }
 
 }  // namespace excelhost

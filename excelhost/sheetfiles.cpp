@@ -86,10 +86,10 @@ std::vector<NamedSheet> SheetFiles::Named() {
     return named;
 }
 
-void SheetFiles::Calculate(Host& host, std::size_t threads) {
+void SheetFiles::Calculate(Host& host, std::size_t threads, const CalculationProgress& progress) {
     const std::vector<NamedSheet> named = Named();
     try {
-        faults_ = CalculateSheets(named, host, 1, threads);
+        faults_ = CalculateSheets(named, host, 1, threads, progress);
     } catch (const SheetFaults& circle) {
         faults_.resize(sheets_.size());
         faults_[circle.Sheet() - 1] = circle.All();

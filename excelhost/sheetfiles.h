@@ -42,7 +42,7 @@ class SheetFiles {
     [[nodiscard]] std::vector<NamedSheet> Named();
 
     // CalculateSheets, with the faults written to `err` by PrintFaults.
-    void Calculate(Host& host, std::size_t threads = 1);
+    void Calculate(Host& host, std::size_t threads = 1, const CalculationProgress& progress = {});
     // Writes the faults of the calculation; false when there are any.
     [[nodiscard]] bool PrintFaults(std::ostream& err) const;
     // The sheets for a report, with the fields of their files. They show the values of this object, which must live

@@ -1,5 +1,6 @@
 // excelhost run: sheets, calculated through the add-ins and printed.
 #include "excelhost/commands/play.h"
+#include "excelhost/commands/progress.h"
 #include "excelhost/functions/functions.h"
 #include "excelhost/program.h"
 #include "excelhost/sheetfiles.h"
@@ -73,7 +74,12 @@ int Run(const RunOptions& run, std::span<const std::string> operands, Surroundin
     SheetFiles sheets(operands, around.err);
     if (!sheets.Good()) return kBadInput;
     const auto threads = static_cast<std::size_t>(std::min(run.threads, kMostThreads));
-    const Act act{"the sheet is calculated", [&](Host& host) { sheets.Calculate(host, threads); },
+    const Act act{"the sheet is calculated",
+                  [&](Host& host) {
+                      ProgressBar bar(run.session.progress && around.errIsTerminal, "run", around.err);
+                      sheets.Calculate(host, threads,
+                                       [&](std::size_t done, std::size_t all) { bar.Set(done, all); });
+                  },
                   [&](Host&) {
                       if (sheets.Good()) sheets.Print(around.out);
                       around.out.flush();

@@ -47,6 +47,20 @@ TEST_F(CommandsTest, EvaluatesFormulasOfTheCommandLine) {
     }
 }
 
+TEST_F(CommandsTest, ABarOnATerminalIsWipedWhenTheValuesAreThere) {
+    const std::vector<std::string> options = {"--addin", TYPES_ADDIN, "--progress"};
+    EXPECT_EQ(RunSheet("=1+1\n=A1+1\n", options), kDone);
+    EXPECT_THAT(err, IsEmpty()) << "nobody looks on";
+    errIsTerminal = true;
+    for (const char* const threads : {"1", "2"}) {
+        std::vector<std::string> all = options;
+        all.insert(all.end(), {"--threads", threads});
+        EXPECT_EQ(RunSheet("=1+1\n=A1+1\n", all), kDone);
+        EXPECT_EQ(out, "2\n3\n");
+        EXPECT_THAT(err, AllOf(StartsWith("\rrun ["), HasSubstr("#] 100%"), EndsWith(" \r")));
+    }
+}
+
 TEST_F(CommandsTest, RepeatsAndWatchesMemory) {
     EXPECT_EQ(Run({"eval", TYPES_ADDIN, "TypeB(5,2)", "--repeat", "100"}), kDone);
     EXPECT_EQ(out, "3\n");

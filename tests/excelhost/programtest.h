@@ -28,6 +28,7 @@ class ProgramTest : public ::testing::Test {
         std::ostringstream outStream;
         std::ostringstream errStream;
         Surroundings around{own, outStream, errStream};
+        around.errIsTerminal = errIsTerminal;
         const int code = RunProgram(arguments, Commands(), around);
         out = outStream.str();
         err = errStream.str();
@@ -39,6 +40,7 @@ class ProgramTest : public ::testing::Test {
     }
 
     const support::Folder folder_;
+    bool errIsTerminal = false;
     std::string out;
     std::string err;
 };
