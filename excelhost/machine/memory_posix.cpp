@@ -17,7 +17,8 @@ std::size_t ResidentMemory() noexcept {
     close(file);
     char* rest = text.data();
     (void)std::strtoull(rest, &rest, 10);
-    return isRead ? std::strtoull(rest, nullptr, 10) * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) : 0;
+    const auto pages = static_cast<std::size_t>(std::strtoull(rest, nullptr, 10));
+    return isRead ? pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) : 0;
 }
 
 }  // namespace excelhost
