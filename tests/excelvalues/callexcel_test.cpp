@@ -190,4 +190,11 @@ TEST_F(CallExcelTest, TheVariadicCallPassesUpTo255OperandsThrough) {
     for (const int count : {0, 1}) EXPECT_EQ(Excel12With(count, &result, &operand, many), xlretFailed);
 }
 
+// Both sides of every test read them from one header, and so agree on wrong ones as well.
+TEST(CallExcel, FunctionsHaveTheirPublishedNumbers) {
+    const std::pair<int, int> numbers[] = {{xlfError, 84}, {xlfRegister, 149},  {xlfUnregister, 201},
+                                           {xlUDF, 255},   {xlSpecial, 0x4000}, {xlFree, 0x4000}};
+    for (const auto& [ours, published] : numbers) EXPECT_EQ(ours, published);
+}
+
 }  // namespace
