@@ -130,6 +130,11 @@ std::strong_ordering CompareTexts(TextView a, TextView b) noexcept {
         [](WCHAR x, WCHAR y) { return x == y ? std::strong_ordering::equal : Upper(x) <=> Upper(y); });
 }
 
+std::string Utf8From(const std::filesystem::path& path) {
+    const auto text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
 void AppendJson(std::string& json, std::string_view text) {
     static constexpr std::string_view digits = "0123456789abcdef";
     json += '"';

@@ -5,6 +5,7 @@
 
 #include <compare>
 #include <cstddef>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -37,6 +38,8 @@ using TextView = std::basic_string_view<WCHAR>;
 // The order of texts without regard to case: by the units of their upper case. Excel's own order is that of
 // the user's language; both agree on what is equal.
 [[nodiscard]] std::strong_ordering CompareTexts(TextView a, TextView b) noexcept;
+
+[[nodiscard]] std::string Utf8From(const std::filesystem::path& path);
 
 // Appends a text in UTF-8 as a string of JSON, quoted; "<" is escaped too, so that it may stand in a script of an HTML
 // page.

@@ -1,6 +1,7 @@
 #include "excelhost/session.h"
 
 #include "excelhost/callscope.h"
+#include "excelhost/characters.h"
 #include "excelhost/failure.h"
 #include "excelhost/lastwords.h"
 #include "excelhost/modulefile.h"
@@ -15,21 +16,16 @@ namespace {
 
 constexpr const char* kHandshake = "the handshake";
 
-std::string Shown(const std::filesystem::path& path) {
-    const auto text = path.u8string();
-    return {text.begin(), text.end()};
-}
-
 HMODULE Load(const std::filesystem::path& addIn) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(addIn, error)) {
-        throw AddInError("there is no add-in '" + Shown(addIn) + "'");
+        throw AddInError("there is no add-in '" + Utf8From(addIn) + "'");
     }
     const auto refuse = [&](const std::string& why) {
-        throw AddInError("the add-in '" + Shown(addIn) + "' can't be loaded: " + why);
+        throw AddInError("the add-in '" + Utf8From(addIn) + "' can't be loaded: " + why);
     };
     if (const std::string why = WrongKindOfModule(addIn); !why.empty()) refuse(why);
-    HMODULE module = LoadLibraryW(Wide(Shown(std::filesystem::absolute(addIn))).c_str());
+    HMODULE module = LoadLibraryW(Wide(Utf8From(std::filesystem::absolute(addIn))).c_str());
     if (module == nullptr) refuse(WhyNotLoaded(std::filesystem::absolute(addIn)));
     return module;
 }
@@ -77,10 +73,10 @@ Function Session::Export(const char* name) const {
 }
 
 Session::Session(Host& host, const std::filesystem::path& addIn, const std::function<void(HMODULE)>& loaded)
-    : module_(Load(addIn)), fileName_(Wide(Shown(addIn.filename()))) {
+    : module_(Load(addIn)), fileName_(Wide(Utf8From(addIn.filename()))) {
     try {
         host.AddModule(
-            Wide(Shown(std::filesystem::absolute(addIn))),
+            Wide(Utf8From(std::filesystem::absolute(addIn))),
             [module = module_](const char* name) { return GetProcAddress(module, name); }, module_);
         if (loaded) loaded(module_);
         Open();

@@ -1,5 +1,7 @@
 #include "excelhost/sheetfiles.h"
 
+#include "excelhost/characters.h"
+
 #include <algorithm>
 #include <fstream>
 #include <iterator>
@@ -8,11 +10,6 @@ namespace excelhost {
 namespace {
 
 constexpr std::size_t kMostShownFaults = 100;
-
-std::string Utf8From(const std::filesystem::path& path) {
-    const auto text = path.u8string();
-    return {text.begin(), text.end()};
-}
 
 }  // namespace
 

@@ -112,20 +112,18 @@ int Eval(EvalOptions& options, std::span<const std::string> operands, Surroundin
 Command EvalCommand() {
     const auto options = std::make_shared<EvalOptions>();
     std::vector<Option> all = {
-        ListOption("--sheet", "[NAME=]FILE.csv",
-                   "a sheet that the formulas may refer to; may be given several times", options->sheets),
+        SheetOption(options->sheets),
         CountOption(
             "--repeat", "N",
             "calculates all N times, tells the time and the resident memory at the start and at the end, "
             "and gives exit code 3 when it keeps growing",
             1, options->repeat),
     };
-    for (Option& option : OptionsOf(options->session)) all.push_back(std::move(option));
     return {"eval",
             "calculates formulas through an add-in and prints a value a line",
             {"ADDIN.xll FORMULA... [options]"},
             kDescription,
-            std::move(all),
+            WithSessionOptions(std::move(all), options->session),
             [options](std::span<const std::string> operands, Surroundings& around) {
                 return Eval(*options, operands, around);
             }};

@@ -110,4 +110,9 @@ std::string LineOf(const Value& value) {
     return text;
 }
 
+Option SheetOption(std::vector<std::string>& sheets) {
+    return ListOption("--sheet", "[NAME=]FILE.csv",
+                      "a sheet that the formulas may refer to; may be given several times", sheets);
+}
+
 }  // namespace excelhost

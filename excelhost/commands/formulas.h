@@ -2,6 +2,7 @@
 // refer to.
 #pragma once
 
+#include "excelhost/commandline.h"
 #include "excelhost/evaluation.h"
 #include "excelhost/sheetfiles.h"
 
@@ -65,5 +66,8 @@ class OpenFormulas {
 // A value on one line: texts as they are unless they break it, then quoted as in CSV; arrays as a formula writes
 // them, {1,"a";TRUE,#N/A}.
 [[nodiscard]] std::string LineOf(const Value& value);
+
+// --sheet, which gathers operands for Formulas.
+[[nodiscard]] Option SheetOption(std::vector<std::string>& sheets);
 
 }  // namespace excelhost

@@ -268,12 +268,11 @@ int Inspect(InspectOptions& options, std::span<const std::string> operands, Surr
 Command InspectCommand() {
     const auto options = std::make_shared<InspectOptions>();
     std::vector<Option> all = {SwitchOption("--json", "prints JSON, in UTF-8", options->json)};
-    for (Option& option : OptionsOf(options->session)) all.push_back(std::move(option));
     return {"inspect",
             "prints what an add-in registers, exports and asks of Excel",
             {"ADDIN.xll... [options]"},
             kDescription,
-            std::move(all),
+            WithSessionOptions(std::move(all), options->session),
             [options](std::span<const std::string> operands, Surroundings& around) {
                 return Inspect(*options, operands, around);
             }};

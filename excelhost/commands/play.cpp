@@ -24,18 +24,15 @@ class TraceWriter {
         if (err_ != nullptr || watch_) host.OnEntry([this](const Entry& entry) { Take(entry); });
     }
     void Milestone(const std::string& text) {
-        if (err_ != nullptr) Write("-- " + text);
+        const std::lock_guard lock(mutex_);
+        if (err_ != nullptr) *err_ << "-- " << text << '\n';
     }
 
   private:
     void Take(const Entry& entry) {
-        if (err_ != nullptr) Write(Describe(entry));
         const std::lock_guard lock(mutex_);
+        if (err_ != nullptr) *err_ << Describe(entry) << '\n';
         if (watch_) watch_(entry);
-    }
-    void Write(const std::string& line) {
-        const std::lock_guard lock(mutex_);
-        *err_ << line << '\n';
     }
 
     std::ostream* err_;

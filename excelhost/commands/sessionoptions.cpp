@@ -2,6 +2,7 @@
 
 #include <array>
 #include <string_view>
+#include <utility>
 
 namespace excelhost {
 
@@ -61,6 +62,11 @@ std::vector<Option> OptionsOf(SessionOptions& session) {
             "none: it introduces itself but can't be called, so its functions give #VALUE!",
             workbookNames, session.workbookName),
     };
+}
+
+std::vector<Option> WithSessionOptions(std::vector<Option> own, SessionOptions& session) {
+    for (Option& option : OptionsOf(session)) own.push_back(std::move(option));
+    return own;
 }
 
 }  // namespace excelhost

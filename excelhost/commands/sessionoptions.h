@@ -26,5 +26,7 @@ struct SessionOptions {
 
 // They set what they are read into, which must live as long as they do.
 [[nodiscard]] std::vector<Option> OptionsOf(SessionOptions& session);
+// A command's own, and these behind them.
+[[nodiscard]] std::vector<Option> WithSessionOptions(std::vector<Option> own, SessionOptions& session);
 
 }  // namespace excelhost

@@ -161,17 +161,15 @@ int Test(TestOptions& options, std::span<const std::string> operands, Surroundin
 Command TestCommand() {
     const auto options = std::make_shared<TestOptions>();
     std::vector<Option> all = {
-        ListOption("--sheet", "[NAME=]FILE.csv",
-                   "a sheet that the formulas may refer to; may be given several times", options->sheets),
+        SheetOption(options->sheets),
         TextOption("--junit", "FILE", "writes a report in JUnit's XML format, which build servers show",
                    options->junit),
     };
-    for (Option& option : OptionsOf(options->session)) all.push_back(std::move(option));
     return {"test",
             "compares what formulas give with a file of expected values (CSV)",
             {"ADDIN.xll CASES.csv [options]"},
             kDescription,
-            std::move(all),
+            WithSessionOptions(std::move(all), options->session),
             [options](std::span<const std::string> operands, Surroundings& around) {
                 return Test(*options, operands, around);
             }};

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cmath>
 #include <ctime>
+#include <mutex>
 
 namespace excelhost {
 namespace {
@@ -73,9 +74,13 @@ Value TimePart(const Given& given) {
 // The local time.
 Value Now(const Given&) {
     const std::time_t seconds = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    const std::tm* local = std::localtime(&seconds);
-    const double day = (local->tm_hour * 60 + local->tm_min) * 60 + local->tm_sec;
-    return SerialFrom(local->tm_year + 1900, local->tm_mon + 1, local->tm_mday).value_or(0) + day / 86400;
+    static std::mutex mutex;  // std::localtime has one place for all threads
+    const std::tm local = [&] {
+        const std::lock_guard lock(mutex);
+        return *std::localtime(&seconds);
+    }();
+    const double day = (local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec;
+    return SerialFrom(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday).value_or(0) + day / 86400;
 }
 
 Value Today(const Given& given) {

@@ -13,11 +13,6 @@ namespace {
 constexpr std::size_t kFieldsLimit = 450'000;
 constexpr std::size_t kValuesLimit = 350'000;
 
-std::string Utf8From(const std::filesystem::path& path) {
-    const auto text = path.u8string();
-    return {text.begin(), text.end()};
-}
-
 std::ofstream Create(const std::filesystem::path& path) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file << kPageHead;
