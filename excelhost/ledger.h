@@ -57,7 +57,7 @@ struct Account {
 struct Leak {
     std::string giver;                // "'TRY.ADD' of try.xll in a result of xlGetName"
     std::optional<std::size_t> call;  // in whose result it was, by its number in the journal, if one is kept
-    friend auto operator<=>(const Leak&, const Leak&) = default;
+    friend auto operator<=>(const Leak&, const Leak&) = default;  // NOLINT(modernize-use-nullptr)
 };
 
 // What is wrong with a record that is freed and can't be.

@@ -61,7 +61,7 @@ Decimal DecimalFrom(double magnitude, bool all) {
     for (const char c : text.substr(0, mark)) {
         if (IsDigit(c)) decimal.digits += c;
     }
-    decimal.exponent = std::atoi(text.data() + mark + 1) + 1;
+    decimal.exponent = static_cast<int>(std::strtol(text.data() + mark + 1, nullptr, 10)) + 1;
     return decimal;
 }
 

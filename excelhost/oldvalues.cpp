@@ -66,7 +66,7 @@ struct OldRecordMaker {
         const std::string ansi = AnsiFrom(text, kOldTextLimit);
         auto* bytes = reinterpret_cast<BYTE*>(blocks.emplace_back(ansi.size() + 2).Payload());
         bytes[0] = static_cast<BYTE>(ansi.size());
-        std::memcpy(bytes + 1, ansi.data(), ansi.size());
+        std::copy(ansi.begin(), ansi.end(), bytes + 1);
         XLOPER record = OfType(xltypeStr);
         record.val.str = bytes;
         return record;

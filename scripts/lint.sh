@@ -1,25 +1,60 @@
 #!/usr/bin/env bash
-# clang-format and clang-tidy over all of our sources; nothing may be left to say.
+# What the tools that read sources have to say of ours: nothing may be left.
 #
-#   scripts/lint.sh             everything
+#   scripts/lint.sh             everything: C++, shell, Python
 #   scripts/lint.sh FILE...     these sources
-#   scripts/lint.sh --fix       formats everything in place
+#   scripts/lint.sh --fix       formats all C++ in place
+#
+# scripts/setup.sh lint installs the tools. clang-tidy takes 4 to 20 seconds a source, so begin with what you touched.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+. scripts/progress.sh
 export LC_ALL=C.UTF-8
 
-if [ "${1:-}" = --fix ]; then
-  git ls-files '*.cpp' '*.h' | xargs -r clang-format -i
-  exit
-fi
-mapfile -t sources < <(if [ $# -gt 0 ]; then printf '%s\n' "$@"; else git ls-files '*.cpp' '*.h'; fi)
-clang-format --dry-run -Werror "${sources[@]}"
+case "${1:-}" in
+  -h|--help) help "$0"; exit ;;
+  --fix) git ls-files '*.cpp' '*.h' | xargs clang-format -i; exit ;;
+esac
+for tool in clang-format clang-tidy shellcheck pyflakes3; do
+  command -v "$tool" >/dev/null || { echo "lint.sh: $tool isn't installed; scripts/setup.sh lint does that" >&2; exit 2; }
+done
 
-# The rules for clang-tidy are for what we ship; a test may do what a fault needs.
+mapfile -t files < <(if [ $# -gt 0 ]; then printf '%s\n' "$@"; else git ls-files; fi)
+# these REGEX: the files whose names match.
+these() { printf '%s\n' "${files[@]}" | grep -E "$1" || true; }
+
+these '\.(cpp|h)$' | xargs -r clang-format --dry-run -Werror
+these '\.sh$|^\.ci/run$' | xargs -r shellcheck
+these '\.py$' | xargs -r pyflakes3
+
+# The rules for clang-tidy are for what we ship; a test may do what a fault needs. Sources that are compiled for
+# Windows alone are read with MinGW's headers.
+commands=build/lint
 cmake --preset native-asan >/dev/null
-mapfile -t checked < <(printf '%s\n' "${sources[@]}" | grep -E '\.cpp$' \
-  | grep -E '^(winapi|text|errors|automation|platform|objectmodel|excelvalues|addin|excelhost)/' \
-  | while read -r source; do grep -q "/$source\"" build/native-asan/compile_commands.json && echo "$source"; done)
-printf '%s\n' "${checked[@]}" | xargs -r -P "$(nproc)" -n 4 clang-tidy -p build/native-asan --quiet 2>/dev/null \
+cmake --preset win64 >/dev/null
+library=$(x86_64-w64-mingw32-g++-posix -print-file-name=include/c++)
+mkdir -p "$commands/native" "$commands/windows"
+cp build/native-asan/compile_commands.json "$commands/native/"
+sed -E 's/ -(fno-keep-inline-dllexport|Wno-restrict)//g' build/win64/compile_commands.json |
+  sed "s| -c | --target=x86_64-w64-mingw32 -isystem $library -isystem $library/x86_64-w64-mingw32 -c |" \
+    >"$commands/windows/compile_commands.json"
+
+read_by() { grep -q "/$2\"" "$commands/$1/compile_commands.json"; }
+checked=()
+while read -r source; do
+  for home in native windows; do
+    if read_by "$home" "$source"; then checked+=("$home" "$source"); break; fi
+  done
+done < <(these '^(winapi|text|errors|automation|platform|objectmodel|excelvalues|addin|excelhost)/.*\.cpp$')
+
+# tidy NUMBER HOME SOURCE
+tidy() {
+  echo "[$1/$total] $3"
+  clang-tidy -p "$commands/$2" --quiet "$3" 2>/dev/null
+}
+export -f tidy
+export commands total=$((${#checked[@]} / 2))
+for ((i = 0; i < total; ++i)); do printf '%s\n' $((i + 1)) "${checked[@]:i * 2:2}"; done |
+  xargs -r -P "$(nproc)" -n 3 bash -c 'tidy "$@"' tidy \
   || { echo "lint.sh: clang-tidy has something to say"; exit 1; }
-echo "lint: ${#sources[@]} files are clean"
+echo "lint: ${#files[@]} files are clean"

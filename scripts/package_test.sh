@@ -14,8 +14,8 @@ scratch=build/package/test
 rm -rf "$scratch"
 scripts/package.sh "$scratch/first" >/dev/null
 # Linked anew: the same objects in the same order have to give the same files.
-find build/package/win32 build/package/win64 build/package/native -name '*.xll' -o -name 'excelhost*' -type f -perm -u+x \
-  | xargs -r rm -f
+find build/package/win32 build/package/win64 build/package/native \
+  -type f \( -name '*.xll' -o -name 'excelhost*' -perm -u+x \) -delete
 scripts/package.sh "$scratch/second" >/dev/null
 check "both times the same to the byte" diff -r "$scratch/first" "$scratch/second"
 
@@ -49,5 +49,5 @@ for width in 32 64; do
 done
 check "the iris sheet on Linux" calculates examples/iris "$linux/bin/excelhost"
 WINEPREFIX=$KESTROLUMEN_WINEPREFIX wineserver -k >/dev/null 2>&1 || true
-ls -l "$windows"/*/kestrolumen.xll | awk '{ print $5 " bytes: " $NF }'
+stat -c '%s bytes: %n' "$windows"/*/kestrolumen.xll
 exit $((failed > 0))

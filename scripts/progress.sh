@@ -1,4 +1,5 @@
 # For scripts to source: long steps say what they do and how far they are.
+# shellcheck shell=bash
 
 # follow TITLE LOG COMMAND...: runs the command with its output in LOG and gives its status. On a terminal one line
 # shows how far it is; elsewhere a plain line tells the beginning, and further ones each half minute.
@@ -11,7 +12,7 @@ follow() {
   "$@" >"$log" 2>&1 || status=$?
   kill "$watcher" 2>/dev/null || true
   wait "$watcher" 2>/dev/null || true
-  if [ -t 2 ]; then printf '\r\033[K%s ... %s\n' "$title" "$([ $status -eq 0 ] && echo done || echo failed)" >&2; fi
+  if [ -t 2 ]; then printf '\r\033[K%s ... %s\n' "$title" "$([ $status -eq 0 ] && echo "done" || echo failed)" >&2; fi
   return $status
 }
 
@@ -35,7 +36,7 @@ show_progress() {
   done
 }
 tell_progress() {
-  local told= now seconds=0
+  local told='' now seconds=0
   echo "$1 ..." >&2
   while kill -0 $$ 2>/dev/null; do
     sleep 1

@@ -6,6 +6,7 @@
 #   scripts/setup.sh windows    build, the 32-bit native lane, MinGW and Wine
 #   scripts/setup.sh bench      build, and the rivals that the benchmarks measure against
 #   scripts/setup.sh package    build, MinGW, and what makes pages of the documentation
+#   scripts/setup.sh lint       build, MinGW, and what reads the sources
 #   scripts/setup.sh all        everything
 #
 # A package index that can't be fetched is told and ends nothing: a package that can't be installed does, by name.
@@ -19,7 +20,9 @@ build=(cmake ninja-build ccache g++ gdb googletest libffi-dev python3)
 native=("${build[@]}" chromium chromium-driver python3-selenium python3-yaml)
 # German, for the tests that no text depends on the locale.
 locales=(locales)
-sanitizers=(clang clang-tidy clang-format libclang-rt-14-dev)
+sanitizers=(clang libclang-rt-14-dev)
+# What reads sources: C++, shell and Python.
+lint=(clang clang-tidy clang-format shellcheck pyflakes3)
 native32=(g++-multilib)
 mingw=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix
   g++-mingw-w64-i686-win32 g++-mingw-w64-x86-64-win32)
@@ -35,9 +38,10 @@ case "$what" in
   bench)   packages=("${build[@]}" "${bench[@]}"); want_wine= ;;
   windows) packages=("${build[@]}" "${native32[@]}" "${mingw[@]}"); want_wine=1 ;;
   package) packages=("${build[@]}" "${mingw[@]}" "${pages[@]}"); want_wine= ;;
-  all)     packages=("${native[@]}" "${locales[@]}" "${sanitizers[@]}" "${native32[@]}" "${mingw[@]}" "${bench[@]}" "${pages[@]}"); want_wine=1 ;;
+  lint)    packages=("${build[@]}" "${mingw[@]}" "${lint[@]}"); want_wine= ;;
+  all)     packages=("${native[@]}" "${locales[@]}" "${sanitizers[@]}" "${lint[@]}" "${native32[@]}" "${mingw[@]}" "${bench[@]}" "${pages[@]}"); want_wine=1 ;;
   -h|--help) help "$0"; exit ;;
-  *) echo "setup.sh: '$what' is none of: native, build, windows, bench, package, all" >&2; exit 2 ;;
+  *) echo "setup.sh: '$what' is none of: native, build, windows, bench, package, lint, all" >&2; exit 2 ;;
 esac
 
 say() { echo "setup.sh: $*" >&2; }

@@ -37,7 +37,7 @@ done
 [ ${#lanes[@]} -gt 0 ] || lanes=(native)
 
 case "${lanes[*]}" in
-  native) scripts/setup.sh native ;;
+  native | lint) scripts/setup.sh "${lanes[0]}" ;;
   *) scripts/setup.sh all ;;
 esac
 
@@ -101,7 +101,7 @@ run_lane() {
   fi
   if [ "$lane" = lint ]; then
     if follow "lint: reading all sources" "$logs/lint" scripts/lint.sh; then passed=$((passed + 1)); else failed=$((failed + 1)); failures+=(lint); fi
-    cat "$logs/lint"
+    grep -vE '^\[[0-9]+/[0-9]+\] ' "$logs/lint" || true
     return
   fi
   local begun=$SECONDS built

@@ -62,7 +62,7 @@ class DoubleByteText {
     // processor foresees it, one step needn't wait for the table's answer to the one before.
     void Next() noexcept {
         const auto first = static_cast<unsigned char>(*at_);
-        if (first < 0x80) {
+        if (first < 0x80) {  // NOLINT(bugprone-branch-clone)
             ++at_;
         } else if (isLead_[first] && at_[1] != 0) {
             at_ += 2;

@@ -153,8 +153,8 @@ void GuardAgainstAddIns() {
         crash.happened = nullptr;
     }
     SetUnhandledExceptionFilter(OnException);
-    std::signal(SIGABRT, OnAbort);
-    std::atexit(OnExit);
+    (void)std::signal(SIGABRT, OnAbort);
+    (void)std::atexit(OnExit);
 }
 
 void EndAfter(std::uint64_t seconds) {
