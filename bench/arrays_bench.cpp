@@ -151,8 +151,9 @@ void StringsOurs(benchmark::State& state) {
 
 void StringsByHand(benchmark::State& state) {
     const std::vector<CStringW> strings(10000, CStringW(TEXT("a string of some length")));
+    SAFEARRAYBOUND bound{10000, 1};
     for (auto _ : state) {
-        const Array array(SafeArrayCreateVector(VT_BSTR, 1, 10000));
+        const Array array(SafeArrayCreate(VT_BSTR, 1, &bound));
         BSTR* next = static_cast<BSTR*>(array->pvData);
         for (const CStringW& text : strings) *next++ = SysAllocString(text);
         benchmark::DoNotOptimize(array->pvData);

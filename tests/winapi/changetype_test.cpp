@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr LCID englishUnitedStates = 0x0409;
-
 Variant R8(double number) {
     return {VT_R8, &VARIANT::dblVal, number};
 }
@@ -70,8 +68,8 @@ std::string Shown(const VARIANT& v) {
 // "over" for DISP_E_OVERFLOW, "-" for DISP_E_TYPEMISMATCH.
 std::string Converted(const VARIANT& source, int type, USHORT flags = 0) {
     Variant target;
-    const HRESULT hresult = VariantChangeTypeEx(&target, const_cast<VARIANT*>(&source), englishUnitedStates,
-                                                flags, static_cast<VARTYPE>(type));
+    const HRESULT hresult =
+        VariantChangeType(&target, const_cast<VARIANT*>(&source), flags, static_cast<VARTYPE>(type));
     if (hresult == DISP_E_OVERFLOW) return "over";
     if (hresult == DISP_E_TYPEMISMATCH) return "-";
     if (FAILED(hresult)) return "hresult " + std::to_string(hresult);

@@ -2,15 +2,20 @@
 
 #include "datetext.h"
 #include "numbertext.h"
+#include "valuebytes.h"
 #include "winapi/errorcodes.h"
 
 #include <cmath>
 #include <concepts>
+#include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
 #include <optional>
 #include <string>
-#include <utility>
+#include <type_traits>
+
+#include <strings.h>
 
 namespace {
 
@@ -35,38 +40,31 @@ Number NumberOf(const DECIMAL& value) noexcept {
     return (value.sign == 0 ? magnitude : -magnitude) / std::pow(Number{10}, int{value.scale});
 }
 
+// Hands `visit` the member that holds a number of this type; false for what is no whole or floating number.
+template <class Visitor>
+bool VisitNumber(VARTYPE type, Visitor visit) {
+    const auto is = [&](VARTYPE own, auto member) {
+        if (type == own) visit(member);
+        return type == own;
+    };
+    return is(VT_I1, &VARIANT::cVal) || is(VT_UI1, &VARIANT::bVal) || is(VT_I2, &VARIANT::iVal) ||
+           is(VT_UI2, &VARIANT::uiVal) || is(VT_BOOL, &VARIANT::boolVal) || is(VT_I4, &VARIANT::lVal) ||
+           is(VT_UI4, &VARIANT::ulVal) || is(VT_INT, &VARIANT::intVal) || is(VT_UINT, &VARIANT::uintVal) ||
+           is(VT_I8, &VARIANT::llVal) || is(VT_UI8, &VARIANT::ullVal) || is(VT_R4, &VARIANT::fltVal) ||
+           is(VT_R8, &VARIANT::dblVal) || is(VT_DATE, &VARIANT::date);
+}
+
+// VT_I1 is signed, whatever char is.
+template <class Field>
+using Value = std::conditional_t<std::is_same_v<Field, CHAR>, signed char, Field>;
+
 Number NumberOf(const VARIANT& source) {
+    Number number = 0;
+    const auto read = [&]<class Field>(Field VARIANT::*member) {
+        number = static_cast<Number>(static_cast<Value<Field>>(source.*member));
+    };
+    if (source.vt == VT_EMPTY || VisitNumber(source.vt, read)) return number;
     switch (source.vt) {
-        case VT_EMPTY:
-            return 0;
-        case VT_I1:
-            return static_cast<signed char>(source.cVal);
-        case VT_UI1:
-            return source.bVal;
-        case VT_I2:
-            return source.iVal;
-        case VT_UI2:
-            return source.uiVal;
-        case VT_BOOL:
-            return source.boolVal;
-        case VT_I4:
-            return source.lVal;
-        case VT_UI4:
-            return source.ulVal;
-        case VT_INT:
-            return source.intVal;
-        case VT_UINT:
-            return source.uintVal;
-        case VT_I8:
-            return source.llVal;
-        case VT_UI8:
-            return source.ullVal;
-        case VT_R4:
-            return source.fltVal;
-        case VT_R8:
-            return source.dblVal;
-        case VT_DATE:
-            return source.date;
         case VT_CY:
             return static_cast<Number>(source.cyVal.int64) / currencyUnits;
         case VT_DECIMAL:
@@ -91,29 +89,12 @@ Integer Rounded(Number number) {
 // Whole numbers of the same width take over each other's bits; all others are converted by value.
 template <std::integral Integer>
 Integer Integral(const VARIANT& source) {
-    const auto width = [](VARTYPE vt) -> std::size_t {
-        switch (vt) {
-            case VT_I1:
-            case VT_UI1:
-                return 1;
-            case VT_I2:
-            case VT_UI2:
-                return 2;
-            case VT_I4:
-            case VT_UI4:
-            case VT_INT:
-            case VT_UINT:
-                return 4;
-            case VT_I8:
-            case VT_UI8:
-                return 8;
-            default:
-                return 0;
-        }
-    };
-    if (source.vt == VT_BOOL) return static_cast<Integer>(source.boolVal);
-    if (width(source.vt) == sizeof(Integer)) return static_cast<Integer>(source.llVal);
-    return Rounded<Integer>(NumberOf(source));
+    std::optional<Integer> bits;
+    VisitNumber(source.vt, [&]<class Field>(Field VARIANT::*member) {
+        const bool isTaken = sizeof(Field) == sizeof(Integer) || source.vt == VT_BOOL;
+        if (std::is_integral_v<Field> && isTaken) bits = static_cast<Integer>(source.*member);
+    });
+    return bits ? *bits : Rounded<Integer>(NumberOf(source));
 }
 
 double DoubleOf(const VARIANT& source) {
@@ -129,10 +110,7 @@ FLOAT Single(const VARIANT& source) {
 }
 
 DATE Date(const VARIANT& source) {
-    if (source.vt == VT_BSTR) {
-        const std::optional<double> days = winapi::DateFromText(Ascii(source.bstrVal));
-        return days ? *days : (Refuse(DISP_E_TYPEMISMATCH), 0);
-    }
+    if (source.vt == VT_BSTR) return winapi::DateFromText(Ascii(source.bstrVal));
     const double days = DoubleOf(source);
     if (!winapi::IsDate(days)) Refuse(DISP_E_OVERFLOW);
     return days;
@@ -140,11 +118,10 @@ DATE Date(const VARIANT& source) {
 
 VARIANT_BOOL Boolean(const VARIANT& source) {
     if (source.vt == VT_BSTR) {
-        std::string text = Ascii(source.bstrVal);
-        for (char& unit : text)
-            unit = static_cast<char>(unit >= 'A' && unit <= 'Z' ? unit + ('a' - 'A') : unit);
-        if (text == "true" || text == "#true#") return VARIANT_TRUE;
-        if (text == "false" || text == "#false#") return VARIANT_FALSE;
+        const std::string text = Ascii(source.bstrVal);
+        const auto is = [&](const char* word) { return strcasecmp(text.c_str(), word) == 0; };
+        if (is("true") || is("#true#")) return VARIANT_TRUE;
+        if (is("false") || is("#false#")) return VARIANT_FALSE;
     }
     return DoubleOf(source) == 0 ? VARIANT_FALSE : VARIANT_TRUE;
 }
@@ -171,10 +148,8 @@ std::string TextOf(const VARIANT& source, USHORT flags) {
         case VT_BOOL:
             if (flags & VARIANT_ALPHABOOL) return source.boolVal ? "True" : "False";
             return std::to_string(source.boolVal);
-        case VT_DATE: {
-            std::optional<std::string> text = winapi::TextFromDate(source.date);
-            return text ? *std::move(text) : (Refuse(DISP_E_OVERFLOW), std::string());
-        }
+        case VT_DATE:
+            return winapi::TextFromDate(source.date);
         case VT_CY:
             return CurrencyText(source.cyVal.int64);
         case VT_UI8:
@@ -204,76 +179,21 @@ void Interface(const VARIANT& source, REFIID iid, IUnknown** object) {
 
 // What a VT_BYREF points to, borrowed.
 VARIANT Dereferenced(const VARIANT& source) {
-    VARIANT value{};
-    value.vt = static_cast<VARTYPE>(source.vt & ~VT_BYREF);
     if (source.byref == nullptr) Refuse(E_INVALIDARG);
-    switch (value.vt) {
-        case VT_I1:
-        case VT_UI1:
-            value.bVal = *source.pbVal;
-            break;
-        case VT_I2:
-        case VT_UI2:
-        case VT_BOOL:
-            value.iVal = *source.piVal;
-            break;
-        case VT_I4:
-        case VT_UI4:
-        case VT_INT:
-        case VT_UINT:
-        case VT_R4:
-        case VT_ERROR:
-            value.lVal = *source.plVal;
-            break;
-        case VT_I8:
-        case VT_UI8:
-        case VT_R8:
-        case VT_CY:
-        case VT_DATE:
-            value.llVal = *source.pllVal;
-            break;
-        case VT_BSTR:
-            value.bstrVal = *source.pbstrVal;
-            break;
-        case VT_DISPATCH:
-            value.pdispVal = *source.ppdispVal;
-            break;
-        case VT_UNKNOWN:
-            value.punkVal = *source.ppunkVal;
-            break;
-        case VT_DECIMAL:
-            value.decVal = *source.pdecVal;
-            value.vt = VT_DECIMAL;
-            break;
-        case VT_VARIANT:
-            if (source.pvarVal->vt & VT_BYREF) {
-                // One step of indirection, not a chain of them.
-                if (source.pvarVal->vt == (VT_BYREF | VT_VARIANT)) Refuse(DISP_E_TYPEMISMATCH);
-                return Dereferenced(*source.pvarVal);
-            }
-            return *source.pvarVal;
-        default:
-            if (!(value.vt & VT_ARRAY)) Refuse(DISP_E_BADVARTYPE);
-            value.parray = *source.pparray;
+    const auto type = static_cast<VARTYPE>(source.vt & ~VT_BYREF);
+    if (type == VT_VARIANT) {
+        const VARIANT& inner = *source.pvarVal;
+        // One step of indirection, not a chain of them.
+        if (inner.vt == (VT_BYREF | VT_VARIANT)) Refuse(DISP_E_TYPEMISMATCH);
+        return inner.vt & VT_BYREF ? Dereferenced(inner) : inner;
     }
+    const std::size_t bytes = type & VT_ARRAY ? sizeof(SAFEARRAY*) : winapi::ValueBytes(type);
+    if (bytes == 0) Refuse(DISP_E_BADVARTYPE);
+    VARIANT value{};
+    std::memcpy(type == VT_DECIMAL ? static_cast<void*>(&value.decVal) : &value.llVal, source.byref, bytes);
+    value.vt = type;
     return value;
 }
-
-// One VARIANT that is cleared again unless it is taken.
-class Owned {
-  public:
-    Owned() noexcept { VariantInit(&value); }
-    Owned(const Owned&) = delete;
-    Owned& operator=(const Owned&) = delete;
-    ~Owned() { VariantClear(&value); }
-
-    [[nodiscard]] VARIANT* Receive() noexcept { return &value; }
-    [[nodiscard]] const VARIANT& Get() const noexcept { return value; }
-    [[nodiscard]] VARIANT Take() noexcept { return std::exchange(value, VARIANT{}); }
-
-  private:
-    VARIANT value;
-};
 
 VARIANT Converted(const VARIANT& source, USHORT flags, VARTYPE type);
 
@@ -281,70 +201,49 @@ VARIANT Converted(const VARIANT& source, USHORT flags, VARTYPE type);
 VARIANT DefaultProperty(IDispatch* object, USHORT flags, VARTYPE type) {
     if (object == nullptr) Refuse(DISP_E_BADVARTYPE);
     if (flags & VARIANT_NOVALUEPROP) Refuse(DISP_E_TYPEMISMATCH);
-    Owned value;
+    VARIANT value{};
+    const std::unique_ptr<VARIANT, decltype(&VariantClear)> owner(&value, VariantClear);
     DISPPARAMS none{};
-    if (FAILED(object->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, value.Receive(),
-                              nullptr, nullptr))) {
+    if (FAILED(object->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &value, nullptr,
+                              nullptr))) {
         Refuse(DISP_E_TYPEMISMATCH);
     }
-    return Converted(value.Get(), flags | VARIANT_NOVALUEPROP, type);
+    return Converted(value, flags | VARIANT_NOVALUEPROP, type);
 }
 
 bool IsScalar(VARTYPE type) noexcept {
     return type <= VT_DECIMAL || (type >= VT_I1 && type <= VT_UINT);
 }
 
+// The source in the type of a number's member.
+template <class Field>
+Field NumberAs(const VARIANT& source) {
+    if constexpr (std::is_integral_v<Field>) {
+        return static_cast<Field>(Integral<Value<Field>>(source));
+    } else if constexpr (std::is_same_v<Field, FLOAT>) {
+        return Single(source);
+    } else {
+        return DoubleOf(source);
+    }
+}
+
 // The source, no VT_BYREF, as a new VARIANT of another type.
 VARIANT Converted(const VARIANT& source, USHORT flags, VARTYPE type) {
+    VARIANT fresh{};
     if (source.vt == type) {
-        Owned copy;
-        Check(VariantCopy(copy.Receive(), &source));
-        return copy.Take();
+        Check(VariantCopy(&fresh, &source));
+        return fresh;
     }
     if (!IsScalar(type)) Refuse(type & (VT_ARRAY | VT_BYREF) ? DISP_E_TYPEMISMATCH : DISP_E_BADVARTYPE);
     if (source.vt == VT_ERROR || source.vt == VT_NULL || (source.vt & VT_ARRAY)) Refuse(DISP_E_TYPEMISMATCH);
     if (source.vt == VT_DISPATCH && type != VT_UNKNOWN) return DefaultProperty(source.pdispVal, flags, type);
 
-    VARIANT fresh{};
+    const auto convert = [&]<class Field>(Field VARIANT::*member) {
+        fresh.*member = NumberAs<Field>(source);
+    };
     switch (type) {
         case VT_EMPTY:
         case VT_NULL:
-            break;
-        case VT_I1:
-            fresh.cVal = static_cast<CHAR>(Integral<signed char>(source));
-            break;
-        case VT_UI1:
-            fresh.bVal = Integral<BYTE>(source);
-            break;
-        case VT_I2:
-            fresh.iVal = Integral<SHORT>(source);
-            break;
-        case VT_UI2:
-            fresh.uiVal = Integral<USHORT>(source);
-            break;
-        case VT_I4:
-            fresh.lVal = Integral<LONG>(source);
-            break;
-        case VT_UI4:
-            fresh.ulVal = Integral<ULONG>(source);
-            break;
-        case VT_INT:
-            fresh.intVal = Integral<INT>(source);
-            break;
-        case VT_UINT:
-            fresh.uintVal = Integral<UINT>(source);
-            break;
-        case VT_I8:
-            fresh.llVal = Integral<LONGLONG>(source);
-            break;
-        case VT_UI8:
-            fresh.ullVal = Integral<ULONGLONG>(source);
-            break;
-        case VT_R4:
-            fresh.fltVal = Single(source);
-            break;
-        case VT_R8:
-            fresh.dblVal = DoubleOf(source);
             break;
         case VT_CY:
             fresh.cyVal.int64 = Rounded<LONGLONG>(NumberOf(source) * currencyUnits);
@@ -365,7 +264,7 @@ VARIANT Converted(const VARIANT& source, USHORT flags, VARTYPE type) {
             Interface(source, IID_IUnknown, &fresh.punkVal);
             break;
         default:
-            Refuse(DISP_E_TYPEMISMATCH);
+            if (!VisitNumber(type, convert)) Refuse(DISP_E_TYPEMISMATCH);
     }
     fresh.vt = type;
     return fresh;
@@ -389,9 +288,4 @@ HRESULT WINAPI VariantChangeType(VARIANTARG* target, const VARIANTARG* source, U
     } catch (const std::bad_alloc&) {
         return E_OUTOFMEMORY;
     }
-}
-
-HRESULT WINAPI VariantChangeTypeEx(VARIANTARG* target, const VARIANTARG* source, LCID, USHORT flags,
-                                   VARTYPE type) {
-    return VariantChangeType(target, source, flags, type);
 }

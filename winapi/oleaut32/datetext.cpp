@@ -1,8 +1,16 @@
 #include "datetext.h"
 
-#include <charconv>
+#include "numbertext.h"
+#include "winapi/errorcodes.h"
+
 #include <chrono>
 #include <cmath>
+#include <cstdio>
+#include <ctime>
+#include <initializer_list>
+#include <string_view>
+
+#include <time.h>
 
 namespace winapi {
 
@@ -15,62 +23,21 @@ constexpr double firstDay = -657434;  // 1 January 100
 constexpr double lastDay = 2958466;   // the day after 31 December 9999
 constexpr int secondsPerDay = 86400;
 
-// Takes a date or time apart from the left; each step says whether the text went on so.
-class Reader {
-  public:
-    explicit Reader(std::string_view rest) noexcept : text(rest) {}
+// Reads the text's beginning by the first of the forms (strptime's) that it has, and gives what stands behind
+// it; null if it has none.
+const char* Read(const char* text, std::initializer_list<const char*> forms, std::tm& parts) noexcept {
+    for (const char* const form : forms) {
+        parts = {};
+        if (const char* const rest = strptime(text, form, &parts)) return rest;
+    }
+    return nullptr;
+}
 
-    bool Number(int& value) noexcept {
-        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-        if (error != std::errc() || value < 0) return false;
-        text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-        return true;
-    }
-    bool Skip(char unit) noexcept {
-        if (!text.starts_with(unit)) return false;
-        text.remove_prefix(1);
-        return true;
-    }
-    void Blanks() noexcept {
-        while (Skip(' ')) {
-        }
-    }
-    [[nodiscard]] bool AtEnd() const noexcept { return text.empty(); }
-
-    bool Date(sys_days& days) noexcept {
-        int first = 0;
-        int second = 0;
-        int third = 0;
-        if (!Number(first)) return false;
-        const char separator = text.starts_with('-') ? '-' : '/';
-        if (!Skip(separator) || !Number(second) || !Skip(separator) || !Number(third)) return false;
-        const bool yearFirst = separator == '-';
-        const year_month_day date = yearFirst ? year(first) / month(static_cast<unsigned>(second)) / third
-                                              : year(third) / month(static_cast<unsigned>(first)) / second;
-        if (!date.ok() || date.year() < year(100) || date.year() > year(9999)) return false;
-        days = date;
-        return true;
-    }
-
-    bool Time(int& seconds) noexcept {
-        int hour = 0;
-        int minute = 0;
-        int second = 0;
-        if (!Number(hour) || !Skip(':') || !Number(minute)) return false;
-        if (Skip(':') && !Number(second)) return false;
-        Blanks();
-        if (Skip('A') || Skip('P')) {
-            const bool afternoon = text.data()[-1] == 'P';
-            if (!Skip('M') || hour < 1 || hour > 12) return false;
-            hour = hour % 12 + (afternoon ? 12 : 0);
-        }
-        seconds = (hour * 60 + minute) * 60 + second;
-        return hour < 24 && minute < 60 && second < 60;
-    }
-
-  private:
-    std::string_view text;
-};
+template <class... Parts>
+std::string Printed(const char* form, Parts... parts) {
+    char text[32];
+    return {text, static_cast<std::size_t>(std::snprintf(text, sizeof text, form, parts...))};
+}
 
 }  // namespace
 
@@ -78,54 +45,53 @@ bool IsDate(double days) noexcept {
     return days > firstDay - 1 && days < lastDay;
 }
 
-std::optional<std::string> TextFromDate(double days) {
-    if (!IsDate(days)) return std::nullopt;
+std::string TextFromDate(double days) {
+    if (!IsDate(days)) Refuse(DISP_E_OVERFLOW);
     double wholeDays = std::trunc(days);
     auto seconds = static_cast<int>(std::lround(std::fabs(days - wholeDays) * secondsPerDay));
     if (seconds == secondsPerDay) {
         wholeDays += 1;
         seconds = 0;
     }
-    if (wholeDays >= lastDay) return std::nullopt;
+    if (wholeDays >= lastDay) Refuse(DISP_E_OVERFLOW);
 
+    const year_month_day date{dayZero + std::chrono::days(static_cast<int>(wholeDays))};
+    const int hour = seconds / 3600;
     std::string text;
     if (wholeDays != 0) {
-        const year_month_day date{dayZero + std::chrono::days(static_cast<int>(wholeDays))};
-        text = std::to_string(static_cast<unsigned>(date.month())) + '/' +
-               std::to_string(static_cast<unsigned>(date.day())) + '/' +
-               std::to_string(static_cast<int>(date.year()));
+        text = Printed("%u/%u/%d", static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                       static_cast<int>(date.year()));
     }
     if (seconds != 0 || wholeDays == 0) {
-        const auto twoDigits = [](int value) {
-            return std::string(value < 10 ? "0" : "") + std::to_string(value);
-        };
-        const int hour = seconds / 3600;
         if (!text.empty()) text += ' ';
-        text += std::to_string(hour % 12 == 0 ? 12 : hour % 12) + ':' + twoDigits(seconds / 60 % 60) + ':' +
-                twoDigits(seconds % 60) + (hour < 12 ? " AM" : " PM");
+        text += Printed("%d:%02d:%02d %s", hour % 12 == 0 ? 12 : hour % 12, seconds / 60 % 60, seconds % 60,
+                        hour < 12 ? "AM" : "PM");
     }
     return text;
 }
 
-std::optional<double> DateFromText(std::string_view text) noexcept {
-    sys_days date = dayZero;
-    int seconds = 0;
-    Reader reader(text);
-    reader.Blanks();
-    Reader timeOnly = reader;
-    if (reader.Date(date)) {
-        reader.Blanks();
-        if (!reader.AtEnd() && !reader.Time(seconds)) return std::nullopt;
-    } else {
-        reader = timeOnly;
-        if (!reader.Time(seconds)) return std::nullopt;
+double DateFromText(const std::string& text) {
+    std::tm date{}, time{};
+    const char* rest = text.c_str();
+    const char* const behindDate = Read(rest, {"%Y-%m-%d", "%m/%d/%Y"}, date);
+    if (behindDate != nullptr) rest = behindDate;
+    const char* const behindTime = Read(rest, {"%H:%M:%S ", "%H:%M "}, time);
+    if (behindTime != nullptr && (behindDate == nullptr || *rest == ' ')) {
+        const std::string_view half(behindTime);
+        const bool hasHalf = half == "AM" || half == "PM";
+        if (hasHalf && (time.tm_hour < 1 || time.tm_hour > 12)) Refuse(DISP_E_TYPEMISMATCH);
+        if (hasHalf) time.tm_hour = time.tm_hour % 12 + (half == "PM" ? 12 : 0);
+        rest = hasHalf ? half.end() : half.begin();
     }
-    reader.Blanks();
-    if (!reader.AtEnd()) return std::nullopt;
-
-    const auto days = static_cast<double>((date - dayZero).count());
-    const double time = static_cast<double>(seconds) / secondsPerDay;
-    return days < 0 ? days - time : days + time;
+    const year_month_day day = behindDate == nullptr
+                                   ? year_month_day(dayZero)
+                                   : year(date.tm_year + 1900) / (date.tm_mon + 1) / date.tm_mday;
+    if (*rest != '\0' || text.empty() || time.tm_sec > 59 || !day.ok() || day.year() < year(100)) {
+        Refuse(DISP_E_TYPEMISMATCH);
+    }
+    const auto days = static_cast<double>((sys_days(day) - dayZero).count());
+    const double ofDay = ((time.tm_hour * 60 + time.tm_min) * 60 + time.tm_sec) / double{secondsPerDay};
+    return days < 0 ? days - ofDay : days + ofDay;
 }
 
 }  // namespace winapi

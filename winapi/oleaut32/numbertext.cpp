@@ -3,11 +3,11 @@
 #include "winapi/dispatch.h"
 #include "winapi/errorcodes.h"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <string_view>
+#include <system_error>
 
 namespace winapi {
 
@@ -24,38 +24,19 @@ std::string Ascii(BSTR bstr) {
 
 template <std::floating_point Number>
 Number NumberFromText(BSTR bstr) {
-    static constexpr std::string_view digits = "0123456789";
     std::string text = Ascii(bstr);
     if (text.starts_with('+')) text.erase(0, 1);
     if (text.starts_with('-')) text.erase(1, text.find_first_not_of(' ', 1) - 1);
-    std::string_view rest = text;
-    if (rest.starts_with('-')) rest.remove_prefix(1);
-
-    const auto skipDigits = [&rest] {
-        const auto count = std::min(rest.find_first_not_of(digits), rest.size());
-        rest.remove_prefix(count);
-        return count;
-    };
-    auto count = skipDigits();
-    if (rest.starts_with('.')) {
-        rest.remove_prefix(1);
-        count += skipDigits();
-    }
-    bool whole = count > 0;
-    if (rest.starts_with('e') || rest.starts_with('E')) {
-        rest.remove_prefix(1);
-        if (rest.starts_with('+') || rest.starts_with('-')) rest.remove_prefix(1);
-        whole = whole && skipDigits() > 0;
-    }
-    if (!whole || !rest.empty()) Refuse(DISP_E_TYPEMISMATCH);
-
     Number value = 0;
-    if (std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc()) {
-        // Too far from 0, unless a negative exponent makes it too near to it.
-        if (text.find('-', 1) == std::string::npos) Refuse(DISP_E_OVERFLOW);
-        return 0;
-    }
-    return value;
+    const char* const last = text.data() + text.size();
+    const auto [end, error] = std::from_chars(text.data(), last, value);
+    // Names of what is no number are none here.
+    const bool isNumber = text.find_first_not_of("0123456789.eE+-") == std::string::npos;
+    if (error == std::errc::invalid_argument || end != last || !isNumber) Refuse(DISP_E_TYPEMISMATCH);
+    if (error == std::errc()) return value;
+    // Too far from 0, unless a negative exponent makes it too near to it.
+    if (text.find('-', 1) == std::string::npos) Refuse(DISP_E_OVERFLOW);
+    return 0;
 }
 
 template double NumberFromText<double>(BSTR);

@@ -1,6 +1,7 @@
 #include "safearraylayout.h"
 
 #include "safearrayelements.h"
+#include "valuebytes.h"
 #include "winapi/dispatch.h"
 #include "winapi/errorcodes.h"
 
@@ -14,7 +15,6 @@
 #include <utility>
 
 using winapi::Bounds;
-using winapi::Bytes;
 using winapi::ClearElements;
 using winapi::CopyElement;
 using winapi::HiddenIid;
@@ -31,12 +31,8 @@ constexpr std::size_t DescriptorBytes(UINT dimensions) noexcept {
     return offsetof(SAFEARRAY, rgsabound) + dimensions * sizeof(SAFEARRAYBOUND);
 }
 
-// Of a vector, whose data block follows in the same allocation, aligned for any element.
-constexpr std::size_t vectorDescriptorBytes = (DescriptorBytes(1) + 7) / 8 * 8;
-
-// Whether the data block was allocated for the array alone.
 bool OwnsBlock(SAFEARRAY* array) noexcept {
-    return (array->fFeatures & foreignBlock) == 0 && array->pvData != Bytes(array) + vectorDescriptorBytes;
+    return (array->fFeatures & foreignBlock) == 0;
 }
 
 // Bytes of the data block; nothing if 32 bits can't count them.
@@ -59,67 +55,19 @@ void* AllocateZeroed(std::size_t bytes) noexcept {
     return std::calloc(std::max(bytes, std::size_t{1}), 1);
 }
 
-// A descriptor, or a descriptor and its data block, of so many bytes, all zero but for the dimensions.
-SAFEARRAY* NewDescriptor(UINT dimensions, std::size_t bytes) noexcept {
-    auto* const block = static_cast<char*>(AllocateZeroed(prefixBytes + bytes));
-    if (block == nullptr) return nullptr;
-    auto* const array = reinterpret_cast<SAFEARRAY*>(block + prefixBytes);
-    array->cDims = static_cast<USHORT>(dimensions);
-    return array;
-}
-
-struct ElementType {
-    ULONG bytes;
-    USHORT features;
-};
-
-// 0 bytes for a type that no array can have.
-ElementType ElementTypeOf(VARTYPE type) noexcept {
+USHORT FeaturesOf(VARTYPE type) noexcept {
     switch (type) {
-        case VT_I1:
-        case VT_UI1:
-            return {1, FADF_HAVEVARTYPE};
-        case VT_I2:
-        case VT_UI2:
-        case VT_BOOL:
-            return {2, FADF_HAVEVARTYPE};
-        case VT_I4:
-        case VT_UI4:
-        case VT_INT:
-        case VT_UINT:
-        case VT_R4:
-        case VT_ERROR:
-            return {4, FADF_HAVEVARTYPE};
-        case VT_I8:
-        case VT_UI8:
-        case VT_R8:
-        case VT_CY:
-        case VT_DATE:
-            return {8, FADF_HAVEVARTYPE};
-        case VT_DECIMAL:
-            return {sizeof(DECIMAL), FADF_HAVEVARTYPE};
         case VT_BSTR:
-            return {sizeof(BSTR), FADF_HAVEVARTYPE | FADF_BSTR};
+            return FADF_HAVEVARTYPE | FADF_BSTR;
         case VT_VARIANT:
-            return {sizeof(VARIANT), FADF_HAVEVARTYPE | FADF_VARIANT};
+            return FADF_HAVEVARTYPE | FADF_VARIANT;
         case VT_UNKNOWN:
-            return {sizeof(void*), FADF_HAVEIID | FADF_UNKNOWN};
+            return FADF_HAVEIID | FADF_UNKNOWN;
         case VT_DISPATCH:
-            return {sizeof(void*), FADF_HAVEIID | FADF_DISPATCH};
+            return FADF_HAVEIID | FADF_DISPATCH;
         default:
-            return {0, 0};
+            return FADF_HAVEVARTYPE;
     }
-}
-
-void SetType(SAFEARRAY* array, VARTYPE type, const ElementType& element) noexcept {
-    array->cbElements = element.bytes;
-    array->fFeatures = element.features;
-    if ((element.features & FADF_HAVEIID) == 0) {
-        const ULONG wide = type;
-        std::memcpy(HiddenType(array), &wide, sizeof wide);
-        return;
-    }
-    std::memcpy(HiddenIid(array), type == VT_DISPATCH ? &IID_IDispatch : &IID_IUnknown, sizeof(IID));
 }
 
 bool IsLocked(SAFEARRAY* array) noexcept {
@@ -131,9 +79,10 @@ bool IsLocked(SAFEARRAY* array) noexcept {
 HRESULT WINAPI SafeArrayAllocDescriptor(UINT dimensions, SAFEARRAY** array) noexcept {
     if (array == nullptr) return E_POINTER;
     if (dimensions == 0 || dimensions > maxDimensions) return E_INVALIDARG;
-    SAFEARRAY* const fresh = NewDescriptor(dimensions, DescriptorBytes(dimensions));
-    if (fresh == nullptr) return E_OUTOFMEMORY;
-    *array = fresh;
+    auto* const block = static_cast<char*>(AllocateZeroed(prefixBytes + DescriptorBytes(dimensions)));
+    if (block == nullptr) return E_OUTOFMEMORY;
+    *array = reinterpret_cast<SAFEARRAY*>(block + prefixBytes);
+    (*array)->cDims = static_cast<USHORT>(dimensions);
     return S_OK;
 }
 
@@ -147,30 +96,22 @@ HRESULT WINAPI SafeArrayAllocData(SAFEARRAY* array) noexcept {
 }
 
 SAFEARRAY* WINAPI SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds) noexcept {
-    const ElementType element = ElementTypeOf(type);
     SAFEARRAY* array = nullptr;
-    if (element.bytes == 0 || FAILED(SafeArrayAllocDescriptor(dimensions, &array))) return nullptr;
-    SetType(array, type, element);
+    const ULONG bytes = winapi::ValueBytes(type);
+    if (bytes == 0 || FAILED(SafeArrayAllocDescriptor(dimensions, &array))) return nullptr;
+    array->cbElements = bytes;
+    array->fFeatures = FeaturesOf(type);
+    if ((array->fFeatures & FADF_HAVEIID) != 0) {
+        std::memcpy(HiddenIid(array), type == VT_DISPATCH ? &IID_IDispatch : &IID_IUnknown, sizeof(IID));
+    } else {
+        const ULONG wide = type;
+        std::memcpy(HiddenType(array), &wide, sizeof wide);
+    }
     std::reverse_copy(bounds, bounds + dimensions, array->rgsabound);
     if (FAILED(SafeArrayAllocData(array))) {
         SafeArrayDestroyDescriptor(array);
         return nullptr;
     }
-    return array;
-}
-
-SAFEARRAY* WINAPI SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG count) noexcept {
-    const ElementType element = ElementTypeOf(type);
-    const SAFEARRAYBOUND bound{count, lowerBound};
-    const std::optional<std::size_t> bytes = BlockBytes(element.bytes, {&bound, 1});
-    if (element.bytes == 0 || !bytes || *bytes > PTRDIFF_MAX - prefixBytes - vectorDescriptorBytes)
-        return nullptr;
-    SAFEARRAY* const array = NewDescriptor(1, vectorDescriptorBytes + *bytes);
-    if (array == nullptr) return nullptr;
-    SetType(array, type, element);
-    array->fFeatures |= FADF_CREATEVECTOR;
-    array->rgsabound[0] = bound;
-    array->pvData = Bytes(array) + vectorDescriptorBytes;
     return array;
 }
 
@@ -242,7 +183,7 @@ HRESULT WINAPI SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy) {
     std::memcpy(HiddenIid(fresh), HiddenIid(array), prefixBytes);
     std::ranges::copy(Bounds(array), fresh->rgsabound);
     fresh->cbElements = array->cbElements;
-    fresh->fFeatures = array->fFeatures & ~(foreignBlock | FADF_FIXEDSIZE | FADF_CREATEVECTOR);
+    fresh->fFeatures = array->fFeatures & ~(foreignBlock | FADF_FIXEDSIZE);
     made = SafeArrayAllocData(fresh);
 
     const std::size_t bytes = array->pvData == nullptr ? 0 : BlockBytes(array);

@@ -13,16 +13,12 @@ namespace winapi {
 constexpr std::size_t prefixBytes = sizeof(IID);
 constexpr USHORT interfaces = FADF_UNKNOWN | FADF_DISPATCH;  // what elements are
 
-inline char* Bytes(SAFEARRAY* array) noexcept {
-    return reinterpret_cast<char*>(array);
-}
-
 inline char* HiddenIid(SAFEARRAY* array) noexcept {
-    return Bytes(array) - prefixBytes;
+    return reinterpret_cast<char*>(array) - prefixBytes;
 }
 
 inline char* HiddenType(SAFEARRAY* array) noexcept {
-    return Bytes(array) - sizeof(ULONG);
+    return reinterpret_cast<char*>(array) - sizeof(ULONG);
 }
 
 // In descriptor order.

@@ -29,5 +29,3 @@
 //
 // Anything else: DISP_E_TYPEMISMATCH. A type that no VARIANT can have: DISP_E_BADVARTYPE. E_OUTOFMEMORY.
 HRESULT WINAPI VariantChangeType(VARIANTARG* target, const VARIANTARG* source, USHORT flags, VARTYPE type);
-HRESULT WINAPI VariantChangeTypeEx(VARIANTARG* target, const VARIANTARG* source, LCID locale, USHORT flags,
-                                   VARTYPE type);

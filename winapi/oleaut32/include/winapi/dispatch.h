@@ -4,7 +4,6 @@
 #include "winapi/variant.h"
 
 using DISPID = LONG;
-using MEMBERID = DISPID;
 
 struct ITypeInfo;
 
@@ -20,8 +19,6 @@ inline constexpr IID IID_IDispatch{0x00020400, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0
 #define DISPID_UNKNOWN (-1)
 #define DISPID_VALUE 0
 #define DISPID_PROPERTYPUT (-3)
-#define DISPID_NEWENUM (-4)
-#define DISPID_EVALUATE (-5)
 
 // The arguments of a call, the last one first; the first `cNamedArgs` of them go by the names given.
 struct DISPPARAMS {

@@ -9,7 +9,6 @@ struct SAFEARRAYBOUND {
     ULONG cElements;
     LONG lLbound;
 };
-using LPSAFEARRAYBOUND = SAFEARRAYBOUND*;
 
 struct SAFEARRAY {
     USHORT cDims;
@@ -19,7 +18,6 @@ struct SAFEARRAY {
     PVOID pvData;
     SAFEARRAYBOUND rgsabound[1];  // cDims of them
 };
-using LPSAFEARRAY = SAFEARRAY*;
 
 static_assert(offsetof(SAFEARRAY, pvData) == (sizeof(void*) == 4 ? 12 : 16));
 static_assert(offsetof(SAFEARRAY, rgsabound) == offsetof(SAFEARRAY, pvData) + sizeof(void*));
@@ -28,14 +26,13 @@ static_assert(offsetof(SAFEARRAY, rgsabound) == offsetof(SAFEARRAY, pvData) + si
 #define FADF_AUTO 0x0001
 #define FADF_STATIC 0x0002
 #define FADF_EMBEDDED 0x0004
-#define FADF_FIXEDSIZE 0x0010     // may not be resized
-#define FADF_HAVEIID 0x0040       // an IID stands in front of the descriptor
-#define FADF_HAVEVARTYPE 0x0080   // a VARTYPE stands in front of the descriptor
-#define FADF_BSTR 0x0100          // what the elements own, and the array therefore clears and copies
-#define FADF_UNKNOWN 0x0200       //
-#define FADF_DISPATCH 0x0400      //
-#define FADF_VARIANT 0x0800       //
-#define FADF_CREATEVECTOR 0x2000  // descriptor and data block were allocated together
+#define FADF_FIXEDSIZE 0x0010    // may not be resized
+#define FADF_HAVEIID 0x0040      // an IID stands in front of the descriptor
+#define FADF_HAVEVARTYPE 0x0080  // a VARTYPE stands in front of the descriptor
+#define FADF_BSTR 0x0100         // what the elements own, and the array therefore clears and copies
+#define FADF_UNKNOWN 0x0200      //
+#define FADF_DISPATCH 0x0400     //
+#define FADF_VARIANT 0x0800      //
 
 // Every HRESULT operation gives E_INVALIDARG for a null array or pointer unless it says otherwise, and
 // changes nothing where it fails.
@@ -49,11 +46,10 @@ HRESULT WINAPI SafeArrayAllocDescriptor(UINT dimensions, SAFEARRAY** array) noex
 HRESULT WINAPI SafeArrayAllocData(SAFEARRAY* array) noexcept;
 
 // A whole array with elements of a type that VARIANTs can hold, zero; `bounds` in Visual Basic's order, the
-// leftmost dimension first. A vector has one dimension, with descriptor and data in one block. Null for a type
-// that no array can have, for no dimensions, and when memory runs out. VT_RECORD is such a type here.
+// leftmost dimension first. Null for a type that no array can have, for no dimensions, and when memory runs
+// out. VT_RECORD is such a type here.
 [[nodiscard]] SAFEARRAY* WINAPI SafeArrayCreate(VARTYPE type, UINT dimensions,
                                                 SAFEARRAYBOUND* bounds) noexcept;
-[[nodiscard]] SAFEARRAY* WINAPI SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG count) noexcept;
 
 // DISP_E_ARRAYISLOCKED for a locked array. The data goes with all that its elements own; a block that isn't
 // the array's to free stays, zeroed. Null is S_OK but for SafeArrayDestroyData.

@@ -42,22 +42,12 @@ enum VARENUM : VARTYPE {
     VT_UI8 = 21,
     VT_INT = 22,
     VT_UINT = 23,
-    VT_VOID = 24,
-    VT_HRESULT = 25,
-    VT_PTR = 26,
-    VT_SAFEARRAY = 27,
-    VT_CARRAY = 28,
-    VT_USERDEFINED = 29,
     VT_LPSTR = 30,
     VT_LPWSTR = 31,
     VT_RECORD = 36,
     VT_CLSID = 72,
-    VT_VECTOR = 0x1000,
     VT_ARRAY = 0x2000,
     VT_BYREF = 0x4000,
-    VT_RESERVED = 0x8000,
-    VT_ILLEGAL = 0xFFFF,
-    VT_TYPEMASK = 0x0FFF,
 };
 
 // __extension__: nameless structures are Microsoft's and GCC's extension to C++.
@@ -100,20 +90,8 @@ struct VARIANT {
                 IUnknown* punkVal;
                 IDispatch* pdispVal;
                 SAFEARRAY* parray;
-                BYTE* pbVal;
-                SHORT* piVal;
                 LONG* plVal;
-                LONGLONG* pllVal;
-                FLOAT* pfltVal;
-                DOUBLE* pdblVal;
-                VARIANT_BOOL* pboolVal;
-                SCODE* pscode;
-                CY* pcyVal;
-                DATE* pdate;
                 BSTR* pbstrVal;
-                IUnknown** ppunkVal;
-                IDispatch** ppdispVal;
-                SAFEARRAY** pparray;
                 VARIANT* pvarVal;
                 PVOID byref;
                 CHAR cVal;
@@ -122,13 +100,6 @@ struct VARIANT {
                 ULONGLONG ullVal;
                 INT intVal;
                 UINT uintVal;
-                DECIMAL* pdecVal;
-                CHAR* pcVal;
-                USHORT* puiVal;
-                ULONG* pulVal;
-                ULONGLONG* pullVal;
-                INT* pintVal;
-                UINT* puintVal;
                 __extension__ struct {
                     PVOID pvRecord;
                     IRecordInfo* pRecInfo;
@@ -142,19 +113,6 @@ using VARIANTARG = VARIANT;
 
 static_assert(sizeof(CY) == 8 && sizeof(DECIMAL) == 16);
 static_assert(sizeof(VARIANT) == 8 + 2 * sizeof(void*));
-
-#define V_VT(variant) ((variant)->vt)
-#define V_I2(variant) ((variant)->iVal)
-#define V_I4(variant) ((variant)->lVal)
-#define V_R8(variant) ((variant)->dblVal)
-#define V_BSTR(variant) ((variant)->bstrVal)
-#define V_DISPATCH(variant) ((variant)->pdispVal)
-#define V_UNKNOWN(variant) ((variant)->punkVal)
-#define V_ERROR(variant) ((variant)->scode)
-#define V_BOOL(variant) ((variant)->boolVal)
-#define V_ARRAY(variant) ((variant)->parray)
-#define V_BYREF(variant) ((variant)->byref)
-#define V_VARIANTREF(variant) ((variant)->pvarVal)
 
 // Makes a VT_EMPTY of what was nothing before.
 void WINAPI VariantInit(VARIANTARG* variant) noexcept;
