@@ -4,9 +4,11 @@
 
 #include "winapi/version.h"
 
+#include <algorithm>
 #include <array>
 #include <span>
 #include <string_view>
+#include <vector>
 
 namespace winapi {
 
@@ -24,96 +26,60 @@ struct VersionFacts {
     std::span<const Text> texts;
 };
 
-// The bytes of a block; those behind `size` are not part of it.
-struct VersionBlock {
-    std::array<BYTE, 4096> bytes{};
-    std::size_t size = 0;
-};
+using VersionWords = std::vector<WORD>;
 
-namespace detail {
+// One node of the block: its size and its value's (a text's in units, any other's in bytes), whether it is a
+// text, its key, its value and other nodes, each of these at an even word.
+struct VersionNode {
+    VersionWords words;
 
-class VersionBlockWriter {
-  public:
-    // A node up to its value, which may be followed by children. Gives what EndNode wants.
-    constexpr std::size_t BeginNode(std::u16string_view key, std::size_t valueLength, bool isText) {
-        Align();
-        const std::size_t start = block_.size;
-        Word(0);
-        Word(valueLength);
-        Word(isText ? 1 : 0);
-        Text(key);
-        Align();
-        return start;
+    constexpr VersionNode(std::u16string_view key, bool isText, const VersionWords& value = {})
+        : words{0, static_cast<WORD>(value.size() * (isText ? 1 : sizeof(WORD))), WORD{isText}} {
+        words.insert(words.end(), key.begin(), key.end());
+        words.push_back(0);
+        Append(value);
     }
-    constexpr void EndNode(std::size_t start) { PutWord(start, block_.size - start); }
-
-    constexpr void Word(std::size_t value) {
-        PutWord(block_.size, value);
-        block_.size += sizeof(WORD);
-    }
-    constexpr void Dword(DWORD value) {
-        Word(value & 0xFFFF);
-        Word(value >> 16);
-    }
-    constexpr void Text(std::u16string_view text) {
-        for (const char16_t unit : text) Word(unit);
-        Word(0);
-    }
-    constexpr void TextNode(const VersionFacts::Text& text) {
-        const std::size_t start = BeginNode(text.name, text.value.size() + 1, true);
-        Text(text.value);
-        EndNode(start);
-    }
-
-    [[nodiscard]] constexpr const VersionBlock& Block() const noexcept { return block_; }
+    constexpr VersionNode& Add(const VersionNode& child) { return Append(child.words); }
 
   private:
-    constexpr void Align() { block_.size = (block_.size + 3) / 4 * 4; }
-    constexpr void PutWord(std::size_t at, std::size_t value) {
-        block_.bytes[at] = static_cast<BYTE>(value & 0xFF);
-        block_.bytes[at + 1] = static_cast<BYTE>(value >> 8);
+    constexpr VersionNode& Append(const VersionWords& part) {
+        if (words.size() % 2 != 0) words.push_back(0);
+        words.insert(words.end(), part.begin(), part.end());
+        words[0] = static_cast<WORD>(words.size() * sizeof(WORD));
+        return *this;
     }
-
-    VersionBlock block_;
 };
 
-}  // namespace detail
-
-constexpr VersionBlock MakeVersionBlock(const VersionFacts& facts) {
+constexpr VersionWords MakeVersionBlock(const VersionFacts& facts) {
     constexpr DWORD windows32OnNt = 0x40004;
-    detail::VersionBlockWriter writer;
-    const std::size_t root = writer.BeginNode(u"VS_VERSION_INFO", sizeof(VS_FIXEDFILEINFO), false);
     const auto number = [&](std::size_t high) {
         return DWORD{facts.number[high]} << 16 | facts.number[high + 1];
     };
+    VersionWords fixed;
     for (const DWORD value :
          {DWORD{VS_FFI_SIGNATURE}, DWORD{VS_FFI_STRUCVERSION}, number(0), number(2), number(0), number(2),
           DWORD{0x3F}, DWORD{0}, windows32OnNt, facts.fileType, DWORD{0}, DWORD{0}, DWORD{0}}) {
-        writer.Dword(value);
+        fixed.push_back(static_cast<WORD>(value & 0xFFFF));
+        fixed.push_back(static_cast<WORD>(value >> 16));
     }
-
-    const std::size_t strings = writer.BeginNode(u"StringFileInfo", 0, true);
-    const std::size_t table = writer.BeginNode(facts.languageAndCodePage, 0, true);
-    for (const VersionFacts::Text& text : facts.texts) writer.TextNode(text);
-    writer.EndNode(table);
-    writer.EndNode(strings);
-
-    const std::size_t variables = writer.BeginNode(u"VarFileInfo", 0, true);
-    const std::size_t translation = writer.BeginNode(u"Translation", 2 * sizeof(WORD), false);
-    writer.Word(facts.language);
-    writer.Word(facts.codePage);
-    writer.EndNode(translation);
-    writer.EndNode(variables);
-    writer.EndNode(root);
-    return writer.Block();
+    VersionNode table(facts.languageAndCodePage, true);
+    for (const VersionFacts::Text& text : facts.texts) {
+        VersionWords value(text.value.begin(), text.value.end());
+        value.push_back(0);
+        table.Add({text.name, true, value});
+    }
+    return VersionNode(u"VS_VERSION_INFO", false, fixed)
+        .Add(VersionNode(u"StringFileInfo", true).Add(table))
+        .Add(VersionNode(u"VarFileInfo", true).Add({u"Translation", false, {facts.language, facts.codePage}}))
+        .words;
 }
 
-// The block in as many bytes as it has.
+// A block in as many words as it has.
 template <std::size_t Size>
-constexpr std::array<BYTE, Size> Trimmed(const VersionBlock& block) {
-    std::array<BYTE, Size> bytes{};
-    for (std::size_t i = 0; i < Size; ++i) bytes[i] = block.bytes[i];
-    return bytes;
+constexpr std::array<WORD, Size> Fixed(const VersionWords& block) {
+    std::array<WORD, Size> words{};
+    std::copy(block.begin(), block.end(), words.begin());
+    return words;
 }
 
 }  // namespace winapi
