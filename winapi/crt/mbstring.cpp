@@ -1,59 +1,40 @@
 #include <cerrno>
 #include <atomic>
+#include <optional>
 
 #include "mbstring.h"
 #include "winapi/codepages.h"
 
 namespace {
 
-constexpr UINT noMultibytePage = 0;
-
-// The page when it is a double-byte one, else noMultibytePage; nothing if the runtime can't go by the page.
-bool MultibytePage(int codePage, UINT& page) noexcept {
-    UINT number = 0;
-    switch (codePage) {
-        case _MB_CP_SBCS:
-            page = noMultibytePage;
-            return true;
-        case _MB_CP_OEM:
-            number = GetOEMCP();
-            break;
-        case _MB_CP_ANSI:
-        case _MB_CP_LOCALE:
-            number = GetACP();
-            break;
-        default:
-            if (codePage <= CP_THREAD_ACP) return false;
-            number = static_cast<UINT>(codePage);
-    }
+// The page where it is a double-byte one, else 0, which has no lead bytes; nothing if the runtime can't go by
+// the page.
+std::optional<UINT> MultibytePage(int codePage) noexcept {
+    const UINT number = codePage == _MB_CP_ANSI ? GetACP() : static_cast<UINT>(codePage);
     CPINFO info;
-    if (GetCPInfo(number, &info) == FALSE || info.MaxCharSize > 2) return false;
-    page = info.MaxCharSize == 2 ? number : noMultibytePage;
-    return true;
+    if (codePage == CP_ACP || GetCPInfo(number, &info) == FALSE || info.MaxCharSize > 2) return std::nullopt;
+    return info.MaxCharSize == 2 ? number : 0;
 }
 
 std::atomic<UINT>& CurrentPage() noexcept {
-    static std::atomic<UINT> current = [] {
-        UINT page = noMultibytePage;
-        return MultibytePage(_MB_CP_ANSI, page) ? page : noMultibytePage;
-    }();
+    static std::atomic<UINT> current = MultibytePage(_MB_CP_ANSI).value_or(0);
     return current;
 }
 
 bool IsLead(unsigned char byte) noexcept {
     const UINT page = CurrentPage().load(std::memory_order_relaxed);
-    return page != noMultibytePage && IsDBCSLeadByteEx(page, byte) != FALSE;
+    return page != 0 && IsDBCSLeadByteEx(page, byte) != FALSE;
 }
 
 }  // namespace
 
 int _setmbcp(int codePage) noexcept {
-    UINT page = noMultibytePage;
-    if (!MultibytePage(codePage, page)) {
+    const std::optional<UINT> page = MultibytePage(codePage);
+    if (!page) {
         errno = EINVAL;
         return -1;
     }
-    CurrentPage() = page;
+    CurrentPage() = *page;
     return 0;
 }
 

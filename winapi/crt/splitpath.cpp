@@ -15,8 +15,7 @@ struct Field {
     }
     void Set(std::u16string_view part) const noexcept {
         if (text == nullptr || size == 0) return;
-        part.copy(text, part.size());
-        text[part.size()] = u'\0';
+        text[part.copy(text, part.size())] = u'\0';
     }
 };
 

@@ -37,17 +37,9 @@ std::atomic<UINT>& AnsiCodePage() {
     return codePage;
 }
 
-// The page behind the pseudo numbers.
+// The page behind the pseudo number.
 UINT Resolve(UINT codePage) noexcept {
-    switch (codePage) {
-        case CP_ACP:
-        case CP_THREAD_ACP:
-            return GetACP();
-        case CP_OEMCP:
-            return GetOEMCP();
-        default:
-            return codePage;
-    }
+    return codePage == CP_ACP ? GetACP() : codePage;
 }
 
 int Fail(DWORD error) noexcept {
@@ -116,12 +108,6 @@ UINT winapi::SetAnsiCodePage(UINT codePage) {
 
 UINT WINAPI GetACP() noexcept {
     return AnsiCodePage().load(std::memory_order_relaxed);
-}
-
-UINT WINAPI GetOEMCP() noexcept {
-    const UINT ansi = GetACP();
-    const CodePageFacts* const facts = winapi::FindFacts(ansi);
-    return facts->MaxCharSize() > 1 ? ansi : 437;
 }
 
 BOOL WINAPI GetCPInfo(UINT codePage, LPCPINFO info) noexcept {

@@ -38,12 +38,8 @@ std::u16string Expand(std::u16string_view source) {
 DWORD WINAPI ExpandEnvironmentStringsW(LPCWSTR source, LPWSTR buffer, DWORD size) noexcept {
     return winapi::AtBorder(DWORD{0}, [&] {
         const std::u16string text = Expand(source);
-        if (text.size() < size) {
-            text.copy(buffer, text.size());
-            buffer[text.size()] = u'\0';
-        } else if (size != 0) {
-            buffer[0] = u'\0';
-        }
+        const std::size_t told = text.size() < size ? text.size() : 0;
+        if (size != 0) buffer[text.copy(buffer, told)] = u'\0';
         return static_cast<DWORD>(text.size() + 1);
     });
 }

@@ -3,7 +3,6 @@
 #include "failure.h"
 
 #include <algorithm>
-#include <iterator>
 #include <string_view>
 
 using winapi::AtBorder;
@@ -16,10 +15,10 @@ struct Entry {
     std::u16string_view text;
 };
 
-// In the words of English Windows, in the order of the codes.
+// Of the codes that calls here give, and of Excel's automation; in the words of English Windows, in the order
+// of the codes.
 constexpr Entry entries[] = {
     {0, u"The operation completed successfully."},
-    {1, u"Incorrect function."},
     {2, u"The system cannot find the file specified."},
     {3, u"The system cannot find the path specified."},
     {4, u"The system cannot open the file."},
@@ -27,22 +26,15 @@ constexpr Entry entries[] = {
     {6, u"The handle is invalid."},
     {8, u"Not enough memory resources are available to process this command."},
     {13, u"The data is invalid."},
-    {14, u"Not enough memory resources are available to complete this operation."},
-    {15, u"The system cannot find the drive specified."},
     {18, u"There are no more files."},
-    {19, u"The media is write protected."},
-    {21, u"The device is not ready."},
     {24, u"The program issued a command but the command length is incorrect."},
     {31, u"A device attached to the system is not functioning."},
     {32, u"The process cannot access the file because it is being used by another process."},
-    {33, u"The process cannot access the file because another process has locked a portion of the file."},
-    {38, u"Reached the end of the file."},
     {50, u"The request is not supported."},
     {53, u"The network path was not found."},
     {80, u"The file exists."},
     {87, u"The parameter is incorrect."},
     {112, u"There is not enough space on the disk."},
-    {120, u"This function is not supported on this system."},
     {122, u"The data area passed to a system call is too small."},
     {123, u"The filename, directory name, or volume label syntax is incorrect."},
     {126, u"The specified module could not be found."},
@@ -56,8 +48,6 @@ constexpr Entry entries[] = {
     {259, u"No more data is available."},
     {267, u"The directory name is invalid."},
     {288, u"Attempt to release mutex not owned by caller."},
-    {995, u"The I/O operation has been aborted because of either a thread exit or an application request."},
-    {998, u"Invalid access to memory location."},
     {1004, u"Invalid flags."},
     {1018, u"Illegal operation attempted on a registry key that has been marked for deletion."},
     {1113, u"No mapping for the Unicode character exists in the target multi-byte code page."},
@@ -68,11 +58,8 @@ constexpr Entry entries[] = {
     {1407, u"Cannot find window class."},
     {1410, u"Class already exists."},
     {1411, u"Class does not exist."},
-    {1412, u"Class still has open windows."},
-    {1444, u"Invalid thread identifier."},
     {1812, u"The specified image file did not contain a resource section."},
     {1813, u"The specified resource type cannot be found in the image file."},
-    {1814, u"The specified resource name cannot be found in the image file."},
     {1815, u"The specified resource language ID cannot be found in the image file."},
     {0x80004001, u"Not implemented"},
     {0x80004002, u"No such interface supported"},
@@ -97,13 +84,9 @@ constexpr Entry entries[] = {
     {0x8002000F, u"Parameter not optional."},
 };
 
-constexpr bool Precedes(const Entry& entry, DWORD code) noexcept {
-    return entry.code < code;
-}
-
 std::u16string_view TextOf(DWORD code) {
     const DWORD unwrapped = code >> 16 == 0x8007 ? code & 0xFFFF : code;
-    const Entry* const found = std::lower_bound(std::begin(entries), std::end(entries), unwrapped, Precedes);
+    const Entry* const found = std::ranges::lower_bound(entries, unwrapped, {}, &Entry::code);
     if (found == std::end(entries) || found->code != unwrapped) throw Failure{ERROR_MR_MID_NOT_FOUND};
     return found->text;
 }
@@ -126,8 +109,7 @@ DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID, DWORD code, DWORD language, LP
         if (found.find(u'%') != found.npos) throw Failure{ERROR_INVALID_PARAMETER};
         const std::size_t length = found.size() + end.size();
         if (size <= length) throw Failure{ERROR_INSUFFICIENT_BUFFER};
-        found.copy(text, found.size());
-        end.copy(text + found.size(), end.size());
+        end.copy(text + found.copy(text, found.size()), end.size());
         text[length] = u'\0';
         return static_cast<DWORD>(length);
     });

@@ -218,18 +218,10 @@ HMODULE WINAPI GetModuleHandleW(LPCWSTR name) noexcept {
 DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR path, DWORD size) noexcept {
     return AtBorder(DWORD{0}, [&] {
         const std::u16string text = winapi::WindowsPath(ModuleOf(module).path);
-        if (text.size() < size) {
-            text.copy(path, text.size());
-            path[text.size()] = u'\0';
-            SetLastError(ERROR_SUCCESS);
-            return static_cast<DWORD>(text.size());
-        }
-        if (size != 0) {
-            text.copy(path, size - 1);
-            path[size - 1] = u'\0';
-        }
-        SetLastError(ERROR_INSUFFICIENT_BUFFER);
-        return size;
+        if (size != 0) path[text.copy(path, size - 1)] = u'\0';
+        const bool fits = text.size() < size;
+        SetLastError(fits ? ERROR_SUCCESS : ERROR_INSUFFICIENT_BUFFER);
+        return fits ? static_cast<DWORD>(text.size()) : size;
     });
 }
 

@@ -2,12 +2,8 @@
 
 #include "failure.h"
 
-#include <algorithm>
-#include <charconv>
-#include <cstdio>
 #include <fstream>
 #include <limits>
-#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,58 +16,28 @@ using winapi::Failure;
 
 namespace {
 
-// The figures of /proc/meminfo, in bytes; 0 for one that isn't there.
-class MemoryFigures {
-  public:
-    MemoryFigures() {
-        std::ifstream file("/proc/meminfo");
-        std::string name, rest;
-        for (DWORDLONG kibibytes = 0; file >> name >> kibibytes && std::getline(file, rest);) {
-            figures_[name] = kibibytes * 1024;
-        }
+// A figure of /proc/meminfo, in bytes; 0 for one that isn't there.
+DWORDLONG MemoryFigure(std::string_view name) {
+    std::ifstream file("/proc/meminfo");
+    DWORDLONG kibibytes = 0;
+    for (std::string word; file >> word;) {
+        if (word == name && file >> kibibytes) break;
     }
-    [[nodiscard]] DWORDLONG operator[](const char* name) const {
-        const auto found = figures_.find(name);
-        return found != figures_.end() ? found->second : 0;
-    }
-
-  private:
-    std::map<std::string, DWORDLONG> figures_;
-};
-
-DWORDLONG UsedAddressSpace() {
-    DWORDLONG pages = 0;
-    std::ifstream("/proc/self/statm") >> pages;
-    return pages * static_cast<DWORDLONG>(sysconf(_SC_PAGESIZE));
+    return kibibytes * 1024;
 }
 
 // ---- Processors ----------------------------------------------------------------------------------------
 
-// The numbers in the system's form of a set of processors, as "0-3,8".
-std::vector<unsigned> NumbersOf(std::string_view list) {
-    std::vector<unsigned> numbers;
-    const char* at = list.data();
-    const char* const end = at + list.size();
-    const auto take = [&](unsigned& number) {
-        const auto [stop, error] = std::from_chars(at, end, number);
-        at = stop;
-        return error == std::errc();
-    };
-    for (unsigned first = 0; take(first); ++at) {
-        unsigned last = first;
-        if (at != end && *at == '-' && (++at, !take(last))) break;
-        for (unsigned number = first; number <= last && last < 4096; ++number) numbers.push_back(number);
-        if (at == end || *at != ',') break;
-    }
-    return numbers;
-}
-
-ULONG_PTR MaskIn(const std::string& file) {
-    std::string list;
-    std::getline(std::ifstream(file), list);
+// The mask of a set of processors, which the system writes as "0-3,8".
+ULONG_PTR MaskIn(const std::string& path) {
+    std::ifstream file(path);
     ULONG_PTR mask = 0;
-    for (const unsigned number : NumbersOf(list)) {
-        if (number < std::numeric_limits<ULONG_PTR>::digits) mask |= ULONG_PTR{1} << number;
+    char sign = ',';
+    for (unsigned first = 0, next = 0; file >> next; file >> sign) {
+        if (sign == ',') first = next;
+        for (; first <= next && first < std::numeric_limits<ULONG_PTR>::digits; ++first) {
+            mask |= ULONG_PTR{1} << first;
+        }
     }
     return mask;
 }
@@ -107,22 +73,12 @@ void WINAPI GetNativeSystemInfo(LPSYSTEM_INFO info) noexcept {
 BOOL WINAPI GlobalMemoryStatusEx(LPMEMORYSTATUSEX status) noexcept {
     return AtBorder(FALSE, [&] {
         if (status->dwLength != sizeof *status) throw Failure{ERROR_INVALID_PARAMETER};
-        const MemoryFigures figures;
-        SYSTEM_INFO addresses;
-        GetSystemInfo(&addresses);
         MEMORYSTATUSEX facts{};
         facts.dwLength = sizeof facts;
-        facts.ullTotalPhys = figures["MemTotal:"];
-        facts.ullAvailPhys = figures["MemAvailable:"];
-        facts.ullTotalPageFile = facts.ullTotalPhys + figures["SwapTotal:"];
-        facts.ullAvailPageFile = facts.ullAvailPhys + figures["SwapFree:"];
-        facts.ullTotalVirtual = reinterpret_cast<std::uintptr_t>(addresses.lpMaximumApplicationAddress) -
-                                reinterpret_cast<std::uintptr_t>(addresses.lpMinimumApplicationAddress);
-        facts.ullAvailVirtual = facts.ullTotalVirtual - std::min(facts.ullTotalVirtual, UsedAddressSpace());
-        if (facts.ullTotalPhys != 0) {
-            const DWORDLONG used = facts.ullTotalPhys - std::min(facts.ullTotalPhys, facts.ullAvailPhys);
-            facts.dwMemoryLoad = static_cast<DWORD>(used * 100 / facts.ullTotalPhys);
-        }
+        facts.ullTotalPhys = MemoryFigure("MemTotal:");
+        facts.ullAvailPhys = MemoryFigure("MemAvailable:");
+        facts.ullTotalPageFile = facts.ullTotalPhys + MemoryFigure("SwapTotal:");
+        facts.ullAvailPageFile = facts.ullAvailPhys + MemoryFigure("SwapFree:");
         *status = facts;
         return TRUE;
     });
@@ -136,12 +92,7 @@ BOOL WINAPI GetVersionExW(LPOSVERSIONINFOW version) noexcept {
     }
     *version = {size, 10, 0, 19045, VER_PLATFORM_WIN32_NT, {}};
     if (size == sizeof(OSVERSIONINFOEXW)) {
-        auto& extended = *reinterpret_cast<OSVERSIONINFOEXW*>(version);
-        extended.wServicePackMajor = 0;
-        extended.wServicePackMinor = 0;
-        extended.wSuiteMask = 0;
-        extended.wProductType = VER_NT_WORKSTATION;
-        extended.wReserved = 0;
+        *reinterpret_cast<OSVERSIONINFOEXW*>(version) = {*version, 0, 0, 0, VER_NT_WORKSTATION, 0};
     }
     return TRUE;
 }

@@ -29,8 +29,7 @@ DWORD WINAPI GetTempPathW(DWORD size, LPWSTR path) noexcept {
         if (!text.ends_with(u'\\')) text += u'\\';
         if (text.size() >= MAX_PATH) throw Failure{ERROR_FILENAME_EXCED_RANGE};
         if (text.size() < size) {
-            text.copy(path, text.size());
-            path[text.size()] = u'\0';
+            path[text.copy(path, text.size())] = u'\0';
             return static_cast<DWORD>(text.size());
         }
         if (size != 0) path[0] = u'\0';

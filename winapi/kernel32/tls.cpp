@@ -1,66 +1,32 @@
 #include "winapi/tls.h"
 
-#include "winapi/errorcodes.h"
+#include "failure.h"
 
-#include <array>
-#include <atomic>
+#include <climits>
 
-namespace {
+#include <pthread.h>
 
-// As many as Windows has: those of TLS_MINIMUM_AVAILABLE and 1024 more.
-constexpr DWORD indexCount = TLS_MINIMUM_AVAILABLE + 1024;
-
-// How often each index was allocated and freed, taken together: odd while it is allocated. A thread's value
-// counts only under the turn in which it was stored, which is how a re-used index reads null everywhere
-// without anyone visiting the threads.
-std::array<std::atomic<std::uint32_t>, indexCount> turns;
-
-struct Value {
-    void* value;
-    std::uint32_t turn;
-};
-thread_local std::array<Value, indexCount> values;
-
-constexpr bool IsAllocated(std::uint32_t turn) noexcept {
-    return turn % 2 == 1;
-}
-
-}  // namespace
-
+// An index is a key of POSIX: the C library forgets the values of a deleted one in all threads, too.
 DWORD WINAPI TlsAlloc() noexcept {
-    for (DWORD index = 0; index < indexCount; ++index) {
-        std::uint32_t turn = turns[index].load(std::memory_order_relaxed);
-        if (!IsAllocated(turn) && turns[index].compare_exchange_strong(turn, turn + 1)) return index;
-    }
+    pthread_key_t index = 0;
+    if (pthread_key_create(&index, nullptr) == 0) return index;
     SetLastError(ERROR_NO_MORE_ITEMS);
     return TLS_OUT_OF_INDEXES;
 }
 
 BOOL WINAPI TlsFree(DWORD index) noexcept {
-    if (index < indexCount) {
-        std::uint32_t turn = turns[index].load(std::memory_order_relaxed);
-        if (IsAllocated(turn) && turns[index].compare_exchange_strong(turn, turn + 1)) return TRUE;
-    }
-    SetLastError(ERROR_INVALID_PARAMETER);
-    return FALSE;
+    const int error = pthread_key_delete(index);
+    if (error != 0) SetLastError(winapi::ErrorFromErrno(error));
+    return error == 0;
 }
 
 LPVOID WINAPI TlsGetValue(DWORD index) noexcept {
-    if (index >= indexCount) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return nullptr;
-    }
-    SetLastError(ERROR_SUCCESS);
-    const Value& stored = values[index];
-    return stored.turn == turns[index].load(std::memory_order_relaxed) ? stored.value : nullptr;
+    SetLastError(index < PTHREAD_KEYS_MAX ? ERROR_SUCCESS : ERROR_INVALID_PARAMETER);
+    return pthread_getspecific(index);
 }
 
 BOOL WINAPI TlsSetValue(DWORD index, LPVOID value) noexcept {
-    const std::uint32_t turn = index < indexCount ? turns[index].load(std::memory_order_relaxed) : 0;
-    if (!IsAllocated(turn)) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return FALSE;
-    }
-    values[index] = {value, turn};
-    return TRUE;
+    const int error = pthread_setspecific(index, value);
+    if (error != 0) SetLastError(winapi::ErrorFromErrno(error));
+    return error == 0;
 }

@@ -43,8 +43,7 @@ HRESULT WINAPI SHGetFolderPathW(HWND, int folder, HANDLE, DWORD, LPWSTR path) no
     path[0] = u'\0';
     try {
         const std::u16string text = ExistingFolder(folder);
-        text.copy(path, text.size());
-        path[text.size()] = u'\0';
+        path[text.copy(path, text.size())] = u'\0';
         return S_OK;
     } catch (const Failure& failure) {
         return win32Error | static_cast<HRESULT>(failure.code);

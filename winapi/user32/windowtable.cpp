@@ -6,6 +6,7 @@
 #include "winapi/strings.h"
 
 #include <algorithm>
+#include <map>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -50,28 +51,22 @@ class WindowTable {
   public:
     void Register(const WindowClass& added) {
         const std::lock_guard lock(mutex_);
-        if (Find(added.name) != classes_.end()) throw Failure{ERROR_CLASS_ALREADY_EXISTS};
-        classes_.push_back(added);
+        const bool isNew = classes_.emplace(WithoutCase(added.name), added).second;
+        if (!isNew) throw Failure{ERROR_CLASS_ALREADY_EXISTS};
     }
 
     void Unregister(const Text& name) {
         const std::lock_guard lock(mutex_);
-        const auto found = Find(name);
-        if (found == classes_.end()) throw Failure{ERROR_CLASS_DOES_NOT_EXIST};
-        const auto isOfClass = [&](const Window& window) { return window.ofClass.name == found->name; };
-        ForgetLost();
-        if (std::any_of(windows_.begin(), windows_.end(), isOfClass)) throw Failure{ERROR_CLASS_HAS_WINDOWS};
-        classes_.erase(found);
+        if (classes_.erase(WithoutCase(name)) == 0) throw Failure{ERROR_CLASS_DOES_NOT_EXIST};
     }
 
     HWND Create(const Text& className, Text title, HINSTANCE module) {
         const auto queue = winapi::QueueOfThisThread();
         const std::lock_guard lock(mutex_);
-        const auto found = Find(className);
+        const auto found = classes_.find(WithoutCase(className));
         if (found == classes_.end()) throw Failure{ERROR_CANNOT_FIND_WND_CLASS};
-        ForgetLost();
         const auto handle = reinterpret_cast<HWND>(next_);
-        windows_.push_back({handle, *found, std::move(title), module, queue});
+        windows_.push_back({handle, found->second, std::move(title), module, queue});
         next_ += 2;
         return handle;
     }
@@ -98,13 +93,6 @@ class WindowTable {
     }
 
   private:
-    std::vector<WindowClass>::iterator Find(const Text& className) {
-        const auto isNamed = [wanted = WithoutCase(className)](const WindowClass& known) {
-            return WithoutCase(known.name) == wanted;
-        };
-        return std::find_if(classes_.begin(), classes_.end(), isNamed);
-    }
-
     std::vector<Window>::iterator Find(HWND handle) {
         ForgetLost();
         const auto found = std::find_if(windows_.begin(), windows_.end(),
@@ -118,8 +106,8 @@ class WindowTable {
     }
 
     std::mutex mutex_;
-    std::vector<WindowClass> classes_;
-    std::vector<Window> windows_;  // the youngest last
+    std::map<Text, WindowClass> classes_;  // by the name without case
+    std::vector<Window> windows_;          // the youngest last
     std::uintptr_t next_ = 0x10002;
 };
 
@@ -197,10 +185,9 @@ HWND WINAPI FindWindowA(LPCSTR windowClass, LPCSTR title) noexcept {
 }
 
 LRESULT WINAPI DispatchMessageW(const MSG* message) {
-    WNDPROC procedure = nullptr;
-    if (message->hwnd != nullptr) {
-        procedure = AtBorder(WNDPROC{}, [&] { return Windows().Get(message->hwnd).ofClass.procedure; });
-    }
+    if (message->hwnd == nullptr) return 0;
+    const WNDPROC procedure =
+        AtBorder(WNDPROC{}, [&] { return Windows().Get(message->hwnd).ofClass.procedure; });
     if (procedure == nullptr) return 0;
     return procedure(message->hwnd, message->message, message->wParam, message->lParam);
 }

@@ -12,10 +12,10 @@ using DWORDLONG = std::uint64_t;
 // As GetSystemInfo, but with the architecture of the system, whatever that of the process.
 void WINAPI GetNativeSystemInfo(LPSYSTEM_INFO info) noexcept;
 
-// In bytes. The page file stands for memory and swap space together.
+// In bytes. The page file stands for memory and swap space together; what is virtual and the load are 0.
 struct MEMORYSTATUSEX {
     DWORD dwLength;
-    DWORD dwMemoryLoad;  // percent
+    DWORD dwMemoryLoad;
     DWORDLONG ullTotalPhys;
     DWORDLONG ullAvailPhys;
     DWORDLONG ullTotalPageFile;
@@ -41,13 +41,7 @@ struct OSVERSIONINFOW {
     DWORD dwPlatformId;
     WCHAR szCSDVersion[128];
 };
-struct OSVERSIONINFOEXW {
-    DWORD dwOSVersionInfoSize;
-    DWORD dwMajorVersion;
-    DWORD dwMinorVersion;
-    DWORD dwBuildNumber;
-    DWORD dwPlatformId;
-    WCHAR szCSDVersion[128];
+struct OSVERSIONINFOEXW : OSVERSIONINFOW {
     WORD wServicePackMajor;
     WORD wServicePackMinor;
     WORD wSuiteMask;

@@ -1,8 +1,7 @@
 // Code pages: MultiByteToWideChar, WideCharToMultiByte and their kin, as Microsoft's winnls.h describes them.
 //
-// Known pages: UTF-8 (65001) and, by the C library's iconv, 437, 850, 852, 855, 857, 858, 860 to 863, 865,
-// 866, 874, 932, 936, 949, 950 and 1250 to 1258. Iconv is asked once for each page, by the first thread that
-// needs it.
+// Known pages: UTF-8 (65001) and, by the C library's iconv, 437, 850, 874, 932, 936, 949, 950 and 1250 to 1258.
+// Iconv is asked once for each page, by the first thread that needs it.
 //
 // Where Microsoft leaves a choice or a table unpublished:
 // - there is no best fit: a character that the page lacks becomes the default character, as it does on
@@ -14,9 +13,7 @@
 
 #include "winapi/types.h"
 
-#define CP_ACP 0         // the ANSI code page: 1252, or what winapi/control.h says
-#define CP_OEMCP 1       // the ANSI code page where that is a multibyte one, else 437
-#define CP_THREAD_ACP 3  // the ANSI code page: threads have no locale of their own here
+#define CP_ACP 0  // the ANSI code page: 1252, or what winapi/control.h says
 #define CP_UTF8 65001
 
 #define MB_PRECOMPOSED 0x00000001        // the default
@@ -52,7 +49,6 @@ using LPCPINFOEXW = CPINFOEXW*;
 
 // The ANSI code page.
 [[nodiscard]] UINT WINAPI GetACP() noexcept;
-[[nodiscard]] UINT WINAPI GetOEMCP() noexcept;
 
 // False, with ERROR_INVALID_PARAMETER, for an unknown page or a null `info`. `flags` must be 0.
 BOOL WINAPI GetCPInfo(UINT codePage, LPCPINFO info) noexcept;

@@ -3,10 +3,10 @@
 
 #include "winapi/types.h"
 
-#define TLS_MINIMUM_AVAILABLE 64
 #define TLS_OUT_OF_INDEXES (static_cast<DWORD>(0xFFFFFFFF))
 
-// The lowest free index, whose value is null on every thread, or TLS_OUT_OF_INDEXES (1088 are there).
+// A free index, whose value is null on every thread, or TLS_OUT_OF_INDEXES: there are as many as the C library
+// has keys, 1024.
 [[nodiscard]] DWORD WINAPI TlsAlloc() noexcept;
 // Gives the index back. The values stored under it are forgotten, not freed.
 BOOL WINAPI TlsFree(DWORD index) noexcept;

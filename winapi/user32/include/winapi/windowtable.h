@@ -12,7 +12,6 @@
 #define ERROR_CANNOT_FIND_WND_CLASS 1407
 #define ERROR_CLASS_ALREADY_EXISTS 1410
 #define ERROR_CLASS_DOES_NOT_EXIST 1411
-#define ERROR_CLASS_HAS_WINDOWS 1412
 
 using HWND = struct HWND__*;
 using HMENU = struct HMENU__*;
@@ -44,7 +43,7 @@ struct WNDCLASSW {
 // Names of classes are compared without case. 0 and ERROR_CLASS_ALREADY_EXISTS for a name that is there.
 ATOM WINAPI RegisterClassW(const WNDCLASSW* windowClass) noexcept;
 
-// ERROR_CLASS_HAS_WINDOWS while there are any.
+// Windows of the class stay, and keep its procedure.
 BOOL WINAPI UnregisterClassW(LPCWSTR windowClass, HINSTANCE module) noexcept;
 
 // Read are the class, the title (null: empty) and the module (null: the executable). Null and
