@@ -15,15 +15,15 @@ using fuzz::Check;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(data), size);
-    std::optional<winapi::RegistryNode> root;
+    std::optional<winapi::Registry> registry;
     try {
-        root = winapi::RegistryFromText(text);
+        registry = winapi::RegistryFromText(text);
     } catch (const winapi::Failure& failure) {
         Check(failure.code == ERROR_BADDB, "what is no registry is told as such");
         return 0;
     }
-    const std::string written = winapi::TextFromRegistry(*root);
-    Check(winapi::RegistryFromText(written) == *root, "what is written is read back");
+    const std::string written = winapi::TextFromRegistry(*registry);
+    Check(winapi::RegistryFromText(written) == *registry, "what is written is read back");
     Check(winapi::TextFromRegistry(winapi::RegistryFromText(written)) == written, "and written alike");
     return 0;
 }

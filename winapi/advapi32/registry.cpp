@@ -10,8 +10,8 @@
 #include <string_view>
 
 using winapi::Failure;
+using winapi::Registry;
 using winapi::RegistryNode;
-using winapi::RegistryStore;
 using winapi::RegistryValue;
 
 namespace {
@@ -47,21 +47,16 @@ class Key : public winapi::KernelObject {
     // Of one right that a call needs.
     void RequireAccess(REGSAM right) const { Require((access_ & right) != 0, ERROR_ACCESS_DENIED); }
 
-    // Within RegistryStore::Read.
-    [[nodiscard]] const RegistryNode& Node(const RegistryNode& root, std::uint64_t version) {
-        if (version != version_) {
-            node_ = root.Find(path_);
-            version_ = version;
-        }
-        Require(node_ != nullptr, ERROR_KEY_DELETED);
-        return *node_;
+    // Of this key, which may have been deleted.
+    [[nodiscard]] RegistryNode& Node(Registry& registry) const {
+        RegistryNode* const node = registry.Find(path_);
+        Require(node != nullptr, ERROR_KEY_DELETED);
+        return *node;
     }
 
   private:
     const std::u16string path_;
     const REGSAM access_;
-    const RegistryNode* node_ = nullptr;
-    std::uint64_t version_ = 0;  // for which node_ holds
 };
 
 // A root's name, and nothing for any other handle.
@@ -101,7 +96,7 @@ void RequireOneView(REGSAM access) {
 
 std::u16string PathBelow(const Key& key, LPCWSTR subkey) {
     Require(!View(subkey).starts_with(u'\\'), ERROR_BAD_PATHNAME);
-    return key.Path() + u'\\' + std::u16string(View(subkey));
+    return winapi::JoinedPath(key.Path(), View(subkey));
 }
 
 HKEY NewKey(std::u16string path, REGSAM access) {
@@ -111,22 +106,26 @@ HKEY NewKey(std::u16string path, REGSAM access) {
 
 // ---- Reading and writing -------------------------------------------------------------------------------
 
-// Runs body(node) on an open key, which needs the right.
+// Runs body(node, registry) on an open key, which needs the right.
 template <class Body>
 void Read(HKEY handle, REGSAM right, Body body) {
     const std::shared_ptr<Key> key = KeyOf(handle);
     key->RequireAccess(right);
-    RegistryStore::Instance().Read(
-        [&](const RegistryNode& root, std::uint64_t version) { body(key->Node(root, version)); });
+    Registry registry = winapi::LoadRegistry();
+    body(key->Node(registry), registry);
 }
 
+// The same where the body changes the key.
 template <class Body>
-void Write(const Key& key, Body body) {
-    RegistryStore::Instance().Write([&](RegistryNode& root) {
-        RegistryNode* const node = root.Find(key.Path());
-        Require(node != nullptr, ERROR_KEY_DELETED);
-        body(*node);
-    });
+void Write(HKEY handle, REGSAM right, Body body) {
+    const std::shared_ptr<Key> key = KeyOf(handle);
+    key->RequireAccess(right);
+    winapi::ChangeRegistry([&](Registry& registry) { body(key->Node(registry), registry); });
+}
+
+// The last name of a subkey's path.
+std::u16string_view NameOf(const RegistryNode& node) noexcept {
+    return std::u16string_view(node.path).substr(node.path.rfind(u'\\') + 1);
 }
 
 void TellData(const RegistryValue& value, LPDWORD kind, LPBYTE data, LPDWORD size) {
@@ -141,8 +140,7 @@ void TellData(const RegistryValue& value, LPDWORD kind, LPBYTE data, LPDWORD siz
 
 void TellName(std::u16string_view name, LPWSTR buffer, LPDWORD size) {
     Require(name.size() < *size, ERROR_MORE_DATA);
-    name.copy(buffer, name.size());
-    buffer[name.size()] = u'\0';
+    buffer[name.copy(buffer, name.size())] = u'\0';
     *size = static_cast<DWORD>(name.size());
 }
 
@@ -169,10 +167,9 @@ LSTATUS WINAPI RegOpenKeyExW(HKEY key, LPCWSTR subkey, DWORD, REGSAM access, PHK
         RequireOneView(access);
         const std::shared_ptr<Key> parent = KeyOf(key);
         std::u16string path = PathBelow(*parent, subkey);
-        RegistryStore::Instance().Read([&](const RegistryNode& root, std::uint64_t version) {
-            const bool exists = parent->Node(root, version).Find(View(subkey)) != nullptr;
-            Require(exists, ERROR_FILE_NOT_FOUND);
-        });
+        Registry registry = winapi::LoadRegistry();
+        static_cast<void>(parent->Node(registry));
+        Require(registry.Find(path) != nullptr, ERROR_FILE_NOT_FOUND);
         *result = NewKey(std::move(path), access);
     });
 }
@@ -187,10 +184,10 @@ LSTATUS WINAPI RegCreateKeyExW(HKEY key, LPCWSTR subkey, DWORD reserved, LPWSTR,
         const std::shared_ptr<Key> parent = KeyOf(key);
         std::u16string path = PathBelow(*parent, subkey);
         bool isNew = false;
-        RegistryStore::Instance().Write([&](RegistryNode& root) {
-            Require(root.Find(parent->Path()) != nullptr, ERROR_KEY_DELETED);
-            isNew = root.Find(path) == nullptr;  // another process may have come first
-            root.Make(path, winapi::FileTimeNow());
+        winapi::ChangeRegistry([&](Registry& registry) {
+            static_cast<void>(parent->Node(registry));
+            isNew = registry.Find(path) == nullptr;  // another process may have come first
+            Require(registry.Make(path, winapi::FileTimeNow()) != nullptr);
         });
         *result = NewKey(std::move(path), access);
         Tell(disposition, isNew ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY);
@@ -208,9 +205,9 @@ LSTATUS WINAPI RegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD reserved, LPDWOR
                                 LPDWORD size) noexcept {
     return Status([&] {
         Require(reserved == nullptr && (data == nullptr || size != nullptr));
-        Read(key, KEY_QUERY_VALUE, [&](const RegistryNode& node) {
-            const RegistryValue* const value = node.FindValue(View(name));
-            Require(value != nullptr, ERROR_FILE_NOT_FOUND);
+        Read(key, KEY_QUERY_VALUE, [&](RegistryNode& node, const Registry&) {
+            const auto value = node.FindValue(View(name));
+            Require(value != node.values.end(), ERROR_FILE_NOT_FOUND);
             TellData(*value, kind, data, size);
         });
     });
@@ -220,11 +217,9 @@ LSTATUS WINAPI RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD kind
                               DWORD size) noexcept {
     return Status([&] {
         constexpr std::size_t longestName = 16383;
-        const std::shared_ptr<Key> target = KeyOf(key);
-        target->RequireAccess(KEY_SET_VALUE);
         Require(reserved == 0 && (data != nullptr || size == 0) && View(name).size() <= longestName);
         RegistryValue value{std::u16string(View(name)), kind, {data, data + size}};
-        Write(*target, [&](RegistryNode& node) {
+        Write(key, KEY_SET_VALUE, [&](RegistryNode& node, const Registry&) {
             node.SetValue(std::move(value));
             node.lastWrite = winapi::FileTimeNow();
         });
@@ -233,13 +228,10 @@ LSTATUS WINAPI RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD kind
 
 LSTATUS WINAPI RegDeleteValueW(HKEY key, LPCWSTR name) noexcept {
     return Status([&] {
-        const std::shared_ptr<Key> target = KeyOf(key);
-        target->RequireAccess(KEY_SET_VALUE);
-        Write(*target, [&](RegistryNode& node) {
-            const auto gone = std::erase_if(node.values, [&](const RegistryValue& value) {
-                return winapi::SameRegistryName(value.name, View(name));
-            });
-            Require(gone != 0, ERROR_FILE_NOT_FOUND);
+        Write(key, KEY_SET_VALUE, [&](RegistryNode& node, const Registry&) {
+            const auto value = node.FindValue(View(name));
+            Require(value != node.values.end(), ERROR_FILE_NOT_FOUND);
+            node.values.erase(value);
             node.lastWrite = winapi::FileTimeNow();
         });
     });
@@ -250,7 +242,7 @@ LSTATUS WINAPI RegEnumValueW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameSiz
     return Status([&] {
         Require(name != nullptr && nameSize != nullptr && reserved == nullptr);
         Require(data == nullptr || size != nullptr);
-        Read(key, KEY_QUERY_VALUE, [&](const RegistryNode& node) {
+        Read(key, KEY_QUERY_VALUE, [&](const RegistryNode& node, const Registry&) {
             Require(index < node.values.size(), ERROR_NO_MORE_ITEMS);
             const RegistryValue& value = node.values[index];
             TellName(value.name, name, nameSize);
@@ -263,12 +255,12 @@ LSTATUS WINAPI RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameSiz
                              LPDWORD classSize, PFILETIME lastWrite) noexcept {
     return Status([&] {
         Require(name != nullptr && nameSize != nullptr && reserved == nullptr);
-        Read(key, KEY_ENUMERATE_SUB_KEYS, [&](const RegistryNode& node) {
-            Require(index < node.subkeys.size(), ERROR_NO_MORE_ITEMS);
-            const RegistryNode& subkey = node.subkeys[index];
-            TellName(subkey.name, name, nameSize);
+        Read(key, KEY_ENUMERATE_SUB_KEYS, [&](const RegistryNode& node, const Registry& registry) {
+            const auto subkeys = registry.Subkeys(node.path);
+            Require(index < subkeys.size(), ERROR_NO_MORE_ITEMS);
+            TellName(NameOf(*subkeys[index]), name, nameSize);
             Tell(classSize, 0);
-            TellTime(lastWrite, subkey.lastWrite);
+            TellTime(lastWrite, subkeys[index]->lastWrite);
         });
     });
 }
@@ -279,12 +271,14 @@ LSTATUS WINAPI RegQueryInfoKeyW(HKEY key, LPWSTR, LPDWORD classSize, LPDWORD res
                                 PFILETIME lastWrite) noexcept {
     return Status([&] {
         Require(reserved == nullptr);
-        Read(key, KEY_QUERY_VALUE, [&](const RegistryNode& node) {
-            const auto nameLength = [](const auto& item) noexcept { return item.name.size(); };
-            const auto dataSize = [](const RegistryValue& value) noexcept { return value.data.size(); };
+        Read(key, KEY_QUERY_VALUE, [&](const RegistryNode& node, const Registry& registry) {
+            const auto keyLength = [](const RegistryNode* subkey) { return NameOf(*subkey).size(); };
+            const auto nameLength = [](const RegistryValue& value) { return value.name.size(); };
+            const auto dataSize = [](const RegistryValue& value) { return value.data.size(); };
+            const auto below = registry.Subkeys(node.path);
             for (const LPDWORD nothing : {classSize, longestClass, descriptorSize}) Tell(nothing, 0);
-            Tell(subkeys, node.subkeys.size());
-            Tell(longestSubkey, Longest(node.subkeys, nameLength));
+            Tell(subkeys, below.size());
+            Tell(longestSubkey, Longest(below, keyLength));
             Tell(values, node.values.size());
             Tell(longestName, Longest(node.values, nameLength));
             Tell(longestData, Longest(node.values, dataSize));
@@ -295,15 +289,14 @@ LSTATUS WINAPI RegQueryInfoKeyW(HKEY key, LPWSTR, LPDWORD classSize, LPDWORD res
 
 LSTATUS WINAPI RegDeleteTreeW(HKEY key, LPCWSTR subkey) noexcept {
     return Status([&] {
-        const std::shared_ptr<Key> target = KeyOf(key);
-        const std::u16string_view path = View(subkey);
-        Write(*target, [&](RegistryNode& node) {
-            if (path.empty()) {
+        Write(key, KEY_ENUMERATE_SUB_KEYS, [&](RegistryNode& node, Registry& registry) {
+            const std::u16string path = winapi::JoinedPath(node.path, View(subkey));
+            if (path == node.path) {
+                registry.DeleteBelow(path);
                 node.values.clear();
-                node.subkeys.clear();
                 node.lastWrite = winapi::FileTimeNow();
             } else {
-                Require(node.Delete(path, winapi::FileTimeNow()), ERROR_FILE_NOT_FOUND);
+                Require(registry.Delete(path, winapi::FileTimeNow()), ERROR_FILE_NOT_FOUND);
             }
         });
     });

@@ -5,20 +5,22 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdio>
 #include <cstring>
 #include <system_error>
-#include <utility>
 
 namespace winapi {
 namespace {
 
 constexpr std::string_view header = "Kestrolumen registry 1\n";
-constexpr std::string_view hexDigits = "0123456789ABCDEF";
 
 // ---- Writing -------------------------------------------------------------------------------------------
 
-void AppendHex(std::string& text, std::uint64_t number, unsigned digits) {
-    for (unsigned shift = 4 * digits; shift != 0; shift -= 4) text += hexDigits[number >> (shift - 4) & 0xF];
+void AppendHex(std::string& text, std::uint64_t number, int digits) {
+    char hex[17];
+    const int length =
+        std::snprintf(hex, sizeof hex, "%0*llX", digits, static_cast<unsigned long long>(number));
+    text.append(hex, static_cast<std::size_t>(length));
 }
 
 void AppendQuoted(std::string& text, std::u16string_view units) {
@@ -36,39 +38,15 @@ void AppendQuoted(std::string& text, std::u16string_view units) {
 }
 
 // Text with its terminator, if that is what the data is.
-bool AppendAsText(std::string& text, const RegistryValue& value) {
-    const std::size_t size = value.data.size();
-    if ((value.kind != REG_SZ && value.kind != REG_EXPAND_SZ) || size == 0 || size % sizeof(char16_t) != 0) {
-        return false;
+void AppendData(std::string& text, const RegistryValue& value) {
+    std::u16string units(value.data.size() / sizeof(char16_t), u'\0');
+    std::memcpy(units.data(), value.data.data(), units.size() * sizeof(char16_t));
+    const bool isText = value.kind == REG_SZ || value.kind == REG_EXPAND_SZ;
+    if (isText && value.data.size() % sizeof(char16_t) == 0 && units.ends_with(u'\0')) {
+        units.pop_back();
+        return AppendQuoted(text, units);
     }
-    std::u16string units(size / sizeof(char16_t), u'\0');
-    std::memcpy(units.data(), value.data.data(), size);
-    if (units.back() != u'\0') return false;
-    units.pop_back();
-    AppendQuoted(text, units);
-    return true;
-}
-
-void AppendKey(std::string& text, std::u16string& path, const RegistryNode& node) {
-    text += '[';
-    AppendQuoted(text, path);
-    text += "] ";
-    AppendHex(text, node.lastWrite, 16);
-    text += '\n';
-    for (const RegistryValue& value : node.values) {
-        AppendQuoted(text, value.name);
-        text += '=' + std::to_string(value.kind) + ':';
-        if (!AppendAsText(text, value)) {
-            for (const BYTE octet : value.data) AppendHex(text, octet, 2);
-        }
-        text += '\n';
-    }
-    for (const RegistryNode& subkey : node.subkeys) {
-        const std::size_t length = path.size();
-        path.append(u"\\").append(subkey.name);
-        AppendKey(text, path, subkey);
-        path.resize(length);
-    }
+    for (const BYTE octet : value.data) AppendHex(text, octet, 2);
 }
 
 // ---- Reading -------------------------------------------------------------------------------------------
@@ -78,11 +56,14 @@ class Reader {
     explicit Reader(std::string_view text) noexcept : rest_(text) {}
 
     [[nodiscard]] bool IsAtEnd() const noexcept { return rest_.empty(); }
-    [[nodiscard]] bool IsAt(char c) const noexcept { return rest_.starts_with(c); }
 
+    bool Skip(std::string_view text) noexcept {
+        const bool isThere = rest_.starts_with(text);
+        if (isThere) rest_.remove_prefix(text.size());
+        return isThere;
+    }
     void Expect(std::string_view text) {
-        if (!rest_.starts_with(text)) throw Failure{ERROR_BADDB};
-        rest_.remove_prefix(text.size());
+        if (!Skip(text)) throw Failure{ERROR_BADDB};
     }
 
     template <class Number>
@@ -96,100 +77,78 @@ class Reader {
     }
 
     std::u16string TakeQuoted() {
-        Expect("\"");
         std::u16string units;
-        while (!IsAt('"')) {
-            const char16_t unit = TakeUnit();
-            units += unit == u'\\' ? TakeEscaped() : unit;
-        }
         Expect("\"");
+        while (!Skip("\"")) {
+            if (Skip("\\u")) {
+                units += TakeNumber<std::uint16_t>(16, 4);
+                continue;
+            }
+            Skip("\\");
+            if (IsAtEnd() || rest_.front() < ' ' || rest_.front() > '~') throw Failure{ERROR_BADDB};
+            units += static_cast<char16_t>(rest_.front());
+            rest_.remove_prefix(1);
+        }
         return units;
     }
 
-    std::vector<BYTE> TakeBytes() {
+    std::vector<BYTE> TakeData() {
+        if (rest_.starts_with('"')) {
+            const std::u16string text = TakeQuoted();
+            const auto* const bytes = reinterpret_cast<const BYTE*>(text.c_str());
+            return {bytes, bytes + (text.size() + 1) * sizeof(char16_t)};
+        }
         std::vector<BYTE> bytes(std::min(rest_.find('\n'), rest_.size()) / 2);
         for (BYTE& octet : bytes) octet = TakeNumber<BYTE>(16, 2);
         return bytes;
     }
 
   private:
-    char16_t TakeUnit() {
-        if (IsAtEnd()) throw Failure{ERROR_BADDB};
-        const char c = rest_.front();
-        if (c < ' ' || c > '~') throw Failure{ERROR_BADDB};
-        rest_.remove_prefix(1);
-        return static_cast<char16_t>(c);
-    }
-    char16_t TakeEscaped() {
-        const char16_t unit = TakeUnit();
-        if (unit == u'u') return TakeNumber<std::uint16_t>(16, 4);
-        if (unit != u'"' && unit != u'\\') throw Failure{ERROR_BADDB};
-        return unit;
-    }
-
     std::string_view rest_;
 };
 
-// Refuses a path of no name and one that is longer or deeper than any key's.
-RegistryNode& MadeKey(RegistryNode& root, const std::u16string& path) {
-    try {
-        RegistryNode& key = root.Make(path, 0);
-        if (&key != &root) return key;
-    } catch (const Failure&) {
-        throw Failure{ERROR_BADDB};
-    }
-    throw Failure{ERROR_BADDB};
-}
-
-std::vector<BYTE> TakeData(Reader& reader) {
-    if (!reader.IsAt('"')) return reader.TakeBytes();
-    const std::u16string text = reader.TakeQuoted();
-    std::vector<BYTE> data((text.size() + 1) * sizeof(char16_t));
-    std::memcpy(data.data(), text.c_str(), data.size());
-    return data;
-}
-
 }  // namespace
 
-std::string TextFromRegistry(const RegistryNode& root) {
+std::string TextFromRegistry(const Registry& registry) {
     std::string text(header);
-    for (const RegistryNode& top : root.subkeys) {
-        std::u16string path = top.name;
-        AppendKey(text, path, top);
+    for (const auto& [folded, node] : registry.nodes) {
+        text += '[';
+        AppendQuoted(text, node.path);
+        text += "] ";
+        AppendHex(text, node.lastWrite, 16);
+        text += '\n';
+        for (const RegistryValue& value : node.values) {
+            AppendQuoted(text, value.name);
+            text += '=' + std::to_string(value.kind) + ':';
+            AppendData(text, value);
+            text += '\n';
+        }
     }
     return text;
 }
 
-RegistryNode EmptyRegistry() {
-    RegistryNode root;
-    for (const std::u16string_view name : registryRoots) root.Make(name, 0);
-    return root;
-}
-
-RegistryNode RegistryFromText(std::string_view text) {
+Registry RegistryFromText(std::string_view text) {
     Reader reader(text);
     reader.Expect(header);
-    RegistryNode root = EmptyRegistry();
+    Registry registry;
     RegistryNode* key = nullptr;  // whose values the next lines are
     while (!reader.IsAtEnd()) {
-        if (reader.IsAt('[')) {
-            reader.Expect("[");
-            key = &MadeKey(root, reader.TakeQuoted());
+        const bool isKey = reader.Skip("[");
+        std::u16string name = reader.TakeQuoted();
+        if (isKey) key = registry.Make(JoinedPath({}, name), 0);
+        if (key == nullptr) throw Failure{ERROR_BADDB};
+        if (isKey) {
             reader.Expect("] ");
             key->lastWrite = reader.TakeNumber<std::uint64_t>(16, 16);
-        } else if (key == nullptr) {
-            throw Failure{ERROR_BADDB};
         } else {
-            RegistryValue value{reader.TakeQuoted(), 0, {}};
             reader.Expect("=");
-            value.kind = reader.TakeNumber<DWORD>(10, 10);
+            const auto kind = reader.TakeNumber<DWORD>(10, 10);
             reader.Expect(":");
-            value.data = TakeData(reader);
-            key->SetValue(std::move(value));
+            key->SetValue({std::move(name), kind, reader.TakeData()});
         }
         reader.Expect("\n");
     }
-    return root;
+    return registry;
 }
 
 }  // namespace winapi

@@ -18,12 +18,9 @@
 
 namespace winapi {
 
-[[nodiscard]] std::string TextFromRegistry(const RegistryNode& root);
+[[nodiscard]] std::string TextFromRegistry(const Registry& registry);
 
-// With the roots alone.
-[[nodiscard]] RegistryNode EmptyRegistry();
-
-// Throws Failure: ERROR_BADDB for what is no such text, and what Make throws for a path that it refuses.
-[[nodiscard]] RegistryNode RegistryFromText(std::string_view text);
+// Throws Failure{ERROR_BADDB} for what is no such text, and for a path that no key can have.
+[[nodiscard]] Registry RegistryFromText(std::string_view text);
 
 }  // namespace winapi

@@ -1,116 +1,99 @@
 #include "registrytree.h"
 
-#include "kernel32/failure.h"
 #include "winapi/strings.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <utility>
 
 namespace winapi {
 namespace {
 
-char16_t Upper(char16_t unit) noexcept {
-    constexpr char16_t firstBeyondAscii = 0x80;
-    if (unit >= firstBeyondAscii) {
-        CharUpperBuffW(&unit, 1);
-        return unit;
-    }
-    return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - (u'a' - u'A')) : unit;
+// What names that are one to the registry have in common.
+std::u16string Folded(std::u16string_view text) {
+    std::u16string folded(text);
+    CharUpperBuffW(folded.data(), static_cast<DWORD>(folded.size()));
+    return folded;
 }
 
-bool Precedes(std::u16string_view one, std::u16string_view other) noexcept {
-    return std::lexicographical_compare(one.begin(), one.end(), other.begin(), other.end(),
-                                        [](char16_t a, char16_t b) { return Upper(a) < Upper(b); });
-}
-
-// The next name of a path, which loses it; empty at the path's end.
-std::u16string_view TakeName(std::u16string_view& path) noexcept {
-    path.remove_prefix(std::min(path.find_first_not_of(u'\\'), path.size()));
-    const std::u16string_view name = path.substr(0, path.find(u'\\'));
-    path.remove_prefix(name.size());
-    return name;
-}
-
-// Where a subkey is or belongs.
-std::ptrdiff_t PlaceOf(const RegistryNode& node, std::u16string_view name) noexcept {
-    const auto place = std::lower_bound(
-        node.subkeys.begin(), node.subkeys.end(), name,
-        [](const RegistryNode& subkey, std::u16string_view wanted) { return Precedes(subkey.name, wanted); });
-    return place - node.subkeys.begin();
-}
-
-bool StandsAt(const RegistryNode& node, std::ptrdiff_t place, std::u16string_view name) noexcept {
-    const auto index = static_cast<std::size_t>(place);
-    return index < node.subkeys.size() && SameRegistryName(node.subkeys[index].name, name);
+// All nodes below a path, between the two ends.
+auto NodesBelow(auto& nodes, std::u16string_view path) {
+    static_assert(u'\\' + 1 == u']');
+    const std::u16string folded = Folded(path);
+    return std::pair(nodes.lower_bound(folded + u'\\'), nodes.lower_bound(folded + u']'));
 }
 
 }  // namespace
 
-bool SameRegistryName(std::u16string_view one, std::u16string_view other) noexcept {
-    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                      [](char16_t a, char16_t b) { return a == b || Upper(a) == Upper(b); });
+Registry::Registry() {
+    for (const std::u16string_view name : registryRoots) static_cast<void>(Make(name, 0));
 }
 
-const RegistryNode* RegistryNode::Find(std::u16string_view path) const noexcept {
-    const RegistryNode* node = this;
-    for (auto step = TakeName(path); !step.empty(); step = TakeName(path)) {
-        const std::ptrdiff_t place = PlaceOf(*node, step);
-        if (!StandsAt(*node, place, step)) return nullptr;
-        node = &node->subkeys[static_cast<std::size_t>(place)];
+RegistryNode* Registry::Find(std::u16string_view path) {
+    const auto found = nodes.find(Folded(path));
+    return found != nodes.end() ? &found->second : nullptr;
+}
+
+std::vector<const RegistryNode*> Registry::Subkeys(std::u16string_view path) const {
+    std::vector<const RegistryNode*> subkeys;
+    for (auto [at, end] = NodesBelow(nodes, path); at != end; ++at) {
+        if (at->first.find(u'\\', path.size() + 1) == std::u16string::npos) subkeys.push_back(&at->second);
+    }
+    return subkeys;
+}
+
+RegistryNode* Registry::Make(std::u16string_view path, std::uint64_t now) {
+    constexpr std::size_t longestName = 255, deepest = 512;
+    RegistryNode* node = nullptr;
+    for (std::size_t begin = 0, depth = 1; begin < path.size(); ++depth) {
+        const std::size_t end = std::min(path.find(u'\\', begin), path.size());
+        const std::u16string_view name = path.substr(begin, end - begin);
+        if (name.size() > longestName || depth > deepest) return nullptr;
+        const auto [place, isNew] = nodes.try_emplace(Folded(path.substr(0, end)));
+        if (isNew) {
+            place->second = {JoinedPath(node != nullptr ? node->path : u"", name), now, {}};
+            if (node != nullptr) node->lastWrite = std::max(node->lastWrite, now);
+        }
+        node = &place->second;
+        begin = end + 1;
     }
     return node;
 }
 
-RegistryNode* RegistryNode::Find(std::u16string_view path) noexcept {
-    return const_cast<RegistryNode*>(std::as_const(*this).Find(path));
-}
-
-const RegistryValue* RegistryNode::FindValue(std::u16string_view valueName) const noexcept {
-    const auto found = std::find_if(values.begin(), values.end(), [=](const RegistryValue& value) {
-        return SameRegistryName(value.name, valueName);
-    });
-    return found != values.end() ? &*found : nullptr;
-}
-
-RegistryNode& RegistryNode::Make(std::u16string_view path, std::uint64_t now) {
-    constexpr std::size_t longestName = 255, deepest = 512;
-    RegistryNode* node = this;
-    std::size_t depth = 0;
-    for (auto step = TakeName(path); !step.empty(); step = TakeName(path)) {
-        if (step.size() > longestName || ++depth > deepest) throw Failure{ERROR_INVALID_PARAMETER};
-        const std::ptrdiff_t place = PlaceOf(*node, step);
-        if (!StandsAt(*node, place, step)) {
-            node->subkeys.insert(node->subkeys.begin() + place,
-                                 RegistryNode{std::u16string(step), now, {}, {}});
-            node->lastWrite = std::max(node->lastWrite, now);
-        }
-        node = &node->subkeys[static_cast<std::size_t>(place)];
-    }
-    return *node;
-}
-
-bool RegistryNode::Delete(std::u16string_view path, std::uint64_t now) noexcept {
-    while (path.ends_with(u'\\')) path.remove_suffix(1);
-    const std::size_t nameStart = path.rfind(u'\\') + 1;  // npos + 1 is 0
-    const std::u16string_view subkey = path.substr(nameStart);
-    RegistryNode* const parent = Find(path.substr(0, nameStart));
-    if (parent == nullptr) return false;
-    const std::ptrdiff_t place = PlaceOf(*parent, subkey);
-    if (!StandsAt(*parent, place, subkey)) return false;
-    parent->subkeys.erase(parent->subkeys.begin() + place);
-    parent->lastWrite = now;
+bool Registry::Delete(std::u16string_view path, std::uint64_t now) {
+    if (nodes.erase(Folded(path)) == 0) return false;
+    DeleteBelow(path);
+    Find(path.substr(0, path.rfind(u'\\')))->lastWrite = now;
     return true;
 }
 
+void Registry::DeleteBelow(std::u16string_view path) {
+    const auto [begin, end] = NodesBelow(nodes, path);
+    nodes.erase(begin, end);
+}
+
+std::vector<RegistryValue>::iterator RegistryNode::FindValue(std::u16string_view name) {
+    return std::find_if(values.begin(), values.end(), [wanted = Folded(name)](const RegistryValue& value) {
+        return Folded(value.name) == wanted;
+    });
+}
+
 void RegistryNode::SetValue(RegistryValue value) {
-    if (const RegistryValue* const known = FindValue(value.name)) {
-        auto& target = values[static_cast<std::size_t>(known - values.data())];
-        target.kind = value.kind;
-        target.data = std::move(value.data);
-    } else {
+    const auto known = FindValue(value.name);
+    if (known == values.end()) {
         values.push_back(std::move(value));
+    } else {
+        known->kind = value.kind;
+        known->data = std::move(value.data);
     }
+}
+
+std::u16string JoinedPath(std::u16string path, std::u16string_view below) {
+    for (std::size_t begin = 0; begin < below.size();) {
+        const std::size_t end = std::min(below.find(u'\\', begin), below.size());
+        if (end > begin && !path.empty()) path += u'\\';
+        path += below.substr(begin, end - begin);
+        begin = end + 1;
+    }
+    return path;
 }
 
 }  // namespace winapi

@@ -1,10 +1,11 @@
-// The registry in memory: keys below keys, and values in them.
+// The registry in memory: keys by their paths, and values in them.
 #pragma once
 
 #include "winapi/types.h"
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,26 +29,37 @@ struct RegistryValue {
 };
 
 struct RegistryNode {
-    std::u16string name;
+    std::u16string path;          // in the case of its making
     std::uint64_t lastWrite = 0;  // in the steps of a FILETIME
     std::vector<RegistryValue> values;
-    std::vector<RegistryNode> subkeys;  // in the order of their names, upper-cased
 
-    // Null when there is none. Empty names in a path, as between two backslashes, mean nothing.
-    [[nodiscard]] const RegistryNode* Find(std::u16string_view path) const noexcept;
-    [[nodiscard]] RegistryNode* Find(std::u16string_view path) noexcept;
-    [[nodiscard]] const RegistryValue* FindValue(std::u16string_view valueName) const noexcept;
-
-    // The key at a path, which is made where it is missing, at the time `now`. Throws Failure.
-    RegistryNode& Make(std::u16string_view path, std::uint64_t now);
-    // Deletes the key at a path and all below it; false when there is none.
-    bool Delete(std::u16string_view path, std::uint64_t now) noexcept;
+    // Where the value is, or the end.
+    [[nodiscard]] std::vector<RegistryValue>::iterator FindValue(std::u16string_view name);
     void SetValue(RegistryValue value);
 
     friend bool operator==(const RegistryNode&, const RegistryNode&) = default;
 };
 
-// Whether two names are one to the registry.
-[[nodiscard]] bool SameRegistryName(std::u16string_view one, std::u16string_view other) noexcept;
+struct Registry {
+    std::map<std::u16string, RegistryNode> nodes;  // by their paths, upper-cased
+
+    Registry();  // of the roots alone
+
+    // Null when there is none.
+    [[nodiscard]] RegistryNode* Find(std::u16string_view path);
+    // In the order of their names, upper-cased.
+    [[nodiscard]] std::vector<const RegistryNode*> Subkeys(std::u16string_view path) const;
+    // The key at a path, which is made where it is missing, at the time `now`. Null for no path, a name of more
+    // than 255 units and more than 512 names.
+    [[nodiscard]] RegistryNode* Make(std::u16string_view path, std::uint64_t now);
+    // Deletes the key at a path below a root, and all below it; false when there is none.
+    bool Delete(std::u16string_view path, std::uint64_t now);
+    void DeleteBelow(std::u16string_view path);
+
+    friend bool operator==(const Registry&, const Registry&) = default;
+};
+
+// `below` behind `path`, without empty names, as between two backslashes: they mean nothing.
+[[nodiscard]] std::u16string JoinedPath(std::u16string path, std::u16string_view below);
 
 }  // namespace winapi
