@@ -111,8 +111,7 @@ template <class Body>
 void Read(HKEY handle, REGSAM right, Body body) {
     const std::shared_ptr<Key> key = KeyOf(handle);
     key->RequireAccess(right);
-    Registry registry = winapi::LoadRegistry();
-    body(key->Node(registry), registry);
+    winapi::ReadRegistry([&](Registry& registry) { body(key->Node(registry), registry); });
 }
 
 // The same where the body changes the key.
@@ -167,9 +166,10 @@ LSTATUS WINAPI RegOpenKeyExW(HKEY key, LPCWSTR subkey, DWORD, REGSAM access, PHK
         RequireOneView(access);
         const std::shared_ptr<Key> parent = KeyOf(key);
         std::u16string path = PathBelow(*parent, subkey);
-        Registry registry = winapi::LoadRegistry();
-        static_cast<void>(parent->Node(registry));
-        Require(registry.Find(path) != nullptr, ERROR_FILE_NOT_FOUND);
+        winapi::ReadRegistry([&](Registry& registry) {
+            static_cast<void>(parent->Node(registry));
+            Require(registry.Find(path) != nullptr, ERROR_FILE_NOT_FOUND);
+        });
         *result = NewKey(std::move(path), access);
     });
 }

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <mutex>
 #include <system_error>
 
 #include <fcntl.h>
@@ -49,10 +50,38 @@ Descriptor Open(const Path& path, int flags) {
     return file;
 }
 
-Registry Load(const Path& path) {
-    if (access(path.c_str(), F_OK) != 0 && (errno == ENOENT || errno == ENOTDIR)) return {};
-    const Descriptor file = Open(path, O_RDONLY);
+// What this process knows of the file. As long as that is open, no other file gets its number.
+struct Known {
+    std::mutex mutex;
+    Descriptor file;  // none is there, if it isn't open
     struct stat facts {};
+    Registry registry;
+};
+
+// Never destroyed: destructors that run at the very end of the process may still close keys.
+Known& OfThisProcess() {
+    static Known& known = *new Known;
+    return known;
+}
+
+// A file that was edited in place has another size or time, whatever its number. Renaming changes st_ctim:
+// that says nothing.
+bool SameFile(const struct stat& one, const struct stat& other) noexcept {
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino && one.st_size == other.st_size &&
+           one.st_mtim.tv_sec == other.st_mtim.tv_sec && one.st_mtim.tv_nsec == other.st_mtim.tv_nsec;
+}
+
+void Refresh(Known& known, const Path& path) {
+    struct stat facts {};
+    if (stat(path.c_str(), &facts) != 0) {
+        if (errno != ENOENT && errno != ENOTDIR) FailErrno();
+        if (known.file.IsOpen()) known.registry = Registry();
+        known.file = Descriptor();
+        return;
+    }
+    if (known.file.IsOpen() && SameFile(facts, known.facts)) return;
+
+    Descriptor file = Open(path, O_RDONLY);
     if (fstat(file.Get(), &facts) != 0) FailErrno();
     std::string text(static_cast<std::size_t>(facts.st_size), '\0');
     for (std::size_t done = 0; done < text.size();) {
@@ -61,7 +90,9 @@ Registry Load(const Path& path) {
         if (count == 0) throw Failure{ERROR_GEN_FAILURE};
         done += static_cast<std::size_t>(count);
     }
-    return RegistryFromText(text);
+    known.registry = RegistryFromText(text);
+    known.file = std::move(file);
+    known.facts = facts;
 }
 
 void Save(const Path& path, std::string_view text) {
@@ -77,20 +108,26 @@ void Save(const Path& path, std::string_view text) {
 
 }  // namespace
 
-Registry LoadRegistry() {
-    return Load(FilePath());
+void ReadRegistry(const std::function<void(Registry&)>& read) {
+    Known& known = OfThisProcess();
+    const std::lock_guard lock(known.mutex);
+    Refresh(known, FilePath());
+    read(known.registry);
 }
 
 void ChangeRegistry(const std::function<void(Registry&)>& change) {
+    Known& known = OfThisProcess();
+    const std::lock_guard lock(known.mutex);
     const Path path = FilePath(), folder = path.has_parent_path() ? path.parent_path() : ".";
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     if (error) throw Failure{ErrorFromErrno(error.value())};
-    const Descriptor lock = Open(folder, O_RDONLY | O_DIRECTORY);
-    if (Retry([&] { return flock(lock.Get(), LOCK_EX); }) != 0) FailErrno();
-    Registry registry = Load(path);
-    change(registry);
-    Save(path, TextFromRegistry(registry));
+    const Descriptor open = Open(folder, O_RDONLY | O_DIRECTORY);
+    if (Retry([&] { return flock(open.Get(), LOCK_EX); }) != 0) FailErrno();
+    Refresh(known, path);
+    Registry changed = known.registry;
+    change(changed);
+    Save(path, TextFromRegistry(changed));
 }
 
 std::uint64_t FileTimeNow() noexcept {

@@ -7,9 +7,14 @@
 namespace winapi {
 namespace {
 
-// What names that are one to the registry have in common.
-std::u16string Folded(std::u16string_view text) {
-    std::u16string folded(text);
+char16_t Upper(char16_t unit) noexcept {
+    CharUpperBuffW(&unit, 1);
+    return unit;
+}
+
+// What paths that are one to the registry have in common.
+std::u16string Folded(std::u16string_view path) {
+    std::u16string folded(path);
     CharUpperBuffW(folded.data(), static_cast<DWORD>(folded.size()));
     return folded;
 }
@@ -71,8 +76,11 @@ void Registry::DeleteBelow(std::u16string_view path) {
 }
 
 std::vector<RegistryValue>::iterator RegistryNode::FindValue(std::u16string_view name) {
-    return std::find_if(values.begin(), values.end(), [wanted = Folded(name)](const RegistryValue& value) {
-        return Folded(value.name) == wanted;
+    const auto sameUnit = [](char16_t one, char16_t other) {
+        return one == other || Upper(one) == Upper(other);
+    };
+    return std::find_if(values.begin(), values.end(), [&](const RegistryValue& value) {
+        return std::equal(value.name.begin(), value.name.end(), name.begin(), name.end(), sameUnit);
     });
 }
 

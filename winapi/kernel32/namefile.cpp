@@ -7,7 +7,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <utility>
+#include <filesystem>
+#include <system_error>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -46,33 +47,22 @@ constexpr mode_t FileMode(bool global) noexcept {
     return global ? 0666 : 0600;
 }
 
-void MakeFolder(const std::string& folder, bool global) {
-    const mode_t mode = FolderMode(global);
-    int result = mkdir(folder.c_str(), mode);
-    if (result != 0 && errno == ENOENT) {
-        mkdir(folder.substr(0, folder.rfind('/')).c_str(), mode);
-        result = mkdir(folder.c_str(), mode);
-    }
-    if (result == 0) chmod(folder.c_str(), mode);  // whatever the umask took away
+void MakeFolder(const NamePlace& place) {
+    const mode_t mode = FolderMode(place.isGlobal);
+    std::error_code error;
+    std::filesystem::create_directories(std::filesystem::path(place.folder).parent_path(), error);
+    if (mkdir(place.folder.c_str(), mode) == 0) chmod(place.folder.c_str(), mode);  // whatever the umask took
 }
 
 // The folder, locked against everybody else who looks for names in it.
-class LockedFolder {
-  public:
-    LockedFolder(const std::string& folder, bool global)
-        : descriptor_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW)) {
-        if (!descriptor_.IsOpen()) FailErrno();
-        struct stat facts {};
-        if (fstat(descriptor_.Get(), &facts) != 0) FailErrno();
-        if (!global && facts.st_uid != getuid()) throw Failure{ERROR_ACCESS_DENIED};
-        if (Retry([this] { return flock(descriptor_.Get(), LOCK_EX); }) != 0) FailErrno();
-    }
-
-    [[nodiscard]] int Get() const noexcept { return descriptor_.Get(); }
-
-  private:
-    Descriptor descriptor_;
-};
+Descriptor LockedFolder(const NamePlace& place) {
+    Descriptor folder(open(place.folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW));
+    struct stat facts {};
+    if (!folder.IsOpen() || fstat(folder.Get(), &facts) != 0) FailErrno();
+    if (!place.isGlobal && facts.st_uid != getuid()) throw Failure{ERROR_ACCESS_DENIED};
+    if (Retry([&] { return flock(folder.Get(), LOCK_EX); }) != 0) FailErrno();
+    return folder;
+}
 
 // ---- File names ----------------------------------------------------------------------------------------
 
@@ -138,25 +128,11 @@ void Mark(int descriptor, char mark) noexcept {
     static_cast<void>(Retry([&] { return pwrite(descriptor, &mark, 1, 0); }));
 }
 
-Ownership TryToOwn(int descriptor) {
-    if (LockFirstByte(descriptor, F_WRLCK) != 0) {
-        if (errno != EAGAIN && errno != EACCES) FailErrno();
-        return Ownership::refused;
-    }
-    char mark = freeMark;
-    static_cast<void>(Retry([&] { return pread(descriptor, &mark, 1, 0); }));
-    Mark(descriptor, ownedMark);
-    return mark == ownedMark ? Ownership::takenFromTheDead : Ownership::taken;
-}
-
 }  // namespace
 
-NameFile::NameFile(Place place, Descriptor descriptor) noexcept
-    : place_(std::move(place)), descriptor_(std::move(descriptor)), process_(getpid()) {}
-
-NameFile::Place NameFile::PlaceOf(std::u16string_view name) {
+NamePlace::NamePlace(std::u16string_view name) {
     constexpr std::u16string_view local = u"Local\\", global = u"Global\\";
-    const bool isGlobal = name.starts_with(global);
+    isGlobal = name.starts_with(global);
     if (isGlobal) name.remove_prefix(global.size());
     if (name.starts_with(local) && !isGlobal) name.remove_prefix(local.size());
 
@@ -165,47 +141,36 @@ NameFile::Place NameFile::PlaceOf(std::u16string_view name) {
     if (name.front() == u'\\') throw Failure{ERROR_BAD_PATHNAME};
     if (name.find(u'\\') != std::u16string_view::npos) throw Failure{ERROR_PATH_NOT_FOUND};
     if (name.size() > longest) throw Failure{ERROR_FILENAME_EXCED_RANGE};
-    return {isGlobal ? GlobalFolder() : LocalFolder(), FileNameOf(name), isGlobal};
+    folder = isGlobal ? GlobalFolder() : LocalFolder();
+    file = FileNameOf(name);
 }
 
-NameFile::Opened NameFile::Create(std::u16string_view name, bool owned) {
-    Place place = PlaceOf(name);
-    MakeFolder(place.folder, place.global);
-    const LockedFolder folder(place.folder, place.global);
+NameFile::NameFile(const NamePlace& place, bool mayMake, bool owned) : place_(place), process_(getpid()) {
+    if (mayMake) MakeFolder(place);
+    const Descriptor folder = LockedFolder(place);
     const char* const path = place.file.c_str();
     // Not O_CREAT at once: Linux refuses that for another user's file in a sticky folder.
-    Descriptor descriptor(openat(folder.Get(), path, O_RDWR | O_CLOEXEC | O_NOFOLLOW));
-    if (!descriptor.IsOpen() && errno == ENOENT) {
-        const mode_t mode = FileMode(place.global);
-        descriptor = Descriptor(openat(folder.Get(), path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-        if (descriptor.IsOpen()) fchmod(descriptor.Get(), mode);
+    descriptor_ = Descriptor(openat(folder.Get(), path, O_RDWR | O_CLOEXEC | O_NOFOLLOW));
+    if (!descriptor_.IsOpen() && errno == ENOENT && mayMake) {
+        const mode_t mode = FileMode(place.isGlobal);
+        descriptor_ = Descriptor(openat(folder.Get(), path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+        if (descriptor_.IsOpen()) fchmod(descriptor_.Get(), mode);
     }
-    if (!descriptor.IsOpen()) FailErrno();
-
-    const bool existed = !HeldByNobodyElse(descriptor);
-    if (!existed) Mark(descriptor.Get(), freeMark);
-    if (!existed && owned) static_cast<void>(winapi::TryToOwn(descriptor.Get()));
-    Hold(descriptor);
-    return {NameFile(std::move(place), std::move(descriptor)), existed};
-}
-
-NameFile NameFile::Open(std::u16string_view name) {
-    Place place = PlaceOf(name);
-    const LockedFolder folder(place.folder, place.global);
-    Descriptor descriptor(openat(folder.Get(), place.file.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
-    if (!descriptor.IsOpen()) FailErrno();
-    if (HeldByNobodyElse(descriptor)) {
-        unlinkat(folder.Get(), place.file.c_str(), 0);
+    if (!descriptor_.IsOpen()) FailErrno();
+    existed_ = !HeldByNobodyElse(descriptor_);
+    if (!existed_ && !mayMake) {
+        unlinkat(folder.Get(), path, 0);
         throw Failure{ERROR_FILE_NOT_FOUND};
     }
-    Hold(descriptor);
-    return {std::move(place), std::move(descriptor)};
+    if (!existed_) Mark(descriptor_.Get(), freeMark);
+    if (!existed_ && owned) static_cast<void>(TryToOwn());
+    Hold(descriptor_);
 }
 
 NameFile::~NameFile() {
-    if (!descriptor_.IsOpen() || process_ != getpid()) return;
+    if (process_ != getpid()) return;
     try {
-        const LockedFolder folder(place_.folder, place_.global);
+        const Descriptor folder = LockedFolder(place_);
         struct stat own {
         }, named{};
         if (HeldByNobodyElse(descriptor_) && fstat(descriptor_.Get(), &own) == 0 &&
@@ -219,7 +184,14 @@ NameFile::~NameFile() {
 }
 
 Ownership NameFile::TryToOwn() const {
-    return winapi::TryToOwn(descriptor_.Get());
+    if (LockFirstByte(descriptor_.Get(), F_WRLCK) != 0) {
+        if (errno != EAGAIN && errno != EACCES) FailErrno();
+        return Ownership::refused;
+    }
+    char mark = freeMark;
+    static_cast<void>(Retry([&] { return pread(descriptor_.Get(), &mark, 1, 0); }));
+    Mark(descriptor_.Get(), ownedMark);
+    return mark == ownedMark ? Ownership::takenFromTheDead : Ownership::taken;
 }
 
 void NameFile::Disown() const noexcept {

@@ -14,21 +14,31 @@
 
 namespace winapi {
 
+// Where a name's file is. Names that mean the same have the same place.
+struct NamePlace {
+    std::string folder;
+    std::string file;
+    bool isGlobal;
+
+    // Throws Failure for what no name can be.
+    explicit NamePlace(std::u16string_view name);
+    friend bool operator==(const NamePlace&, const NamePlace&) = default;
+};
+
 enum class Ownership { refused, taken, takenFromTheDead };
 
 class NameFile {
   public:
-    struct Opened;
-
-    // Takes hold of a name that may or may not exist; a new one is owned at once if `owned` says so.
-    [[nodiscard]] static Opened Create(std::u16string_view name, bool owned);
-    // Takes hold of a name that exists, or throws Failure{ERROR_FILE_NOT_FOUND}.
-    [[nodiscard]] static NameFile Open(std::u16string_view name);
-
+    // Takes hold of a name. One that doesn't exist is made, and owned at once if `owned` says so; without
+    // `mayMake` it leads to Failure{ERROR_FILE_NOT_FOUND}.
+    NameFile(const NamePlace& place, bool mayMake, bool owned);
     // Gives up the hold, and with the last one the name. Gives up ownership as the dead do.
     ~NameFile();
-    NameFile(NameFile&&) noexcept = default;
-    NameFile& operator=(NameFile&&) = delete;
+    NameFile(const NameFile&) = delete;
+    NameFile& operator=(const NameFile&) = delete;
+
+    [[nodiscard]] const NamePlace& Place() const noexcept { return place_; }
+    [[nodiscard]] bool Existed() const noexcept { return existed_; }
 
     [[nodiscard]] Ownership TryToOwn() const;
     void Disown() const noexcept;
@@ -36,22 +46,11 @@ class NameFile {
     void Abandon() const noexcept;
 
   private:
-    struct Place {
-        std::string folder;
-        std::string file;
-        bool global;
-    };
-    NameFile(Place place, Descriptor descriptor) noexcept;
-    static Place PlaceOf(std::u16string_view name);
-
-    Place place_;
+    const NamePlace place_;
+    const int
+        process_;  // a child made by fork shares the description: only this process may give up the hold
     Descriptor descriptor_;
-    int process_;  // a child made by fork shares the description: only this process may give up the hold
-};
-
-struct NameFile::Opened {
-    NameFile file;
-    bool existed;
+    bool existed_ = false;
 };
 
 }  // namespace winapi
