@@ -9,7 +9,7 @@
 #include <vector>
 
 // xltypeInt.
-[[nodiscard]] XXloperPtr XXloperFromInt(std::int32_t value);
+[[nodiscard]] XXloperPtr XXloperFromInt(std::int32_t number);
 
 // xltypeStr, of the text up to its first zero unit and of its first 32767 units at most; what is behind
 // them is dropped without a report. Narrow text is of the ANSI code page. A null pointer is an empty text.
@@ -19,8 +19,8 @@
 [[nodiscard]] XXloperPtr XXloperFromString(const std::string& text);
 [[nodiscard]] XXloperPtr XXloperFromString(std::nullptr_t);
 
-// xltypeBool with `value` as it stands, be it 0, 1 or more.
-[[nodiscard]] XXloperPtr XXloperFromBool(BYTE value);
+// xltypeBool with `truth` as it stands, be it 0, 1 or more.
+[[nodiscard]] XXloperPtr XXloperFromBool(BYTE truth);
 
 // xltypeErr with `code` as it stands: the xlerr... numbers, but nothing tests that.
 [[nodiscard]] XXloperPtr XXloperFromError(std::int32_t code);

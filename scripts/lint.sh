@@ -19,6 +19,7 @@ for tool in clang-format clang-tidy shellcheck pyflakes3; do
   command -v "$tool" >/dev/null || { echo "lint.sh: $tool isn't installed; scripts/setup.sh lint does that" >&2; exit 2; }
 done
 
+for file in "$@"; do [ -e "$file" ] || { echo "lint.sh: there is no $file" >&2; exit 2; }; done
 mapfile -t files < <(if [ $# -gt 0 ]; then printf '%s\n' "$@"; else git ls-files; fi)
 # these REGEX: the files whose names match.
 these() { printf '%s\n' "${files[@]}" | grep -E "$1" || true; }
@@ -45,7 +46,7 @@ while read -r source; do
   for home in native windows; do
     if read_by "$home" "$source"; then checked+=("$home" "$source"); break; fi
   done
-done < <(these '^(winapi|text|errors|automation|platform|objectmodel|excelvalues|addin|excelhost)/.*\.cpp$')
+done < <(these '^(winapi|text|errors|automation|platform|objectmodel|excelvalues|addin|excelhost|examples)/.*\.cpp$')
 
 # tidy NUMBER HOME SOURCE
 tidy() {

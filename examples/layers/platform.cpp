@@ -2,6 +2,7 @@
 
 #include "errors/vex.h"
 #include "platform/platform.h"
+#include "text/text.h"
 
 #include <cstdio>
 #include <string>
@@ -25,9 +26,7 @@ void Files(const CStringW& folder) {
     }
     File file(path, TEXT("rb"));
     Print("lines", std::to_string(file.get_lines().size()));
-    char checksum[17];
-    std::snprintf(checksum, sizeof checksum, "%016llX", static_cast<unsigned long long>(file.crc64()));
-    Print("CRC-64", checksum);
+    Print("CRC-64", StdStringFormat("%016I64X", file.crc64()));
 }
 
 void Failures(const CStringW& folder) {

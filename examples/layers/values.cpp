@@ -77,10 +77,10 @@ void Arrays() {
     std::printf("Arrays\n");
     const XXloperPtr block = XXloperFromDoubles(2, 2, std::vector<double>{1, 2, 3});
     const auto& array = block->val.array;
+    const XLOPER12* cell = array.lparray;
     for (RW row = 0; row < array.rows; ++row) {
-        const XLOPER12* const cells = array.lparray + row * array.columns;
         for (COL column = 0; column < array.columns; ++column) {
-            const double number = DoubleFromXXloper(static_cast<const XXloper&>(cells[column]));
+            const double number = DoubleFromXXloper(static_cast<const XXloper&>(*cell++));
             std::printf(IsErrorNaN(number) ? "  #N/A" : "  %g", number);
         }
         std::printf("\n");

@@ -50,7 +50,7 @@ std::string Shown(const OwnedVariant& value) {
 
 // A record of the library says what happened as data. The words are the caller's: here they are English.
 std::string Message(const VexException& raised) {
-    const std::string cell = raised.args.empty() ? "" : Utf8(raised.args[0]);
+    std::string cell = raised.args.empty() ? "" : Utf8(raised.args[0]);
     switch (raised.code) {
         case VexCode::CellLockedOnWrite:
             return "Cell " + cell + " is locked, and its sheet is protected.";
@@ -73,8 +73,7 @@ std::string Message(const VexException& raised) {
 
 // A failure that Excel itself describes, or a bare number.
 std::string Message(const _com_error& raised) {
-    char number[32];
-    std::snprintf(number, sizeof number, "error %08X", static_cast<unsigned>(raised.Error()));
+    const std::string number = StdStringFormat("error %08X", raised.Error());
     BSTR description = nullptr;
     if (const auto info = kestrolumen::ComPtr<IErrorInfo>::Adopt(raised.ErrorInfo()))
         info->GetDescription(&description);

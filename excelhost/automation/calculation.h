@@ -10,7 +10,7 @@ namespace excelhost::automation {
 void CheckFormula(TextView text, std::size_t limit);
 
 // The value of a formula in a cell of the sheet; a formula that can't be read gives #NAME?.
-[[nodiscard]] Variant CalculateText(const SheetNode& sheet, LONG row, LONG column, TextView formula);
+[[nodiscard]] Variant CalculateText(const SheetNode& sheet, LONG row, LONG column, TextView text);
 
 // The VARIANT of an error value, such as xlerrNA: VT_ERROR 0x800A07FA.
 [[nodiscard]] Variant ErrorVariant(int number) noexcept;

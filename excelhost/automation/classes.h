@@ -37,7 +37,7 @@ void ReturnName(Call& call);
                                                   RangeNode::Unit unit = RangeNode::Unit::cells);
 // What an address, or a defined name, stands for on the sheet or on the one that it says; null for text that
 // is neither. The address may say a sheet of the same workbook, and the workbook itself.
-[[nodiscard]] std::shared_ptr<Node> ResolveRange(SheetNode& sheet, TextView address);
+[[nodiscard]] std::shared_ptr<Node> ResolveRange(SheetNode& sheet, TextView text);
 // The range's node behind a VARIANT with one of this server's ranges; refused for anything else.
 [[nodiscard]] RangeNode& RangeOf(const Call& call, const VARIANT& argument);
 // Evaluate, on a sheet.
