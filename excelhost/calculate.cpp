@@ -218,11 +218,44 @@ class StackMachine {
     }
 
     void Call(const FormulaStep& step) {
-        const std::span<const Value> arguments(stack_.data() + (stack_.size() - step.count), step.count);
-        Value result = step.builtin != nullptr ? CallBuiltin(*step.builtin, arguments, cells_)
-                                               : call_(*step.value.If<Text>(), arguments);
+        const std::span<Value> arguments(stack_.data() + (stack_.size() - step.count), step.count);
+        Value result = step.builtin == nullptr      ? call_(*step.value.If<Text>(), arguments)
+                       : IsForEach(step, arguments) ? CalledForEach(*step.builtin, arguments)
+                                                    : CallBuiltin(*step.builtin, arguments, cells_);
         stack_.resize(stack_.size() - step.count);
         stack_.push_back(std::move(result));
+    }
+
+    // Whether the function is to be called for each element of an argument of which it takes one value.
+    [[nodiscard]] bool IsForEach(const FormulaStep& step, std::span<const Value> arguments) const {
+        if (!step.wholeArrays) return false;
+        for (std::size_t i = 0; i < arguments.size(); ++i) {
+            if (!step.builtin->takes.Single(i)) continue;
+            if (arguments[i].Is<Array>()) return true;
+            const auto range = cells_.Find(arguments[i]);
+            if (range && (range->area.Rows() > 1 || range->area.Columns() > 1)) return true;
+        }
+        return false;
+    }
+
+    // Uses the arguments up.
+    Value CalledForEach(const Builtin& builtin, std::span<Value> arguments) const {
+        std::vector<Value> given(arguments.size());
+        std::vector<std::size_t> places;
+        std::vector<const Value*> operands;
+        for (std::size_t i = 0; i < arguments.size(); ++i) {
+            if (!builtin.takes.Single(i)) {
+                given[i] = std::move(arguments[i]);
+                continue;
+            }
+            if (IsReference(arguments[i])) arguments[i] = cells_.Read(arguments[i]);
+            places.push_back(i);
+            operands.push_back(&arguments[i]);
+        }
+        return Mapped(operands, [&](std::span<const Value* const> elements) {
+            for (std::size_t i = 0; i < places.size(); ++i) given[places[i]] = *elements[i];
+            return cells_.Scalar(CallBuiltin(builtin, given, cells_));
+        });
     }
 
     void Select() {

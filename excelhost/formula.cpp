@@ -256,7 +256,7 @@ class FormulaParser {
         const bool isIf = SameName(name, TEXT("IF"));
         const Builtin* builtin = isIf ? nullptr : FindBuiltin(name);
         const bool outerArrays =
-            std::exchange(wholeArrays_, wholeArrays_ || (builtin && builtin->wholeArrays));
+            std::exchange(wholeArrays_, wholeArrays_ || (builtin && builtin->takes.wholeArrays));
         std::size_t branch = 0;
         std::size_t jump = 0;
         std::size_t count = 0;

@@ -66,7 +66,7 @@ struct FormulaStep {
     std::uint16_t count = 0;
     std::uint16_t end = 0;  // of a Branch: the step behind the whole IF
     Step step = Step::Push;
-    bool wholeArrays = false;  // an operator takes arrays element by element instead of a cell of each
+    bool wholeArrays = false;  // it takes arrays element by element instead of a cell of each
 };
 
 // A formula as steps for a stack machine, which needs no depth of its own stack whatever the formula.

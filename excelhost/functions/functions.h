@@ -6,6 +6,7 @@
 #include "excelhost/value.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -108,12 +109,27 @@ class Given {
     throw ErrorFound{ErrorValue{error}};
 }
 
+// How a function takes its arguments: by default one value of each.
+struct TakesArguments {
+    // A bit for each of which it takes one value, from the first on; the last two bits go on by turns. Among array
+    // operators the function is called for each element of those. All others are handed on as they stand.
+    std::uint32_t single = ~std::uint32_t{0};
+    bool wholeArrays = false;  // operators in its arguments take arrays element by element
+
+    [[nodiscard]] bool Single(std::size_t i) const noexcept {
+        return (single >> (i < 32 ? i : 30 + i % 2) & 1) != 0;
+    }
+};
+inline constexpr TakesArguments kSingleValues{};
+inline constexpr TakesArguments kWholeArrays{0, true};
+inline constexpr TakesArguments kReferences{0, false};
+
 struct Builtin {
     std::string_view name;  // in upper case
     std::size_t fewest;
     std::size_t most;
     Value (*calculate)(const Given& given);
-    bool wholeArrays = false;   // operators in its arguments take arrays element by element
+    TakesArguments takes = kSingleValues;
     bool looksFurther = false;  // at cells beside those that its arguments name
     bool findsCells = false;    // which ones shows in the calculation only
 };

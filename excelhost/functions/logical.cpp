@@ -77,16 +77,16 @@ Value Switch(const Given& given) {
 }
 
 constexpr auto kFunctions = std::to_array<Builtin>({
-    {"AND", 1, kArgumentLimit, And, true},
+    {"AND", 1, kArgumentLimit, And, kWholeArrays},
     {"FALSE", 0, 0, [](const Given&) { return Value(false); }},
     {"IFERROR", 2, 2, IfError},
     {"IFNA", 2, 2, IfNotAvailable},
     {"IFS", 2, kArgumentLimit, Ifs},
     {"NOT", 1, 1, [](const Given& given) { return Value(!given.Truth(0)); }},
-    {"OR", 1, kArgumentLimit, Or, true},
+    {"OR", 1, kArgumentLimit, Or, kWholeArrays},
     {"SWITCH", 3, kArgumentLimit, Switch},
     {"TRUE", 0, 0, [](const Given&) { return Value(true); }},
-    {"XOR", 1, kArgumentLimit, ExclusiveOr, true},
+    {"XOR", 1, kArgumentLimit, ExclusiveOr, kWholeArrays},
 });
 
 }  // namespace

@@ -130,6 +130,18 @@ Value ExtendedLookUp(const Given& given) {
     return given.Has(3) && !given.Raw(3).Is<Missing>() ? given.Any(3) : Value(ErrorValue{xlerrNA});
 }
 
+// A row and a column from 1 on, all of them for 0.
+Value Part(const Array& array, std::size_t row, std::size_t column) {
+    if (row > 0 && column > 0) return array.At(row - 1, column - 1);
+    Array part{row > 0 ? 1 : array.rows, column > 0 ? 1 : array.columns, {}};
+    for (std::size_t i = 0; i < part.rows; ++i) {
+        for (std::size_t k = 0; k < part.columns; ++k) {
+            part.cells.push_back(array.At(row > 0 ? row - 1 : i, column > 0 ? column - 1 : k));
+        }
+    }
+    return part;
+}
+
 // INDEX(table, row, [column]): a reference when the table is one. 0 stands for all rows or columns; of a table
 // with one row the second argument is the column.
 Value Index(const Given& given) {
@@ -143,7 +155,7 @@ Value Index(const Given& given) {
     if (!given.Has(2) && rows == 1) std::swap(row, column);
     if (!given.Has(2) && columns == 1) column = 1;
     if (row > rows || column > columns) return ErrorValue{xlerrRef};
-    if (array != nullptr) return array->At(row == 0 ? 0 : row - 1, column == 0 ? 0 : column - 1);
+    if (array != nullptr) return Part(*array, row, column);
     Area area = range.area;
     XLREF12& r = area.rectangle;
     if (row > 0) r.rwFirst = r.rwLast = r.rwFirst + static_cast<RW>(row) - 1;
@@ -206,12 +218,23 @@ Value Choose(const Given& given) {
     return given.Raw(choice);
 }
 
-Value Row(const Given& given) {
-    return 1.0 + (given.Has(0) ? given.Range(0).area.rectangle.rwFirst : given.Sheets().Here().row);
+// The numbers of rows and columns from one on: an array of them for several, as far as arrays go.
+template <bool Down>
+Value NumberOf(const Given& given) {
+    if (!given.Has(0)) {
+        const Place here = given.Sheets().Here();
+        return 1.0 + (Down ? here.row : here.column);
+    }
+    const XLREF12 r = given.Sheets().Bounded(given.Range(0).area).rectangle;
+    const double first = 1.0 + (Down ? r.rwFirst : r.colFirst);
+    const auto count = static_cast<std::size_t>((Down ? r.rwLast - r.rwFirst : r.colLast - r.colFirst) + 1);
+    if (count == 1) return first;
+    Array numbers{Down ? count : 1, Down ? 1 : count, {}};
+    numbers.cells.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) numbers.cells.emplace_back(first + static_cast<double>(i));
+    return numbers;
 }
-Value Column(const Given& given) {
-    return 1.0 + (given.Has(0) ? given.Range(0).area.rectangle.colFirst : given.Sheets().Here().column);
-}
+
 Value Rows(const Given& given) {
     const Array* array = given.Raw(0).If<Array>();
     return static_cast<double>(array != nullptr ? array->rows : given.Range(0).area.Rows());
@@ -222,20 +245,20 @@ Value Columns(const Given& given) {
 }
 
 constexpr auto kFunctions = std::to_array<Builtin>({
-    {"CHOOSE", 2, kArgumentLimit, Choose},
-    {"COLUMN", 0, 1, Column},
-    {"COLUMNS", 1, 1, Columns},
-    {"HLOOKUP", 3, 4, LookUpTable<false>},
-    {"INDEX", 2, 3, Index, true},
-    {"INDIRECT", 1, 2, Indirect, false, true, true},
-    {"LOOKUP", 2, 3, LookUp, true},
-    {"MATCH", 2, 3, Match, true},
-    {"OFFSET", 3, 5, Offset, false, true, true},
-    {"ROW", 0, 1, Row},
-    {"ROWS", 1, 1, Rows},
-    {"TRANSPOSE", 1, 1, Transpose, true},
-    {"VLOOKUP", 3, 4, LookUpTable<true>},
-    {"XLOOKUP", 3, 5, ExtendedLookUp, true},
+    {"CHOOSE", 2, kArgumentLimit, Choose, {0b1}},
+    {"COLUMN", 0, 1, NumberOf<false>, kReferences},
+    {"COLUMNS", 1, 1, Columns, kReferences},
+    {"HLOOKUP", 3, 4, LookUpTable<false>, {0b1101}},
+    {"INDEX", 2, 3, Index, {0b110, true}},
+    {"INDIRECT", 1, 2, Indirect, kReferences, true, true},
+    {"LOOKUP", 2, 3, LookUp, {0b1, true}},
+    {"MATCH", 2, 3, Match, {0b101, true}},
+    {"OFFSET", 3, 5, Offset, kReferences, true, true},
+    {"ROW", 0, 1, NumberOf<true>, kReferences},
+    {"ROWS", 1, 1, Rows, kReferences},
+    {"TRANSPOSE", 1, 1, Transpose, kWholeArrays},
+    {"VLOOKUP", 3, 4, LookUpTable<true>, {0b1101}},
+    {"XLOOKUP", 3, 5, ExtendedLookUp, {0b11001, true}},
 });
 
 }  // namespace
