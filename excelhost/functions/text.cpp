@@ -172,14 +172,15 @@ Value Code(const Given& given) {
     return static_cast<double>(static_cast<unsigned char>(byte));
 }
 
-// A text that isn't a number stays as it is, as does a truth value.
+// A truth value stays as it is.
 Value TextInFormat(const Given& given) {
     const Value value = given.Scalar(0);
     const Text format = given.String(1);
     double number = 0;
-    if (value.Is<bool>() || ToNumber(value, number)) return given.String(0);
-    if (format.empty()) return Text();
-    auto text = FormattedNumber(number, format);
+    if (value.Is<bool>()) return given.String(0);
+    const bool isText = ToNumber(value, number).has_value();
+    if (format.empty()) return isText ? value : Value(Text());
+    auto text = isText ? FormattedText(*value.If<Text>(), format) : FormattedNumber(number, format);
     return text ? Limited(*std::move(text)) : Value(ErrorValue{xlerrValue});
 }
 

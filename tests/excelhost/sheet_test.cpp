@@ -118,10 +118,14 @@ TEST(FormulaTest, GivesWhatExcelGives) {
         {"=SUM(OFFSET(C3,0,0,-2,1))&ISERROR(OFFSET(A1,-1,0))", "\"5TRUE\""},
         {"=INDIRECT(\"C2\")+1", "3"},
         {"=INDIRECT(\"C\"&2,FALSE)", "#REF!"},
-        // Formats that aren't known.
-        {"=TEXT(1.5,\"# ?/?\")", "#VALUE!"},
-        {"=TEXT(1.5,\"[h]:mm\")", "#VALUE!"},
-        {"=TEXT(1.5,\"0.0E+0\")", "#VALUE!"},
+        // Formats that aren't known, numbers that they leave out, and those that are too large for them.
+        {"=TEXT(1,\"[Nocolour]0\")", "#VALUE!"},
+        {"=TEXT(1,\"[>5]0\")", "#VALUE!"},
+        {"=TEXT(-1,\"[h]:mm\")", "#VALUE!"},
+        {"=TEXT(1E300,\"0%%%%%\")", "#VALUE!"},
+        {"=TEXT(1E308,\"?/?\")", "#VALUE!"},
+        {"=TEXT(0.5,\"ss.0000\")", "#VALUE!"},
+        {"=TEXT(-6,\"[=5]0.0;0\")&TEXT(\"x\",\"[Red]\\<@\\>\")&TEXT(TRUE,\"@@\")", "\"-6<x>TRUE\""},
         {"=TEXT(TRUE,\"0\")&TEXT(-1,\"yyyy\")", "#VALUE!"},
         {"=TEXT(-0.001,\"0.00\")&TEXT(5,\"\")", "\"0.00\""},
         {"=AND(TODAY()=INT(NOW()),NOW()-TODAY()<1,YEAR(TODAY())>2020)", "TRUE"},
