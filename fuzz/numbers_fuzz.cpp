@@ -37,7 +37,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::memcpy(&whole, data, 8);
     std::memcpy(&digits, data + 8, 2);
     CStringA grouped = CStringAFromInt64Grouped(whole);
-    grouped.Remove(',');
+    grouped.Replace(",", "");
     Check(grouped == std::to_string(whole).c_str(), "grouped digits are those of the number");
 
     const CStringA text(CStringWFromDouble(value, digits, '.'));

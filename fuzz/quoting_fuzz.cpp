@@ -22,15 +22,21 @@ CStringW Field(const CStringW& record, int number) {
     return end < 0 ? record.Mid(begin) : record.Mid(begin, end - begin);
 }
 
+CStringW Inserted(const CStringW& text, int index, WCHAR unit) {
+    return text.Left(index) + unit + text.Mid(index);
+}
+
 // As one works by hand: find, insert or remove, go on behind.
 CStringW DoubledByHand(CStringW text) {
     for (int at = text.Find(TEXT('"')); at >= 0; at = text.Find(TEXT('"'), at + 2))
-        text.Insert(at, TEXT('"'));
+        text = Inserted(text, at, TEXT('"'));
     return text;
 }
 
 CStringW UndoubledByHand(CStringW text) {
-    for (int at = text.Find(TEXT("\"\"")); at >= 0; at = text.Find(TEXT("\"\""), at + 1)) text.Delete(at);
+    for (int at = text.Find(TEXT("\"\"")); at >= 0; at = text.Find(TEXT("\"\""), at + 1)) {
+        text = text.Left(at) + text.Mid(at + 1);
+    }
     return text;
 }
 
@@ -40,7 +46,7 @@ CStringW SheetDoubledByHand(const CStringW& reference) {
     CStringW part = reference.Left(end);
     const int margin = end >= 2 && part[0] == TEXT('\'') && part[end - 1] == TEXT('\'') ? 1 : 0;
     for (int at = margin; at < part.GetLength() - margin; ++at) {
-        if (part[at] == TEXT('\'')) part.Insert(at++, TEXT('\''));
+        if (part[at] == TEXT('\'')) part = Inserted(part, at++, TEXT('\''));
     }
     return part + reference.Mid(end);
 }

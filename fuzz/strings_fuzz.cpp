@@ -35,12 +35,12 @@ class Strings {
                 model = otherModel.substr(otherAt);
                 break;
             case 3:
-                text.Insert(first, other.GetString() + otherAt);
-                model.insert(at, otherModel.substr(otherAt));
+                text.Append(text.GetString() + at, text.GetLength() - first);
+                model += model.substr(at);
                 break;
             case 4:
-                text.Delete(first, units);
-                model.erase(at, count);
+                text.SetString(text.GetString() + at, text.GetLength() - first);
+                model.erase(0, at);
                 break;
             case 5:
                 text.Replace('a', 'b');

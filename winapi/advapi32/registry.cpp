@@ -1,6 +1,7 @@
 #include "winreg.h"
 
 #include "kernel32/failure.h"
+#include "kernel32/filetime.h"
 #include "kernel32/kernelobject.h"
 #include "registrystore.h"
 
@@ -74,21 +75,6 @@ std::shared_ptr<Key> KeyOf(HKEY handle) {
     return winapi::ObjectOf<Key>(handle);
 }
 
-// The rights that the generic ones stand for.
-REGSAM Specific(REGSAM access) noexcept {
-    constexpr struct {
-        REGSAM generic, specific;
-    } rights[] = {{0x80000000U, KEY_READ},         // GENERIC_READ
-                  {0x40000000U, KEY_WRITE},        // GENERIC_WRITE
-                  {0x20000000U, KEY_READ},         // GENERIC_EXECUTE
-                  {0x10000000U, KEY_ALL_ACCESS},   // GENERIC_ALL
-                  {0x02000000U, KEY_ALL_ACCESS}};  // MAXIMUM_ALLOWED
-    for (const auto& [generic, specific] : rights) {
-        if ((access & generic) != 0) access |= specific;
-    }
-    return access;
-}
-
 void RequireOneView(REGSAM access) {
     constexpr REGSAM both = KEY_WOW64_32KEY | KEY_WOW64_64KEY;
     Require((access & both) != both);
@@ -100,7 +86,7 @@ std::u16string PathBelow(const Key& key, LPCWSTR subkey) {
 }
 
 HKEY NewKey(std::u16string path, REGSAM access) {
-    const HANDLE handle = winapi::NewHandle(std::make_shared<Key>(std::move(path), Specific(access)));
+    const HANDLE handle = winapi::NewHandle(std::make_shared<Key>(std::move(path), access));
     return static_cast<HKEY>(handle);
 }
 
@@ -122,11 +108,6 @@ void Write(HKEY handle, REGSAM right, Body body) {
     winapi::ChangeRegistry([&](Registry& registry) { body(key->Node(registry), registry); });
 }
 
-// The last name of a subkey's path.
-std::u16string_view NameOf(const RegistryNode& node) noexcept {
-    return std::u16string_view(node.path).substr(node.path.rfind(u'\\') + 1);
-}
-
 void TellData(const RegistryValue& value, LPDWORD kind, LPBYTE data, LPDWORD size) {
     const auto needed = static_cast<DWORD>(value.data.size());
     if (kind != nullptr) *kind = value.kind;
@@ -141,21 +122,6 @@ void TellName(std::u16string_view name, LPWSTR buffer, LPDWORD size) {
     Require(name.size() < *size, ERROR_MORE_DATA);
     buffer[name.copy(buffer, name.size())] = u'\0';
     *size = static_cast<DWORD>(name.size());
-}
-
-void Tell(LPDWORD target, std::size_t number) noexcept {
-    if (target != nullptr) *target = static_cast<DWORD>(number);
-}
-
-void TellTime(PFILETIME target, std::uint64_t time) noexcept {
-    if (target != nullptr) *target = {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
-}
-
-template <class Items, class Size>
-std::size_t Longest(const Items& items, Size size) noexcept {
-    std::size_t longest = 0;
-    for (const auto& item : items) longest = std::max(longest, size(item));
-    return longest;
 }
 
 }  // namespace
@@ -178,7 +144,7 @@ LSTATUS WINAPI RegCreateKeyExW(HKEY key, LPCWSTR subkey, DWORD reserved, LPWSTR,
                                LPSECURITY_ATTRIBUTES, PHKEY result, LPDWORD disposition) noexcept {
     const LSTATUS opened = reserved != 0 || subkey == nullptr ? LSTATUS{ERROR_INVALID_PARAMETER}
                                                               : RegOpenKeyExW(key, subkey, 0, access, result);
-    if (opened == ERROR_SUCCESS) Tell(disposition, REG_OPENED_EXISTING_KEY);
+    if (opened == ERROR_SUCCESS && disposition != nullptr) *disposition = REG_OPENED_EXISTING_KEY;
     if (opened != ERROR_FILE_NOT_FOUND) return opened;
     return Status([&] {
         const std::shared_ptr<Key> parent = KeyOf(key);
@@ -190,7 +156,7 @@ LSTATUS WINAPI RegCreateKeyExW(HKEY key, LPCWSTR subkey, DWORD reserved, LPWSTR,
             Require(registry.Make(path, winapi::FileTimeNow()) != nullptr);
         });
         *result = NewKey(std::move(path), access);
-        Tell(disposition, isNew ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY);
+        if (disposition != nullptr) *disposition = isNew ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
     });
 }
 
@@ -255,12 +221,12 @@ LSTATUS WINAPI RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameSiz
                              LPDWORD classSize, PFILETIME lastWrite) noexcept {
     return Status([&] {
         Require(name != nullptr && nameSize != nullptr && reserved == nullptr);
+        Require(classSize == nullptr && lastWrite == nullptr);
         Read(key, KEY_ENUMERATE_SUB_KEYS, [&](const RegistryNode& node, const Registry& registry) {
             const auto subkeys = registry.Subkeys(node.path);
             Require(index < subkeys.size(), ERROR_NO_MORE_ITEMS);
-            TellName(NameOf(*subkeys[index]), name, nameSize);
-            Tell(classSize, 0);
-            TellTime(lastWrite, subkeys[index]->lastWrite);
+            const std::u16string_view path = subkeys[index]->path;
+            TellName(path.substr(path.rfind(u'\\') + 1), name, nameSize);
         });
     });
 }
@@ -270,19 +236,12 @@ LSTATUS WINAPI RegQueryInfoKeyW(HKEY key, LPWSTR, LPDWORD classSize, LPDWORD res
                                 LPDWORD longestName, LPDWORD longestData, LPDWORD descriptorSize,
                                 PFILETIME lastWrite) noexcept {
     return Status([&] {
-        Require(reserved == nullptr);
-        Read(key, KEY_QUERY_VALUE, [&](const RegistryNode& node, const Registry& registry) {
-            const auto keyLength = [](const RegistryNode* subkey) { return NameOf(*subkey).size(); };
-            const auto nameLength = [](const RegistryValue& value) { return value.name.size(); };
-            const auto dataSize = [](const RegistryValue& value) { return value.data.size(); };
-            const auto below = registry.Subkeys(node.path);
-            for (const LPDWORD nothing : {classSize, longestClass, descriptorSize}) Tell(nothing, 0);
-            Tell(subkeys, below.size());
-            Tell(longestSubkey, Longest(below, keyLength));
-            Tell(values, node.values.size());
-            Tell(longestName, Longest(node.values, nameLength));
-            Tell(longestData, Longest(node.values, dataSize));
-            TellTime(lastWrite, node.lastWrite);
+        for (const LPDWORD untold : {classSize, reserved, subkeys, longestSubkey, longestClass, values,
+                                     longestName, longestData, descriptorSize}) {
+            Require(untold == nullptr);
+        }
+        Read(key, KEY_QUERY_VALUE, [&](const RegistryNode& node, const Registry&) {
+            if (lastWrite != nullptr) *lastWrite = winapi::FileTimeOf(node.lastWrite);
         });
     });
 }

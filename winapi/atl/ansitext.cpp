@@ -38,10 +38,6 @@ std::size_t CharacterLength(const WCHAR* text) noexcept {
     return (text[0] & 0xFC00) == 0xD800 && (text[1] & 0xFC00) == 0xDC00 ? 2 : 1;
 }
 
-bool StartsCharacter(const char* text, std::size_t index) noexcept {
-    return CharacterStarts<char>(text).At(index);
-}
-
 bool CharacterStarts<char>::At(std::size_t index) noexcept {
     // A byte that is no lead byte ends a character, whatever stands before it. So an odd run of lead bytes
     // directly before the place means that its last one takes the byte there.

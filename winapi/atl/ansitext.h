@@ -20,13 +20,8 @@ template <typename Unit>
 [[nodiscard]] std::size_t CharacterLength(const char* text) noexcept;
 [[nodiscard]] std::size_t CharacterLength(const WCHAR* text) noexcept;
 
-// Whether a character begins at `text[index]`, and not the second byte of one.
-[[nodiscard]] bool StartsCharacter(const char* text, std::size_t index) noexcept;
-[[nodiscard]] constexpr bool StartsCharacter(const WCHAR*, std::size_t) noexcept {
-    return true;
-}
-
-// Answers the same for one place behind the other, and reads the text once for all of them.
+// Answers for one place behind the other whether a character begins there, and not the second byte of one; reads
+// the text once for all of them.
 template <typename Unit>
 class CharacterStarts;
 

@@ -14,7 +14,6 @@ namespace {
 
 using atlstr::BufferHead;
 using atlstr::CheckedLength;
-using letters::IsOneOf;
 using letters::IsSpace;
 using letters::LetterCase;
 using letters::MapAsciiCase;
@@ -120,31 +119,6 @@ typename CStringT<Unit>::PXSTR CStringT<Unit>::PrepareAppend(std::size_t count) 
     return text_ + GetLength();
 }
 
-// Puts `count` units in the place of the `removed` ones at `index`. `inserted` may point into this string.
-template <typename Unit>
-void CStringT<Unit>::Splice(int index, int removed, PCXSTR inserted, int count) {
-    const int oldLength = GetLength();
-    const int tail = oldLength - index - removed;
-    const int length = CheckedLength(std::int64_t{oldLength} - removed + count);
-    // An inner text has to be read before the tail moves; without a tail one move does.
-    const bool inner =
-        std::less_equal<>{}(text_, inserted) && std::less_equal<>{}(inserted, text_ + oldLength);
-    using Traits = std::char_traits<XCHAR>;
-    const auto size = [](int units) { return static_cast<std::size_t>(units); };
-    if (!IsShared() && length <= GetAllocLength() && (tail == 0 || count == 0 || !inner)) {
-        Traits::move(text_ + index + count, text_ + index + removed, size(tail));
-        if (count > 0) Traits::move(text_ + index, inserted, size(count));
-        SetLength(length);
-        return;
-    }
-    CStringT changed = WithCapacity(removed == 0 ? GrownCapacity(length) : length);
-    Traits::copy(changed.text_, text_, size(index));
-    if (count > 0) Traits::copy(changed.text_ + index, inserted, size(count));
-    Traits::copy(changed.text_ + index + count, text_ + index + removed, size(tail));
-    changed.SetLength(length);
-    Swap(changed);
-}
-
 // A byte of ANSI text gives one unit at most. A unit gives two bytes at most in a double-byte page; only
 // UTF-8 as the ANSI code page can ask for more, and is measured then.
 template <typename Unit>
@@ -182,12 +156,23 @@ void CStringT<Unit>::SetAt(int index, XCHAR unit) {
 template <typename Unit>
 void CStringT<Unit>::SetString(PCXSTR text, int length) {
     if (text == nullptr || length <= 0) return Empty();
-    Splice(0, GetLength(), text, length);
+    if (IsShared() || length > GetAllocLength()) {
+        *this = CStringT(text, length);
+    } else {
+        std::char_traits<XCHAR>::move(text_, text, static_cast<std::size_t>(length));
+        SetLength(length);
+    }
 }
 
 template <typename Unit>
 void CStringT<Unit>::Append(PCXSTR text, int length) {
-    if (text != nullptr && length > 0) Splice(GetLength(), 0, text, length);
+    if (text == nullptr || length <= 0) return;
+    // What points into this string moves with its text.
+    const bool inner = std::less_equal<>{}(text_, text) && std::less_equal<>{}(text, text_ + GetLength());
+    const std::ptrdiff_t offset = inner ? text - text_ : 0;
+    PXSTR const end = PrepareAppend(static_cast<std::size_t>(length));
+    std::char_traits<XCHAR>::move(end, inner ? text_ + offset : text, static_cast<std::size_t>(length));
+    SetLength(GetLength() + length);
 }
 
 template <typename Unit>
@@ -269,9 +254,6 @@ int CStringT<Unit>::Find(XCHAR unit, int start) const noexcept {
 
 template <typename Unit>
 int CStringT<Unit>::ReverseFind(XCHAR unit) const noexcept {
-    const auto last = Text().rfind(unit);
-    if (last == View::npos) return -1;
-    if (ansitext::StartsCharacter(text_, last)) return static_cast<int>(last);
     // From the front: what tells the halves of characters is read once that way.
     ansitext::CharacterStarts<XCHAR> starts(text_);
     int found = -1;
@@ -283,9 +265,10 @@ int CStringT<Unit>::ReverseFind(XCHAR unit) const noexcept {
 template <typename Unit>
 CStringT<Unit> CStringT<Unit>::Tokenize(PCXSTR delimiters, int& position) const {
     const int length = GetLength();
+    const View set = delimiters == nullptr ? View() : View(delimiters);
     ansitext::CharacterStarts<XCHAR> starts(text_);
     const auto delimits = [&](int index) {
-        return IsOneOf(text_[index], delimiters) && starts.At(static_cast<std::size_t>(index));
+        return set.find(text_[index]) != View::npos && starts.At(static_cast<std::size_t>(index));
     };
     int first = position < 0 ? length : position;
     while (first < length && delimits(first)) ++first;
@@ -300,19 +283,17 @@ CStringT<Unit> CStringT<Unit>::Tokenize(PCXSTR delimiters, int& position) const 
 }
 
 template <typename Unit>
-template <typename Predicate>
-CStringT<Unit>& CStringT<Unit>::TrimLeftIf(Predicate isTrimmed) {
+CStringT<Unit>& CStringT<Unit>::TrimLeft() {
     int count = 0;
-    while (count < GetLength() && isTrimmed(text_[count])) ++count;
-    Delete(0, count);
+    while (count < GetLength() && IsSpace(text_[count])) ++count;
+    if (count > 0) SetString(text_ + count, GetLength() - count);
     return *this;
 }
 
 template <typename Unit>
-template <typename Predicate>
-CStringT<Unit>& CStringT<Unit>::TrimRightIf(Predicate isTrimmed) {
+CStringT<Unit>& CStringT<Unit>::TrimRight() {
     int length = GetLength();
-    while (length > 0 && isTrimmed(text_[length - 1])) --length;
+    while (length > 0 && IsSpace(text_[length - 1])) --length;
     // The last half of a character that looks like such a unit is none, and stays with all ahead of it.
     ansitext::CharacterStarts<XCHAR> starts(text_);
     for (int index = length; index < GetLength(); ++index) {
@@ -320,36 +301,6 @@ CStringT<Unit>& CStringT<Unit>::TrimRightIf(Predicate isTrimmed) {
     }
     Truncate(length);
     return *this;
-}
-
-template <typename Unit>
-CStringT<Unit>& CStringT<Unit>::TrimLeft() {
-    return TrimLeftIf([](XCHAR unit) { return IsSpace(unit); });
-}
-
-template <typename Unit>
-CStringT<Unit>& CStringT<Unit>::TrimRight() {
-    return TrimRightIf([](XCHAR unit) { return IsSpace(unit); });
-}
-
-template <typename Unit>
-CStringT<Unit>& CStringT<Unit>::TrimLeft(PCXSTR units) {
-    return TrimLeftIf([units](XCHAR unit) { return IsOneOf(unit, units); });
-}
-
-template <typename Unit>
-CStringT<Unit>& CStringT<Unit>::TrimRight(PCXSTR units) {
-    return TrimRightIf([units](XCHAR unit) { return IsOneOf(unit, units); });
-}
-
-template <typename Unit>
-CStringT<Unit>& CStringT<Unit>::TrimLeft(XCHAR trimmed) {
-    return TrimLeftIf([trimmed](XCHAR unit) { return unit == trimmed; });
-}
-
-template <typename Unit>
-CStringT<Unit>& CStringT<Unit>::TrimRight(XCHAR trimmed) {
-    return TrimRightIf([trimmed](XCHAR unit) { return unit == trimmed; });
 }
 
 template <typename Unit>
@@ -398,32 +349,6 @@ int CStringT<Unit>::Replace(PCXSTR from, PCXSTR to) {
 template <typename Unit>
 int CStringT<Unit>::Replace(XCHAR from, XCHAR to) {
     return from == to ? 0 : ReplaceAll(View(&from, 1), View(&to, 1));
-}
-
-template <typename Unit>
-int CStringT<Unit>::Remove(XCHAR unit) {
-    return ReplaceAll(View(&unit, 1), View());
-}
-
-template <typename Unit>
-int CStringT<Unit>::Delete(int index, int count) {
-    const int begin = std::clamp(index, 0, GetLength());
-    const int removed = std::clamp(count, 0, GetLength() - begin);
-    if (removed > 0) Splice(begin, removed, nullptr, 0);
-    return GetLength();
-}
-
-template <typename Unit>
-int CStringT<Unit>::Insert(int index, PCXSTR text) {
-    const int length = StringLength(text);
-    if (length > 0) Splice(std::clamp(index, 0, GetLength()), 0, text, length);
-    return GetLength();
-}
-
-template <typename Unit>
-int CStringT<Unit>::Insert(int index, XCHAR unit) {
-    Splice(std::clamp(index, 0, GetLength()), 0, &unit, 1);
-    return GetLength();
 }
 
 template <typename Unit>

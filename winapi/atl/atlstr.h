@@ -119,8 +119,6 @@ class CStringT {
     void SetString(PCXSTR text, int length);
     void Append(PCXSTR text) { Append(text, StringLength(text)); }
     void Append(PCXSTR text, int length);
-    void Append(const CStringT& other) { *this += other; }
-    void AppendChar(XCHAR unit) { Append(&unit, 1); }
     // Makes room for `length` units, so that growing up to there needs no further buffer.
     void Preallocate(int length);
     // Cuts the text to its first `length` units.
@@ -160,13 +158,6 @@ class CStringT {
     CStringT& Trim() { return TrimRight().TrimLeft(); }
     CStringT& TrimLeft();
     CStringT& TrimRight();
-    // `units` is a set.
-    CStringT& Trim(PCXSTR units) { return TrimRight(units).TrimLeft(units); }
-    CStringT& TrimLeft(PCXSTR units);
-    CStringT& TrimRight(PCXSTR units);
-    CStringT& Trim(XCHAR unit) { return TrimRight(unit).TrimLeft(unit); }
-    CStringT& TrimLeft(XCHAR unit);
-    CStringT& TrimRight(XCHAR unit);
 
     // By the system's case rules, unit by unit: the length stays. Narrow characters whose other case the code
     // page lacks stay as they are.
@@ -177,11 +168,6 @@ class CStringT {
     // an occurrence begins with a whole character, as in Find.
     int Replace(PCXSTR from, PCXSTR to);
     int Replace(XCHAR from, XCHAR to);
-    int Remove(XCHAR unit);
-    // Each gives the new length.
-    int Delete(int index, int count = 1);
-    int Insert(int index, PCXSTR text);
-    int Insert(int index, XCHAR unit);
 
     // Negative, zero or positive, by the value of the units up to the first zero on either side.
     [[nodiscard]] int Compare(PCXSTR text) const noexcept;
@@ -274,17 +260,12 @@ class CStringT {
     PXSTR PrepareWrite(int capacity);
     [[nodiscard]] int GrownCapacity(int length) const noexcept;
     PXSTR PrepareAppend(std::size_t count);
-    void Splice(int index, int removed, PCXSTR inserted, int count);
     void AppendConverted(PCYSTR text, int length);
     void AppendFormatted(PCXSTR format, std::span<const msformat::Argument> arguments);
     template <typename Fill>
     void AppendFilled(Fill fill);
     [[nodiscard]] int FindFrom(View text, int start, ansitext::CharacterStarts<XCHAR>& starts) const noexcept;
     int ReplaceAll(View from, View to);
-    template <typename Predicate>
-    CStringT& TrimLeftIf(Predicate isTrimmed);
-    template <typename Predicate>
-    CStringT& TrimRightIf(Predicate isTrimmed);
 
     PXSTR text_;
 };

@@ -27,15 +27,6 @@ constexpr bool IsSpace(WCHAR unit) noexcept {
     }
 }
 
-// `set` ends with a zero unit, which is not of it; null is the empty set.
-template <typename Unit>
-constexpr bool IsOneOf(Unit unit, const Unit* set) noexcept {
-    for (; set != nullptr && *set != 0; ++set) {
-        if (*set == unit) return true;
-    }
-    return false;
-}
-
 template <typename Unit>
 bool IsAscii(Unit unit) noexcept {
     return ansitext::IsAscii(&unit, 1);

@@ -5,6 +5,8 @@
 #include <iterator>
 #include <limits>
 #include <optional>
+#include <string_view>
+#include <utility>
 
 namespace {
 
@@ -16,37 +18,15 @@ enum class Takes { Nothing, Signed, Unsigned, Floating, Character, Text, Pointer
 
 template <typename Unit>
 Takes TakenBy(Unit conversion) noexcept {
-    switch (conversion) {
-        case 'd':
-        case 'i':
-            return Takes::Signed;
-        case 'u':
-        case 'o':
-        case 'x':
-        case 'X':
-            return Takes::Unsigned;
-        case 'a':
-        case 'A':
-        case 'e':
-        case 'E':
-        case 'f':
-        case 'F':
-        case 'g':
-        case 'G':
-            return Takes::Floating;
-        case 'c':
-        case 'C':
-            return Takes::Character;
-        case 's':
-        case 'S':
-            return Takes::Text;
-        case 'p':
-            return Takes::Pointer;
-        case 'n':
-            return Takes::Ignored;
-        default:
-            return Takes::Nothing;
+    static constexpr std::pair<std::string_view, Takes> kinds[] = {
+        {"di", Takes::Signed},    {"uoxX", Takes::Unsigned}, {"eEfFgGaA", Takes::Floating},
+        {"cC", Takes::Character}, {"sS", Takes::Text},       {"p", Takes::Pointer},
+        {"n", Takes::Ignored},
+    };
+    for (const auto& [letters, takes] : kinds) {
+        if (std::find(letters.begin(), letters.end(), conversion) != letters.end()) return takes;
     }
+    return Takes::Nothing;
 }
 
 // The arguments of a caller that tells nothing of their types. Passed on by reference: on some systems a
@@ -202,13 +182,13 @@ const Unit* ParseSize(const Unit* at, Size& size) noexcept {
         case 'h':
             return at[1] == 'h' ? take(Size::hh, 2) : take(Size::h, 1);
         case 'l':
-            return at[1] == 'l' ? take(Size::bits64, 2) : take(Size::l, 1);
+            return at[1] == 'l' ? take(Size::bits64, 2) : take(Size::wide, 1);
         case 'I':
-            if (at[1] == '3' && at[2] == '2') return take(Size::bits32, 3);
+            if (at[1] == '3' && at[2] == '2') return take(Size::none, 3);
             if (at[1] == '6' && at[2] == '4') return take(Size::bits64, 3);
             return take(Size::pointer, 1);
         case 'w':
-            return take(Size::w, 1);
+            return take(Size::wide, 1);
         case 'j':
             return take(Size::bits64, 1);
         case 'z':
@@ -291,7 +271,7 @@ void Write(Output<Unit>& output, Specification<Unit> specification, Arguments& a
 }
 
 template <typename Unit, typename Arguments>
-std::size_t Run(Unit* target, std::size_t capacity, const Unit* format, Arguments& arguments) noexcept {
+std::size_t Run(Unit* target, std::size_t capacity, const Unit* format, Arguments arguments) noexcept {
     Output<Unit> output(target, capacity);
     while (format != nullptr && *format != 0) {
         const Unit* percent = format;
@@ -312,25 +292,21 @@ std::size_t Run(Unit* target, std::size_t capacity, const Unit* format, Argument
 namespace msformat {
 
 std::size_t Fill(char* target, std::size_t capacity, const char* format, va_list arguments) noexcept {
-    ListedArguments listed(arguments);
-    return Run(target, capacity, format, listed);
+    return Run(target, capacity, format, ListedArguments(arguments));
 }
 
 std::size_t Fill(WCHAR* target, std::size_t capacity, const WCHAR* format, va_list arguments) noexcept {
-    ListedArguments listed(arguments);
-    return Run(target, capacity, format, listed);
+    return Run(target, capacity, format, ListedArguments(arguments));
 }
 
 std::size_t Fill(char* target, std::size_t capacity, const char* format,
                  std::span<const Argument> arguments) noexcept {
-    TypedArguments typed(arguments);
-    return Run(target, capacity, format, typed);
+    return Run(target, capacity, format, TypedArguments(arguments));
 }
 
 std::size_t Fill(WCHAR* target, std::size_t capacity, const WCHAR* format,
                  std::span<const Argument> arguments) noexcept {
-    TypedArguments typed(arguments);
-    return Run(target, capacity, format, typed);
+    return Run(target, capacity, format, TypedArguments(arguments));
 }
 
 }  // namespace msformat

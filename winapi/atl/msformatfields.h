@@ -64,7 +64,7 @@ class Output {
     std::uint64_t length_ = 0;
 };
 
-enum class Size { none, hh, h, l, w, bits32, bits64, pointer, longDouble };
+enum class Size { none, hh, h, wide, bits64, pointer, longDouble };  // `wide` says nothing to numbers
 
 constexpr std::size_t noPrecision = SIZE_MAX;
 
@@ -295,43 +295,24 @@ struct Extent {
     std::size_t converted;
 };
 
-template <typename Unit>
-Extent ExtentOf(const Unit* text, std::size_t precision, const Unit*) noexcept {
-    std::size_t length = 0;
+// Of a text that ends with a zero, or where more than `precision` units would come of it.
+template <typename Unit, typename Source>
+Extent ExtentOf(const Source* text, std::size_t precision) noexcept {
+    constexpr bool own = std::is_same_v<Unit, Source>;
     if (precision == noPrecision) {
-        length = std::char_traits<Unit>::length(text);
-    } else {
-        while (length < precision && text[length] != 0) ++length;
-    }
-    return {length, length};
-}
-
-template <typename Unit>
-Extent ExtentOf(const OtherWidth<Unit>* text, std::size_t precision, const Unit*) noexcept {
-    if (precision == noPrecision) {
-        const std::size_t length = std::char_traits<OtherWidth<Unit>>::length(text);
-        return {length, ansitext::ConvertedLength(text, length)};
+        const std::size_t length = std::char_traits<Source>::length(text);
+        return {length, own ? length : ansitext::ConvertedLength(text, length)};
     }
     Extent extent{0, 0};
     while (extent.converted < precision && text[extent.length] != 0) {
-        const OtherWidth<Unit>* const character = text + extent.length;
-        const std::size_t length = ansitext::CharacterLength(character);
-        const std::size_t converted = ansitext::ConvertedLength(character, length);
+        const Source* const character = text + extent.length;
+        const std::size_t length = own ? 1 : ansitext::CharacterLength(character);
+        const std::size_t converted = own ? 1 : ansitext::ConvertedLength(character, length);
         if (extent.converted + converted > precision) break;
         extent.length += length;
         extent.converted += converted;
     }
     return extent;
-}
-
-template <typename Unit>
-void AppendText(Output<Unit>& output, const Unit* text, const Extent& extent) noexcept {
-    output.Append(text, extent.length);
-}
-
-template <typename Unit>
-void AppendText(Output<Unit>& output, const OtherWidth<Unit>* text, const Extent& extent) noexcept {
-    output.AppendConverted(text, extent.length, extent.converted);
 }
 
 template <typename Unit, typename Source>
@@ -340,7 +321,11 @@ void WritePadded(Output<Unit>& output, const Specification<Unit>& specification,
     const std::size_t padding =
         specification.width > extent.converted ? specification.width - extent.converted : 0;
     if (!specification.left) output.Repeat(specification.zeros ? '0' : ' ', padding);
-    AppendText(output, text, extent);
+    if constexpr (std::is_same_v<Unit, Source>) {
+        output.Append(text, extent.length);
+    } else {
+        output.AppendConverted(text, extent.length, extent.converted);
+    }
     if (specification.left) output.Repeat(' ', padding);
 }
 
@@ -348,18 +333,14 @@ template <typename Source, typename Unit>
 void WriteText(Output<Unit>& output, const Specification<Unit>& specification, const Source* given) noexcept {
     static constexpr Source nullText[] = {'(', 'n', 'u', 'l', 'l', ')', 0};
     const Source* const text = given == nullptr ? nullText : given;
-    WritePadded(output, specification, text,
-                ExtentOf(text, specification.precision, static_cast<const Unit*>(nullptr)));
+    WritePadded(output, specification, text, ExtentOf<Unit>(text, specification.precision));
 }
 
 template <typename Source, typename Unit>
 void WriteCharacter(Output<Unit>& output, const Specification<Unit>& specification,
                     Source character) noexcept {
-    if constexpr (std::is_same_v<Source, Unit>) {
-        WritePadded(output, specification, &character, Extent{1, 1});
-    } else {
-        WritePadded(output, specification, &character, Extent{1, ansitext::ConvertedLength(&character, 1)});
-    }
+    const std::size_t converted = std::is_same_v<Source, Unit> ? 1 : ansitext::ConvertedLength(&character, 1);
+    WritePadded(output, specification, &character, Extent{1, converted});
 }
 
 // Whether the text or character of this specification is wide.
@@ -370,8 +351,7 @@ bool TakesWide(const Specification<Unit>& specification) noexcept {
         case Size::hh:
         case Size::h:
             return false;
-        case Size::l:
-        case Size::w:
+        case Size::wide:
             return true;
         default:
             return (specification.conversion == 's' || specification.conversion == 'c') == wideFormat;

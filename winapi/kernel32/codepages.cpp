@@ -53,11 +53,6 @@ std::basic_string_view<Unit> SourceOf(const Unit* source, int length) noexcept {
     return {source, std::char_traits<Unit>::length(source) + 1};
 }
 
-template <class Unit>
-std::span<Unit> DestinationOf(Unit* destination, int size) noexcept {
-    return {destination, static_cast<std::size_t>(size)};
-}
-
 bool AreValid(const void* source, int sourceLength, const void* destination, int destinationSize) noexcept {
     return source != nullptr && sourceLength != 0 && destinationSize >= 0 &&
            (destinationSize == 0 || (destination != nullptr && destination != source));
@@ -87,14 +82,14 @@ template <class Info>
 void CopyFacts(const CodePageFacts& facts, Info& info) noexcept {
     info = {};
     info.MaxCharSize = facts.MaxCharSize();
-    info.DefaultChar[0] = '?';
     std::copy(facts.leadBytes.begin(), facts.leadBytes.end(), info.LeadByte);
 }
 
-const CodePageFacts* UsableFacts(UINT codePage) noexcept {
-    const UINT number = Resolve(codePage);
-    if (number != CP_UTF8 && TablesOf(number) == nullptr) return nullptr;
-    return winapi::FindFacts(number);
+// Null with the last error set for a page that isn't known.
+const CodePageFacts* FactsOf(UINT codePage) noexcept {
+    const CodePageFacts* const facts = winapi::FindFacts(Resolve(codePage));
+    if (facts == nullptr) SetLastError(ERROR_INVALID_PARAMETER);
+    return facts;
 }
 
 }  // namespace
@@ -112,7 +107,7 @@ UINT WINAPI GetACP() noexcept {
 
 BOOL WINAPI GetCPInfo(UINT codePage, LPCPINFO info) noexcept {
     if (info == nullptr) return Fail(ERROR_INVALID_PARAMETER);
-    const CodePageFacts* const facts = UsableFacts(codePage);
+    const CodePageFacts* const facts = FactsOf(codePage);
     if (facts == nullptr) return FALSE;
     CopyFacts(*facts, *info);
     return TRUE;
@@ -120,7 +115,7 @@ BOOL WINAPI GetCPInfo(UINT codePage, LPCPINFO info) noexcept {
 
 BOOL WINAPI GetCPInfoExW(UINT codePage, DWORD flags, LPCPINFOEXW info) noexcept {
     if (info == nullptr || flags != 0) return Fail(ERROR_INVALID_PARAMETER);
-    const CodePageFacts* const facts = UsableFacts(codePage);
+    const CodePageFacts* const facts = FactsOf(codePage);
     if (facts == nullptr) return FALSE;
     CopyFacts(*facts, *info);
     info->UnicodeDefaultChar = facts->unicodeDefault;
@@ -130,27 +125,21 @@ BOOL WINAPI GetCPInfoExW(UINT codePage, DWORD flags, LPCPINFOEXW info) noexcept 
 }
 
 BOOL WINAPI IsDBCSLeadByteEx(UINT codePage, BYTE byte) noexcept {
-    const UINT number = Resolve(codePage);
-    if (number == CP_UTF8) return FALSE;
-    const CodePage* const page = TablesOf(number);
-    return page != nullptr && page->facts.IsLeadByte(byte);
+    const CodePageFacts* const facts = FactsOf(codePage);
+    return facts != nullptr && facts->IsLeadByte(byte);
 }
 
 int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, LPCCH source, int sourceLength, LPWSTR destination,
                                int destinationSize) noexcept {
     if (!AreValid(source, sourceLength, destination, destinationSize)) return Fail(ERROR_INVALID_PARAMETER);
     const std::string_view text = SourceOf(source, sourceLength);
-    const std::span<WCHAR> target = DestinationOf(destination, destinationSize);
+    const std::span target(destination, static_cast<std::size_t>(destinationSize));
     const UINT number = Resolve(codePage);
-    const bool isStrict = (flags & MB_ERR_INVALID_CHARS) != 0;
-    if (number == CP_UTF8) {
-        if ((flags & ~static_cast<DWORD>(MB_ERR_INVALID_CHARS)) != 0) return Fail(ERROR_INVALID_FLAGS);
-        return Finish(winapi::WideFromUtf8(text, target), isStrict, target);
-    }
-    const CodePage* const page = TablesOf(number);
-    if (page == nullptr) return 0;
-    constexpr DWORD known = MB_PRECOMPOSED | MB_USEGLYPHCHARS | MB_ERR_INVALID_CHARS;
-    if ((flags & ~known) != 0) return Fail(ERROR_INVALID_FLAGS);
+    const CodePage* const page = number == CP_UTF8 ? nullptr : TablesOf(number);
+    if (page == nullptr && number != CP_UTF8) return 0;
+    if ((flags & ~DWORD{MB_ERR_INVALID_CHARS}) != 0) return Fail(ERROR_INVALID_FLAGS);
+    const bool isStrict = flags != 0;
+    if (page == nullptr) return Finish(winapi::WideFromUtf8(text, target), isStrict, target);
     return Finish(winapi::WideFromPage(*page, text, target), isStrict, target);
 }
 
@@ -158,19 +147,17 @@ int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH source, int so
                                int destinationSize, LPCCH defaultChar, LPBOOL usedDefaultChar) noexcept {
     if (!AreValid(source, sourceLength, destination, destinationSize)) return Fail(ERROR_INVALID_PARAMETER);
     const std::u16string_view text = SourceOf(source, sourceLength);
-    const std::span<char> target = DestinationOf(destination, destinationSize);
+    const std::span target(destination, static_cast<std::size_t>(destinationSize));
     const UINT number = Resolve(codePage);
     if (number == CP_UTF8) {
         if (defaultChar != nullptr || usedDefaultChar != nullptr) return Fail(ERROR_INVALID_PARAMETER);
-        if ((flags & ~static_cast<DWORD>(WC_ERR_INVALID_CHARS)) != 0) return Fail(ERROR_INVALID_FLAGS);
+        if ((flags & ~DWORD{WC_ERR_INVALID_CHARS}) != 0) return Fail(ERROR_INVALID_FLAGS);
         return Finish(winapi::Utf8FromWide(text, target), flags != 0, target);
     }
 
     const CodePage* const page = TablesOf(number);
     if (page == nullptr) return 0;
-    constexpr DWORD known =
-        WC_DISCARDNS | WC_SEPCHARS | WC_DEFAULTCHAR | WC_COMPOSITECHECK | WC_NO_BEST_FIT_CHARS;
-    if ((flags & ~known) != 0) return Fail(ERROR_INVALID_FLAGS);
+    if ((flags & ~DWORD{WC_NO_BEST_FIT_CHARS}) != 0) return Fail(ERROR_INVALID_FLAGS);
     const winapi::Converted converted = winapi::PageFromWide(*page, text, target, defaultChar);
     if (usedDefaultChar != nullptr) *usedDefaultChar = converted.isExact ? FALSE : TRUE;
     return Finish(converted, false, target);

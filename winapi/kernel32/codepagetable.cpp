@@ -1,10 +1,10 @@
 #include "codepagetable.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <iconv.h>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -150,16 +150,13 @@ const CodePage* FindCodePage(UINT codePage) {
     const CodePageFacts* const facts = FindFacts(codePage);
     if (facts == nullptr || facts->number == utf8CodePage) return nullptr;
 
-    static std::array<std::atomic<const CodePage*>, std::size(knownPages)> built;
-    auto& slot = built[static_cast<std::size_t>(facts - std::begin(knownPages))];
-    if (const CodePage* const page = slot.load(std::memory_order_acquire)) return page;
-
-    static std::mutex building;
-    const std::lock_guard lock(building);
-    if (const CodePage* const page = slot.load(std::memory_order_relaxed)) return page;
-    auto page = Build(*facts);
-    slot.store(page.get(), std::memory_order_release);
-    return page.release();  // kept to the end, when static objects may still convert text
+    static std::mutex mutex;
+    static auto& pages =
+        *new std::map<UINT, std::unique_ptr<CodePage>>;  // static objects may still convert text
+    const std::lock_guard lock(mutex);
+    auto& page = pages[codePage];
+    if (page == nullptr) page = Build(*facts);
+    return page.get();
 }
 
 }  // namespace winapi

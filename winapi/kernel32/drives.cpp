@@ -24,26 +24,19 @@ UINT WINAPI GetDriveTypeA(LPCSTR root) noexcept {
     return IsTheRoot(root) ? DRIVE_FIXED : DRIVE_NO_ROOT_DIR;
 }
 
-BOOL WINAPI GetVolumeInformationA(LPCSTR root, LPSTR label, DWORD labelSize, LPDWORD serial,
-                                  LPDWORD longestName, LPDWORD flags, LPSTR fileSystem,
-                                  DWORD fileSystemSize) noexcept {
-    struct statvfs facts {};
-    const DWORD error = !IsTheRoot(root)            ? ERROR_PATH_NOT_FOUND
-                        : statvfs("/", &facts) != 0 ? winapi::ErrorFromErrno(errno)
-                                                    : ERROR_SUCCESS;
-    if (error != ERROR_SUCCESS) {
-        SetLastError(error);
-        return FALSE;
-    }
-    if (label != nullptr && labelSize != 0) *label = '\0';
-    if (serial != nullptr) {
+BOOL WINAPI GetVolumeInformationA(LPCSTR root, LPSTR label, DWORD, LPDWORD serial, LPDWORD longestName,
+                                  LPDWORD flags, LPSTR fileSystem, DWORD) noexcept {
+    return winapi::AtBorder(FALSE, [&] {
+        const bool asksForMore =
+            label != nullptr || longestName != nullptr || flags != nullptr || fileSystem != nullptr;
+        if (asksForMore) throw winapi::Failure{ERROR_INVALID_PARAMETER};
+        if (!IsTheRoot(root)) throw winapi::Failure{ERROR_PATH_NOT_FOUND};
+        struct statvfs facts {};
+        if (statvfs("/", &facts) != 0) winapi::FailErrno();
         const std::uint64_t identifier = facts.f_fsid;
-        *serial = static_cast<DWORD>(identifier ^ identifier >> 32);
-    }
-    if (longestName != nullptr) *longestName = static_cast<DWORD>(facts.f_namemax);
-    if (flags != nullptr) *flags = 0;
-    if (fileSystem != nullptr && fileSystemSize != 0) *fileSystem = '\0';
-    return TRUE;
+        if (serial != nullptr) *serial = static_cast<DWORD>(identifier ^ identifier >> 32);
+        return TRUE;
+    });
 }
 
 UINT WINAPI SetErrorMode(UINT mode) noexcept {

@@ -75,9 +75,7 @@ BOOL Transfer(HANDLE file, winapi::FileRight right, Unit* data, DWORD size, LPDW
 }
 
 void TellTime(LPFILETIME target, const timespec& moment) noexcept {
-    if (target == nullptr) return;
-    const std::uint64_t steps = winapi::FileTimeFromTimespec(moment);
-    *target = {static_cast<DWORD>(steps), static_cast<DWORD>(steps >> 32)};
+    if (target != nullptr) *target = winapi::FileTimeOf(winapi::FileTimeFromTimespec(moment));
 }
 
 struct stat FactsOf(HANDLE file) {

@@ -1,6 +1,8 @@
 // Moments as Windows counts them.
 #pragma once
 
+#include "winapi/filetime.h"
+
 #include <cstdint>
 
 #include <time.h>
@@ -13,6 +15,10 @@ namespace winapi {
     constexpr std::int64_t secondsFrom1601To1970 = 11'644'473'600;
     return static_cast<std::uint64_t>((moment.tv_sec + secondsFrom1601To1970) * stepsPerSecond +
                                       moment.tv_nsec / nanosecondsPerStep);
+}
+
+[[nodiscard]] constexpr FILETIME FileTimeOf(std::uint64_t steps) noexcept {
+    return {static_cast<DWORD>(steps), static_cast<DWORD>(steps >> 32)};
 }
 
 }  // namespace winapi

@@ -58,7 +58,6 @@ class Search : public winapi::KernelObject {
         if (pattern_.ends_with(anyExtension)) {
             withoutExtension_.emplace(pattern_.data(), pattern_.size() - anyExtension.size());
         }
-        matchesAll_ = pattern_ == u"*" || pattern_ == u"*.*";
     }
 
     void Next(WIN32_FIND_DATAW& found) {
@@ -75,7 +74,7 @@ class Search : public winapi::KernelObject {
   private:
     [[nodiscard]] bool Matches(std::u16string_view name) const noexcept {
         return name.find(u'\\') == name.npos &&
-               (matchesAll_ || Fits(name, pattern_) || (withoutExtension_ && Fits(name, *withoutExtension_)));
+               (Fits(name, pattern_) || (withoutExtension_ && Fits(name, *withoutExtension_)));
     }
 
     void Describe(const dirent& entry, WIN32_FIND_DATAW& found) const noexcept {
@@ -96,7 +95,6 @@ class Search : public winapi::KernelObject {
     std::unique_ptr<DIR, CloseFolder> folder_;
     std::u16string pattern_;
     std::optional<std::u16string_view> withoutExtension_;  // of the pattern, where it ends in ".*"
-    bool matchesAll_;
 };
 
 HANDLE StartSearch(LPCWSTR pattern, WIN32_FIND_DATAW& found) {

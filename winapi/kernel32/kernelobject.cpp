@@ -35,11 +35,7 @@ class Table {
 
     std::vector<std::shared_ptr<KernelObject>> All() {
         const std::lock_guard lock(mutex_);
-        std::vector<std::shared_ptr<KernelObject>> all;
-        all.reserve(open_);
-        std::copy_if(objects_.begin(), objects_.end(), std::back_inserter(all),
-                     [](const auto& object) { return object != nullptr; });
-        return all;
+        return objects_;
     }
 
   private:

@@ -35,7 +35,7 @@ template <class Object>
     return object;
 }
 
-// The objects of all open handles, one entry a handle.
+// The objects of all open handles, one entry a handle, and null for handles that were closed.
 [[nodiscard]] std::vector<std::shared_ptr<KernelObject>> OpenObjects();
 
 }  // namespace winapi

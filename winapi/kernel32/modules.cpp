@@ -46,17 +46,6 @@ std::string ExecutablePath() {
     return path;
 }
 
-std::uintptr_t BaseOf(const dl_phdr_info& image) noexcept {
-    auto lowest = static_cast<std::uintptr_t>(-1);
-    for (int i = 0; i < image.dlpi_phnum; ++i) {
-        if (image.dlpi_phdr[i].p_type == PT_LOAD) {
-            lowest = std::min<std::uintptr_t>(lowest, image.dlpi_phdr[i].p_vaddr);
-        }
-    }
-    const auto pageSize = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
-    return static_cast<std::uintptr_t>(image.dlpi_addr) + (lowest & ~(pageSize - 1));
-}
-
 HMODULE HandleOf(std::uintptr_t base) noexcept {
     return reinterpret_cast<HMODULE>(base);
 }
@@ -166,7 +155,7 @@ HMODULE HandleOf(void* library) {
 
 std::vector<Module> winapi::LoadedModules() {
     struct Image {
-        std::uintptr_t base;
+        const void* inside;
         std::string name;
     };
     // No exception may pass through the C library's frames.
@@ -178,7 +167,7 @@ std::vector<Module> winapi::LoadedModules() {
         [](dl_phdr_info* image, std::size_t, void* context) {
             auto& result = *static_cast<Collected*>(context);
             try {
-                result.images.push_back({BaseOf(*image), image->dlpi_name});
+                result.images.push_back({image->dlpi_phdr, image->dlpi_name});
                 return 0;
             } catch (const std::bad_alloc&) {
                 result.outOfMemory = true;
@@ -191,10 +180,13 @@ std::vector<Module> winapi::LoadedModules() {
     std::vector<Module> modules;
     modules.reserve(collected.images.size());
     for (Image& image : collected.images) {
+        Dl_info facts{};
+        if (dladdr(image.inside, &facts) == 0) continue;  // the kernel's own, or unloaded meanwhile
+        const auto base = reinterpret_cast<std::uintptr_t>(facts.dli_fbase);
         if (modules.empty()) {
-            modules.push_back({image.base, ExecutablePath(), {}});
+            modules.push_back({base, ExecutablePath(), {}});
         } else if (image.name.find('/') != std::string::npos) {
-            modules.push_back({image.base, winapi::FullPath(image.name), std::move(image.name)});
+            modules.push_back({base, winapi::FullPath(image.name), std::move(image.name)});
         }
     }
     return modules;

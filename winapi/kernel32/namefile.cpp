@@ -40,15 +40,8 @@ std::string GlobalFolder() {
 
 // The user's own folder is closed to others; the common one is open to all, and sticky, so that nobody
 // removes what isn't his.
-constexpr mode_t FolderMode(bool global) noexcept {
-    return global ? 01777 : 0700;
-}
-constexpr mode_t FileMode(bool global) noexcept {
-    return global ? 0666 : 0600;
-}
-
 void MakeFolder(const NamePlace& place) {
-    const mode_t mode = FolderMode(place.isGlobal);
+    const mode_t mode = place.isGlobal ? 01777 : 0700;
     std::error_code error;
     std::filesystem::create_directories(std::filesystem::path(place.folder).parent_path(), error);
     if (mkdir(place.folder.c_str(), mode) == 0) chmod(place.folder.c_str(), mode);  // whatever the umask took
@@ -152,7 +145,7 @@ NameFile::NameFile(const NamePlace& place, bool mayMake, bool owned) : place_(pl
     // Not O_CREAT at once: Linux refuses that for another user's file in a sticky folder.
     descriptor_ = Descriptor(openat(folder.Get(), path, O_RDWR | O_CLOEXEC | O_NOFOLLOW));
     if (!descriptor_.IsOpen() && errno == ENOENT && mayMake) {
-        const mode_t mode = FileMode(place.isGlobal);
+        const mode_t mode = place.isGlobal ? 0666 : 0600;
         descriptor_ = Descriptor(openat(folder.Get(), path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
         if (descriptor_.IsOpen()) fchmod(descriptor_.Get(), mode);
     }

@@ -73,13 +73,8 @@ void WINAPI GetNativeSystemInfo(LPSYSTEM_INFO info) noexcept {
 BOOL WINAPI GlobalMemoryStatusEx(LPMEMORYSTATUSEX status) noexcept {
     return AtBorder(FALSE, [&] {
         if (status->dwLength != sizeof *status) throw Failure{ERROR_INVALID_PARAMETER};
-        MEMORYSTATUSEX facts{};
-        facts.dwLength = sizeof facts;
-        facts.ullTotalPhys = MemoryFigure("MemTotal:");
-        facts.ullAvailPhys = MemoryFigure("MemAvailable:");
-        facts.ullTotalPageFile = facts.ullTotalPhys + MemoryFigure("SwapTotal:");
-        facts.ullAvailPageFile = facts.ullAvailPhys + MemoryFigure("SwapFree:");
-        *status = facts;
+        status->ullTotalPhys = MemoryFigure("MemTotal:");
+        status->ullAvailPhys = MemoryFigure("MemAvailable:");
         return TRUE;
     });
 }

@@ -26,34 +26,26 @@ MODULEENTRY32W EntryOf(const winapi::LoadedModule& module) {
     constexpr DWORD cameWithTheProcess = 0xFFFF;
     MODULEENTRY32W entry{};
     entry.dwSize = sizeof entry;
-    entry.th32ModuleID = 1;
-    entry.th32ProcessID = static_cast<DWORD>(getpid());
     entry.hModule = reinterpret_cast<HMODULE>(module.base);
-    entry.modBaseAddr = reinterpret_cast<BYTE*>(module.base);
     const DWORD count = winapi::LoadCount(entry.hModule);
     entry.ProccntUsage = count != 0 ? count : cameWithTheProcess;
-    entry.GlblcntUsage = entry.ProccntUsage;
     const std::u16string path = winapi::WindowsPath(module.path);
     SetText(entry.szModule, std::u16string_view(path).substr(path.rfind(u'\\') + 1));
     SetText(entry.szExePath, path);
     return entry;
 }
 
-class Snapshot : public winapi::KernelObject {
-  public:
-    explicit Snapshot(std::vector<winapi::LoadedModule> modules) : modules_(std::move(modules)) {}
+struct Snapshot : winapi::KernelObject {
+    const std::vector<winapi::LoadedModule> modules = winapi::LoadedModules();
+    std::atomic<std::size_t> next = 0;
 
-    void Tell(MODULEENTRY32W& entry, std::size_t index) {
+    BOOL TellNext(MODULEENTRY32W& entry) {
         if (entry.dwSize < sizeof entry) throw Failure{ERROR_INSUFFICIENT_BUFFER};
-        if (index >= modules_.size()) throw Failure{ERROR_NO_MORE_FILES};
-        entry = EntryOf(modules_[index]);
-        next_ = index + 1;
+        const std::size_t index = next++;
+        if (index >= modules.size()) throw Failure{ERROR_NO_MORE_FILES};
+        entry = EntryOf(modules[index]);
+        return TRUE;
     }
-    [[nodiscard]] std::size_t Next() const noexcept { return next_; }
-
-  private:
-    const std::vector<winapi::LoadedModule> modules_;
-    std::atomic<std::size_t> next_ = 0;
 };
 
 }  // namespace
@@ -63,21 +55,18 @@ HANDLE WINAPI CreateToolhelp32Snapshot(DWORD flags, DWORD process) noexcept {
         if (flags != TH32CS_SNAPMODULE || (process != 0 && process != static_cast<DWORD>(getpid()))) {
             throw Failure{ERROR_INVALID_PARAMETER};
         }
-        return winapi::NewHandle(std::make_shared<Snapshot>(winapi::LoadedModules()));
+        return winapi::NewHandle(std::make_shared<Snapshot>());
     });
 }
 
 BOOL WINAPI Module32FirstW(HANDLE snapshot, LPMODULEENTRY32W entry) noexcept {
     return AtBorder(FALSE, [&] {
-        winapi::ObjectOf<Snapshot>(snapshot)->Tell(*entry, 0);
-        return TRUE;
+        const auto modules = winapi::ObjectOf<Snapshot>(snapshot);
+        modules->next = 0;
+        return modules->TellNext(*entry);
     });
 }
 
 BOOL WINAPI Module32NextW(HANDLE snapshot, LPMODULEENTRY32W entry) noexcept {
-    return AtBorder(FALSE, [&] {
-        const auto modules = winapi::ObjectOf<Snapshot>(snapshot);
-        modules->Tell(*entry, modules->Next());
-        return TRUE;
-    });
+    return AtBorder(FALSE, [&] { return winapi::ObjectOf<Snapshot>(snapshot)->TellNext(*entry); });
 }

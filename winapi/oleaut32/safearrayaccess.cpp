@@ -32,11 +32,6 @@ void* ElementAt(SAFEARRAY* array, const LONG* indices) noexcept {
     return array->pvData == nullptr ? nullptr : static_cast<char*>(array->pvData) + offset;
 }
 
-const SAFEARRAYBOUND* BoundOf(SAFEARRAY* array, UINT dimension) noexcept {
-    const std::span<SAFEARRAYBOUND> bounds = Bounds(array);
-    return dimension >= 1 && dimension <= bounds.size() ? &bounds[bounds.size() - dimension] : nullptr;
-}
-
 }  // namespace
 
 UINT WINAPI SafeArrayGetDim(SAFEARRAY* array) noexcept {
@@ -45,17 +40,16 @@ UINT WINAPI SafeArrayGetDim(SAFEARRAY* array) noexcept {
 
 HRESULT WINAPI SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound) noexcept {
     if (array == nullptr || bound == nullptr) return E_INVALIDARG;
-    const SAFEARRAYBOUND* const found = BoundOf(array, dimension);
-    if (found == nullptr) return DISP_E_BADINDEX;
-    *bound = found->lLbound;
+    const std::span<SAFEARRAYBOUND> bounds = Bounds(array);
+    if (dimension < 1 || dimension > bounds.size()) return DISP_E_BADINDEX;
+    *bound = bounds[bounds.size() - dimension].lLbound;
     return S_OK;
 }
 
 HRESULT WINAPI SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound) noexcept {
-    if (array == nullptr || bound == nullptr) return E_INVALIDARG;
-    const SAFEARRAYBOUND* const found = BoundOf(array, dimension);
-    if (found == nullptr) return DISP_E_BADINDEX;
-    *bound = static_cast<LONG>(static_cast<ULONG>(found->lLbound) + found->cElements - 1);
+    if (const HRESULT result = SafeArrayGetLBound(array, dimension, bound); FAILED(result)) return result;
+    const ULONG count = Bounds(array)[array->cDims - dimension].cElements;
+    *bound = static_cast<LONG>(static_cast<ULONG>(*bound) + count - 1);
     return S_OK;
 }
 

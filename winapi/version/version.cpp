@@ -31,15 +31,13 @@ std::vector<BYTE> ResourceOf(LPCWSTR path) {
 // the whole block. Nothing is read beyond the node's own bytes, and these lie within the parent's.
 class Node {
   public:
-    // The first node among `siblings`, which start `offset` bytes into the block; none when these bytes don't
-    // hold one.
-    static std::optional<Node> First(std::span<const BYTE> siblings, std::size_t offset) noexcept {
+    // The first node among `siblings`; none when these bytes don't hold one.
+    static std::optional<Node> First(std::span<const BYTE> siblings) noexcept {
         Node node;
         if (siblings.size() < headerSize) return std::nullopt;
         const std::size_t length = WordAt(siblings, 0);
         if (length < headerSize || length > siblings.size()) return std::nullopt;
         node.bytes_ = siblings.first(length);
-        node.offset_ = offset;
         const std::size_t keyUnits = node.TextUnits(headerSize);
         const std::size_t keyEnd = headerSize + (keyUnits + 1) * sizeof(WCHAR);
         if (keyEnd > length) return std::nullopt;
@@ -65,7 +63,7 @@ class Node {
 
     [[nodiscard]] std::optional<Node> Child(std::u16string_view name) const noexcept {
         std::size_t at = Aligned(valueStart_ + valueSize_);
-        while (const auto child = First(bytes_.subspan(at), offset_ + at)) {
+        while (const auto child = First(bytes_.subspan(at))) {
             if (child->IsNamed(name)) return child;
             at = Aligned(at + child->bytes_.size());
         }
@@ -81,11 +79,9 @@ class Node {
         return word;
     }
 
-    // The next multiple of 4 in the block, within the node.
+    // The next multiple of 4 in the block, within the node, which begins at one.
     [[nodiscard]] std::size_t Aligned(std::size_t at) const noexcept {
-        constexpr std::size_t boundary = sizeof(DWORD);
-        const std::size_t aligned = (offset_ + at + boundary - 1) / boundary * boundary - offset_;
-        return std::min(aligned, bytes_.size());
+        return std::min((at + 3) / 4 * 4, bytes_.size());
     }
 
     // The units before the first zero one or the end.
@@ -99,7 +95,6 @@ class Node {
     }
 
     std::span<const BYTE> bytes_;
-    std::size_t offset_ = 0;
     std::size_t keyUnits_ = 0;
     std::size_t valueStart_ = 0;
     std::size_t valueSize_ = 0;
@@ -108,7 +103,7 @@ class Node {
 
 // The node under a path of names; empty names, as between two backslashes, mean nothing.
 std::optional<Node> Find(std::span<const BYTE> block, std::u16string_view path) noexcept {
-    std::optional<Node> node = Node::First(block, 0);
+    std::optional<Node> node = Node::First(block);
     while (node && !path.empty()) {
         const std::size_t length = std::min(path.find(u'\\'), path.size());
         if (length != 0) node = node->Child(path.substr(0, length));

@@ -4,8 +4,6 @@
 #include "winapi/errorcodes.h"
 #include "winapi/security.h"
 
-#define ERROR_BAD_TOKEN_TYPE 1349
-
 enum TOKEN_INFORMATION_CLASS { TokenElevation = 20 };
 
 struct TOKEN_ELEVATION {

@@ -42,10 +42,7 @@ using LSTATUS = LONG;
 
 #define KEY_QUERY_VALUE 0x0001
 #define KEY_SET_VALUE 0x0002
-#define KEY_CREATE_SUB_KEY 0x0004
 #define KEY_ENUMERATE_SUB_KEYS 0x0008
-#define KEY_NOTIFY 0x0010
-#define KEY_CREATE_LINK 0x0020
 #define KEY_WOW64_64KEY 0x0100
 #define KEY_WOW64_32KEY 0x0200
 #define KEY_READ 0x20019
@@ -94,14 +91,13 @@ LSTATUS WINAPI RegDeleteValueW(HKEY key, LPCWSTR name) noexcept;
 
 // The value or the subkey at an index, ERROR_NO_MORE_ITEMS behind the last. `nameSize` counts units: the
 // buffer's with the terminator before the call, the name's without it behind. A name that doesn't fit gives
-// ERROR_MORE_DATA and is not copied.
+// ERROR_MORE_DATA and is not copied. Classes and times of subkeys are not told: their pointers must be null.
 LSTATUS WINAPI RegEnumValueW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameSize, LPDWORD reserved,
                              LPDWORD kind, LPBYTE data, LPDWORD size) noexcept;
 LSTATUS WINAPI RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameSize, LPDWORD reserved,
                              LPWSTR keyClass, LPDWORD classSize, PFILETIME lastWrite) noexcept;
 
-// Each pointer may be null. Keys have no class and no security descriptor; sizes are without terminators, and
-// of data in bytes.
+// Tells the time of the last write alone: all other pointers must be null, else ERROR_INVALID_PARAMETER.
 LSTATUS WINAPI RegQueryInfoKeyW(HKEY key, LPWSTR keyClass, LPDWORD classSize, LPDWORD reserved,
                                 LPDWORD subkeys, LPDWORD longestSubkey, LPDWORD longestClass, LPDWORD values,
                                 LPDWORD longestName, LPDWORD longestData, LPDWORD descriptorSize,

@@ -7,7 +7,6 @@
 using CHAR = char;
 using WCHAR = char16_t;
 using BYTE = std::uint8_t;
-using UCHAR = unsigned char;
 using SHORT = std::int16_t;
 using USHORT = std::uint16_t;
 using WORD = std::uint16_t;
@@ -24,7 +23,6 @@ using UINT_PTR = std::uintptr_t;
 using LONG_PTR = std::intptr_t;
 using ULONG_PTR = std::uintptr_t;
 using DWORD_PTR = std::uintptr_t;
-using SIZE_T = std::size_t;
 using FLOAT = float;
 using DOUBLE = double;
 using HRESULT = LONG;
@@ -61,7 +59,6 @@ struct GUID {
 using IID = GUID;
 using CLSID = GUID;
 using REFIID = const IID&;
-using REFCLSID = const CLSID&;
 using REFGUID = const GUID&;
 
 // The calling conventions say nothing here: both sides of each call are built by one compiler.
@@ -83,5 +80,3 @@ using REFGUID = const GUID&;
 
 #define LOWORD(value) (static_cast<WORD>(static_cast<DWORD_PTR>(value) & 0xFFFF))
 #define HIWORD(value) (static_cast<WORD>((static_cast<DWORD_PTR>(value) >> 16) & 0xFFFF))
-#define MAKELONG(low, high) \
-    (static_cast<LONG>((static_cast<DWORD>(static_cast<WORD>(high)) << 16) | static_cast<WORD>(low)))

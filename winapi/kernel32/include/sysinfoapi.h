@@ -12,17 +12,11 @@ using DWORDLONG = std::uint64_t;
 // As GetSystemInfo, but with the architecture of the system, whatever that of the process.
 void WINAPI GetNativeSystemInfo(LPSYSTEM_INFO info) noexcept;
 
-// In bytes. The page file stands for memory and swap space together; what is virtual and the load are 0.
+// In bytes; without page files and virtual memory.
 struct MEMORYSTATUSEX {
     DWORD dwLength;
-    DWORD dwMemoryLoad;
     DWORDLONG ullTotalPhys;
     DWORDLONG ullAvailPhys;
-    DWORDLONG ullTotalPageFile;
-    DWORDLONG ullAvailPageFile;
-    DWORDLONG ullTotalVirtual;
-    DWORDLONG ullAvailVirtual;
-    DWORDLONG ullAvailExtendedVirtual;
 };
 using LPMEMORYSTATUSEX = MEMORYSTATUSEX*;
 

@@ -8,14 +8,10 @@
 #define MAX_MODULE_NAME32 255
 #define ERROR_NO_MORE_FILES 18
 
+// Without what is not told here.
 struct MODULEENTRY32W {
     DWORD dwSize;
-    DWORD th32ModuleID;
-    DWORD th32ProcessID;
-    DWORD GlblcntUsage;
     DWORD ProccntUsage;  // LoadLibraryW calls not undone by FreeLibrary; 0xFFFF for what came without one
-    BYTE* modBaseAddr;
-    DWORD modBaseSize;  // 0: not told
     HMODULE hModule;
     WCHAR szModule[MAX_MODULE_NAME32 + 1];
     WCHAR szExePath[MAX_PATH];

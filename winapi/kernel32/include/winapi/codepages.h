@@ -16,30 +16,20 @@
 #define CP_ACP 0  // the ANSI code page: 1252, or what winapi/control.h says
 #define CP_UTF8 65001
 
-#define MB_PRECOMPOSED 0x00000001        // the default
-#define MB_USEGLYPHCHARS 0x00000004      // accepted, no page here has glyphs for its control characters
 #define MB_ERR_INVALID_CHARS 0x00000008  // fail with ERROR_NO_UNICODE_TRANSLATION instead of replacing
+#define WC_ERR_INVALID_CHARS 0x00000080  // the same, for UTF-8 only
+#define WC_NO_BEST_FIT_CHARS 0x00000400  // what is always done here
 
-#define WC_DISCARDNS 0x00000010  // these three ask for composed text first; nothing is composed here
-#define WC_SEPCHARS 0x00000020
-#define WC_DEFAULTCHAR 0x00000040
-#define WC_ERR_INVALID_CHARS 0x00000080  // UTF-8 only: fail with ERROR_NO_UNICODE_TRANSLATION
-#define WC_COMPOSITECHECK 0x00000200
-#define WC_NO_BEST_FIT_CHARS 0x00000400
-
-#define MAX_DEFAULTCHAR 2
 #define MAX_LEADBYTES 12
 
 struct CPINFO {
-    UINT MaxCharSize;                   // bytes
-    BYTE DefaultChar[MAX_DEFAULTCHAR];  // what stands for a character that the page lacks
-    BYTE LeadByte[MAX_LEADBYTES];       // pairs of first and last, ended by a pair of zeros
+    UINT MaxCharSize;              // bytes
+    BYTE LeadByte[MAX_LEADBYTES];  // pairs of first and last, ended by a pair of zeros
 };
 using LPCPINFO = CPINFO*;
 
 struct CPINFOEXW {
     UINT MaxCharSize;
-    BYTE DefaultChar[MAX_DEFAULTCHAR];
     BYTE LeadByte[MAX_LEADBYTES];
     WCHAR UnicodeDefaultChar;  // what stands for bytes that mean nothing in the page
     UINT CodePage;

@@ -12,7 +12,7 @@
 class _bstr_t {
   public:
     _bstr_t() noexcept = default;
-    _bstr_t(const _bstr_t& other) : bstr(other.copy()) {}
+    _bstr_t(const _bstr_t& other) : _bstr_t(other.bstr, true) {}
     _bstr_t(_bstr_t&& other) noexcept : bstr(other.Detach()) {}
     // A null text gives a null BSTR.
     _bstr_t(const WCHAR* text) : bstr(Allocated(SysAllocString(text), text != nullptr)) {}
@@ -27,20 +27,14 @@ class _bstr_t {
         std::swap(bstr, other.bstr);
         return *this;
     }
-    _bstr_t& operator=(const WCHAR* text) { return *this = _bstr_t(text); }
 
     operator const WCHAR*() const noexcept { return bstr; }
-    operator WCHAR*() const noexcept { return bstr; }
     [[nodiscard]] BSTR GetBSTR() const noexcept { return bstr; }
 
-    [[nodiscard]] bool operator!() const noexcept { return bstr == nullptr; }
     // In units.
     [[nodiscard]] unsigned int length() const noexcept { return SysStringLen(bstr); }
 
-    // A BSTR that the caller frees, or with false the very BSTR in here.
-    [[nodiscard]] BSTR copy(bool copies = true) const { return copies ? _bstr_t(bstr, true).Detach() : bstr; }
     [[nodiscard]] BSTR Detach() noexcept { return std::exchange(bstr, nullptr); }
-    void Attach(BSTR text) noexcept { SysFreeString(std::exchange(bstr, text)); }
 
   private:
     static BSTR Allocated(BSTR text, bool expected) {

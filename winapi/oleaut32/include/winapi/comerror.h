@@ -33,14 +33,10 @@ class _com_error {
         return errorInfo;
     }
 
-    // The wCode of an EXCEPINFO as an HRESULT, from 0x80040200 up to 0x8004FFFF, and back; 0 for all others.
+    // The wCode of an EXCEPINFO as an HRESULT, from 0x80040200 up to 0x8004FFFF.
     [[nodiscard]] static HRESULT WCodeToHRESULT(WORD code) noexcept {
         return code >= 0xFE00 ? lastCode : firstCode + code;
     }
-    [[nodiscard]] static WORD HRESULTToWCode(HRESULT hresult) noexcept {
-        return hresult >= firstCode && hresult <= lastCode ? static_cast<WORD>(hresult - firstCode) : WORD{0};
-    }
-    [[nodiscard]] WORD WCode() const noexcept { return HRESULTToWCode(result); }
 
   private:
     static constexpr HRESULT firstCode = static_cast<HRESULT>(0x80040200U);
@@ -50,10 +46,7 @@ class _com_error {
     IErrorInfo* errorInfo;
 };
 
-// Throw a _com_error, whatever the HRESULT. The second takes over the caller's reference to `info`.
+// Throws a _com_error, whatever the HRESULT.
 [[noreturn]] inline void _com_issue_error(HRESULT hresult) {
     throw _com_error(hresult);
-}
-[[noreturn]] inline void _com_raise_error(HRESULT hresult, IErrorInfo* info = nullptr) {
-    throw _com_error(hresult, info);
 }

@@ -15,9 +15,6 @@
 
 using HWND = struct HWND__*;
 using HMENU = struct HMENU__*;
-using HICON = struct HICON__*;
-using HCURSOR = HICON;
-using HBRUSH = struct HBRUSH__*;
 using ATOM = WORD;
 using WPARAM = UINT_PTR;
 using LPARAM = LONG_PTR;
@@ -26,17 +23,10 @@ using WNDPROC = LRESULT(CALLBACK*)(HWND window, UINT message, WPARAM wParam, LPA
 
 #define HWND_MESSAGE (reinterpret_cast<HWND>(static_cast<LONG_PTR>(-3)))
 
-// Read are the procedure, the module and the name.
+// Without what concerns display and memory.
 struct WNDCLASSW {
-    UINT style;
     WNDPROC lpfnWndProc;
-    int cbClsExtra;
-    int cbWndExtra;
     HINSTANCE hInstance;
-    HICON hIcon;
-    HCURSOR hCursor;
-    HBRUSH hbrBackground;
-    LPCWSTR lpszMenuName;
     LPCWSTR lpszClassName;
 };
 
