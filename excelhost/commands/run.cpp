@@ -26,11 +26,12 @@ have registered, and:
 
 constexpr std::string_view kRules = R"(
 Values follow Excel's rules: 15 digits of a number count, in what is typed, in comparisons and where a sum that ends
-a formula comes out near zero; 1,234.5 and 12% and $5 and (5) are read as numbers. Where it differs: what is typed
-as a date, time or fraction stays a text (dates are serial numbers), texts are ordered by the units of their upper
-case instead of a language, and a formula that gives an array shows its first element. OFFSET and INDIRECT see the
-values of all formulas but those that themselves wait for such a function further on. A text that begins with "="
-is printed as the formula ="=..." that gives it.
+a formula comes out near zero; 1,234.5 and 12% and $5 and (5) are read as numbers. Functions that take arrays have
+the operators and functions in their arguments calculated for each element. Where it differs: what is typed as a
+date, time or fraction stays a text (dates are serial numbers; DATEVALUE and TIMEVALUE read the texts), texts are
+ordered by the units of their upper case instead of a language, and a formula that gives an array shows its first
+element. OFFSET and INDIRECT see the values of all formulas but those that themselves wait for such a function
+further on. A text that begins with "=" is printed as the formula ="=..." that gives it.
 
 Add-ins may call Excel's own worksheet functions by number (xlfSum and its kin), have formulas calculated
 (xlfEvaluate) and leave a procedure's types to their xlAutoRegister12.

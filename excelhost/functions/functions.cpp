@@ -8,8 +8,9 @@ namespace {
 
 std::vector<const Builtin*> SortedByName() {
     std::vector<const Builtin*> all;
-    for (const auto family : {DateFunctions(), InformationFunctions(), LogicalFunctions(), LookupFunctions(),
-                              MathFunctions(), StatisticalFunctions(), TextFunctions()}) {
+    for (const auto family :
+         {DateFunctions(), FinancialFunctions(), InformationFunctions(), LogicalFunctions(),
+          LookupFunctions(), MathFunctions(), StatisticalFunctions(), TextFunctions()}) {
         for (const Builtin& builtin : family) all.push_back(&builtin);
     }
     std::sort(all.begin(), all.end(), [](const Builtin* a, const Builtin* b) { return a->name < b->name; });

@@ -136,6 +136,7 @@ struct Builtin {
 
 // The families.
 [[nodiscard]] std::span<const Builtin> DateFunctions() noexcept;
+[[nodiscard]] std::span<const Builtin> FinancialFunctions() noexcept;
 [[nodiscard]] std::span<const Builtin> InformationFunctions() noexcept;
 [[nodiscard]] std::span<const Builtin> LogicalFunctions() noexcept;
 [[nodiscard]] std::span<const Builtin> LookupFunctions() noexcept;

@@ -3,9 +3,12 @@
 #include "excelhost/formula.h"
 #include "excelhost/numbers.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <numbers>
+#include <numeric>
 #include <vector>
 
 namespace excelhost {
@@ -98,6 +101,57 @@ Value Product(const Given& given) {
     return any ? FiniteNumber(product) : Value(0.0);
 }
 
+// ATAN2(x, y)
+Value ArcTangent2(const Given& given) {
+    const double x = given.Number(0);
+    const double y = given.Number(1);
+    return x == 0 && y == 0 ? Value(ErrorValue{xlerrDiv0}) : Value(std::atan2(y, x));
+}
+
+double Factorial(double number) {
+    constexpr double last = 170;  // of a finite one
+    number = std::trunc(number);
+    return number < 0 || number > last ? std::nan("") : std::round(std::tgamma(number + 1));
+}
+
+Value Combinations(const Given& given) {
+    const double number = std::trunc(given.Number(0));
+    const double chosen = std::trunc(given.Number(1));
+    if (chosen < 0 || number < chosen) return ErrorValue{xlerrNum};
+    const double fewer = std::min(chosen, number - chosen);
+    double count = 1;
+    for (double i = 1; i <= fewer && std::isfinite(count); ++i) count = count * (number - fewer + i) / i;
+    return FiniteNumber(std::round(count));
+}
+
+// Whole numbers alone divide: fractions are cut. #NUM! for negative ones and those that a double doesn't hold to the
+// last digit.
+constexpr double kWholeLimit = 9007199254740992;
+
+std::uint64_t Divisible(double number) {
+    if (number < 0 || number >= kWholeLimit) Fail(xlerrNum);
+    return static_cast<std::uint64_t>(number);
+}
+
+Value GreatestDivisor(const Given& given) {
+    std::uint64_t divisor = 0;
+    given.EachNumber([&](double number) { divisor = std::gcd(divisor, Divisible(number)); });
+    return static_cast<double>(divisor);
+}
+
+Value LeastMultiple(const Given& given) {
+    std::uint64_t multiple = 1;
+    given.EachNumber([&](double number) {
+        const std::uint64_t factor = Divisible(number);
+        const std::uint64_t further = multiple == 0 || factor == 0 ? 0 : factor / std::gcd(multiple, factor);
+        if (static_cast<double>(multiple) * static_cast<double>(further) >= kWholeLimit) Fail(xlerrNum);
+        multiple *= further;
+    });
+    return static_cast<double>(multiple);
+}
+
+constexpr double kDegreesOfRadian = 180 / std::numbers::pi;
+
 // What is no number counts as 0.
 Value SumProduct(const Given& given) {
     std::vector<double> products;
@@ -119,12 +173,21 @@ Value SumProduct(const Given& given) {
 
 constexpr auto kFunctions = std::to_array<Builtin>({
     {"ABS", 1, 1, OfNumber<[](double x) { return std::fabs(x); }>},
+    {"ACOS", 1, 1, OfNumber<[](double x) { return std::acos(x); }>},
+    {"ASIN", 1, 1, OfNumber<[](double x) { return std::asin(x); }>},
+    {"ATAN", 1, 1, OfNumber<[](double x) { return std::atan(x); }>},
+    {"ATAN2", 2, 2, ArcTangent2},
     {"CEILING", 2, 2, ToMultiple<static_cast<double (*)(double)>(std::ceil)>},
+    {"COMBIN", 2, 2, Combinations},
     {"COS", 1, 1, OfNumber<[](double x) { return std::cos(x); }>},
+    {"DEGREES", 1, 1, OfNumber<[](double x) { return x * kDegreesOfRadian; }>},
     {"EVEN", 1, 1, OfNumber<[](double x) { return std::copysign(2 * std::ceil(std::fabs(x) / 2), x); }>},
     {"EXP", 1, 1, OfNumber<[](double x) { return std::exp(x); }>},
+    {"FACT", 1, 1, OfNumber<Factorial>},
     {"FLOOR", 2, 2, Floor},
+    {"GCD", 1, kArgumentLimit, GreatestDivisor, kWholeArrays},
     {"INT", 1, 1, OfNumber<[](double x) { return std::floor(x); }>},
+    {"LCM", 1, kArgumentLimit, LeastMultiple, kWholeArrays},
     {"LN", 1, 1, Ln},
     {"LOG", 1, 2, Log},
     {"LOG10", 1, 1, Log},
@@ -134,6 +197,7 @@ constexpr auto kFunctions = std::to_array<Builtin>({
     {"POWER", 2, 2, Power},
     {"PRODUCT", 1, kArgumentLimit, Product, kWholeArrays},
     {"QUOTIENT", 2, 2, Quotient},
+    {"RADIANS", 1, 1, OfNumber<[](double x) { return x / kDegreesOfRadian; }>},
     {"ROUND", 2, 2, RoundTo<Rounding::HalfAwayFromZero>},
     {"ROUNDDOWN", 2, 2, RoundTo<Rounding::TowardsZero>},
     {"ROUNDUP", 2, 2, RoundTo<Rounding::AwayFromZero>},

@@ -7,7 +7,9 @@
 #include <array>
 #include <cmath>
 #include <functional>
+#include <map>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace excelhost {
@@ -212,6 +214,50 @@ Value Nth(const Given& given) {
     return *place;
 }
 
+// The number at a place among those in order, from 0 on; between two of them in proportion.
+Value AtPlace(std::vector<double> numbers, double place) {
+    if (!(place >= 0 && place <= static_cast<double>(numbers.size()) - 1)) return ErrorValue{xlerrNum};
+    std::sort(numbers.begin(), numbers.end());
+    const auto below = static_cast<std::size_t>(place);
+    const double part = place - std::floor(place);
+    const double number = numbers[below];
+    return part == 0 ? number : number + part * (numbers[below + 1] - number);
+}
+
+// With the least and the greatest number as the parts 0 and 1, or at one place inside of those.
+template <bool Inclusive>
+Value Quantile(const Given& given, double part) {
+    std::vector<double> numbers;
+    given.EachNumber(0, [&](double number) { numbers.push_back(number); });
+    const auto count = static_cast<double>(numbers.size());
+    if (part < 0 || part > 1) return ErrorValue{xlerrNum};
+    return AtPlace(std::move(numbers), Inclusive ? part * (count - 1) : part * (count + 1) - 1);
+}
+template <bool Inclusive>
+Value Percentile(const Given& given) {
+    return Quantile<Inclusive>(given, given.Number(1));
+}
+template <bool Inclusive>
+Value Quartile(const Given& given) {
+    return Quantile<Inclusive>(given, std::trunc(given.Number(1)) / 4);
+}
+
+// The number that is there most often, the first one of several; #N/A when none is there twice.
+Value Mode(const Given& given) {
+    const std::vector<double> numbers = Numbers(given);
+    std::map<double, std::size_t> counts;
+    for (const double number : numbers) ++counts[number];
+    std::size_t most = 1;
+    Value mode = ErrorValue{xlerrNA};
+    for (const double number : numbers) {
+        const std::size_t count = counts[number];
+        if (count <= most) continue;
+        most = count;
+        mode = number;
+    }
+    return mode;
+}
+
 // One more than the numbers ahead; from the largest down unless the order isn't 0.
 Value Rank(const Given& given) {
     const double number = given.Number(0);
@@ -247,6 +293,61 @@ Value Deviation(const Given& given) {
     return number != nullptr ? Value(std::sqrt(*number)) : variance;
 }
 
+// -- Two lines of numbers, of which those places count where both have one.
+
+struct Moments {
+    double meanX = 0;
+    double meanY = 0;
+    double squaresX = 0;  // of the distances from the mean
+    double squaresY = 0;
+    double products = 0;
+};
+
+// The first argument has the numbers y, the second the x. #N/A for lines of two lengths, #DIV/0! for empty ones.
+Moments MomentsOf(const Given& given) {
+    const Array ys = given.Table(0);
+    const Array xs = given.Table(1);
+    if (xs.cells.size() != ys.cells.size()) Fail(xlerrNA);
+    std::vector<std::pair<double, double>> pairs;
+    Moments moments;
+    for (std::size_t i = 0; i < xs.cells.size(); ++i) {
+        for (const Array* line : {&ys, &xs}) {
+            if (const auto* error = line->cells[i].If<ErrorValue>()) throw ErrorFound{*error};
+        }
+        const double* x = xs.cells[i].If<double>();
+        const double* y = ys.cells[i].If<double>();
+        if (x == nullptr || y == nullptr) continue;
+        pairs.emplace_back(*x, *y);
+        moments.meanX += *x;
+        moments.meanY += *y;
+    }
+    if (pairs.empty()) Fail(xlerrDiv0);
+    moments.meanX /= static_cast<double>(pairs.size());
+    moments.meanY /= static_cast<double>(pairs.size());
+    for (const auto& [x, y] : pairs) {
+        moments.squaresX += (x - moments.meanX) * (x - moments.meanX);
+        moments.squaresY += (y - moments.meanY) * (y - moments.meanY);
+        moments.products += (x - moments.meanX) * (y - moments.meanY);
+    }
+    return moments;
+}
+
+double SlopeOf(const Moments& moments) {
+    if (moments.squaresX == 0) Fail(xlerrDiv0);
+    return moments.products / moments.squaresX;
+}
+
+Value Correlation(const Given& given) {
+    const Moments moments = MomentsOf(given);
+    if (moments.squaresX == 0 || moments.squaresY == 0) return ErrorValue{xlerrDiv0};
+    return FiniteNumber(moments.products / std::sqrt(moments.squaresX) / std::sqrt(moments.squaresY));
+}
+
+Value Intercept(const Given& given) {
+    const Moments moments = MomentsOf(given);
+    return FiniteNumber(moments.meanY - SlopeOf(moments) * moments.meanX);
+}
+
 using Larger = std::greater<>;
 using Smaller = std::less<>;
 
@@ -258,18 +359,29 @@ constexpr auto kFunctions = std::to_array<Builtin>({
     {"AVERAGEIF", 2, 3, [](const Given& given) { return TallyIf(given).Mean(); }, {0b10}, true},
     {"AVERAGEIFS", 3, kArgumentLimit, [](const Given& given) { return TallyIfs(given).Mean(); },
      kPairsBehindFirst},
+    {"CORREL", 2, 2, Correlation, kWholeArrays},
     {"COUNT", 1, kArgumentLimit, Count, kWholeArrays},
     {"COUNTA", 1, kArgumentLimit, CountAll, kWholeArrays},
     {"COUNTBLANK", 1, 1, CountBlank, kReferences},
     {"COUNTIF", 2, 2, CountIf, {0b10}},
     {"COUNTIFS", 2, kArgumentLimit, CountIf, {0xAAAAAAAA}},
+    {"INTERCEPT", 2, 2, Intercept, kWholeArrays},
     {"LARGE", 2, 2, Nth<Larger>, {0b10, true}},
     {"MAX", 1, kArgumentLimit, Extreme<Larger>, kWholeArrays},
     {"MAXIFS", 3, kArgumentLimit, ExtremeIfs<Larger>, kPairsBehindFirst},
     {"MEDIAN", 1, kArgumentLimit, Median, kWholeArrays},
     {"MIN", 1, kArgumentLimit, Extreme<Smaller>, kWholeArrays},
     {"MINIFS", 3, kArgumentLimit, ExtremeIfs<Smaller>, kPairsBehindFirst},
+    {"MODE", 1, kArgumentLimit, Mode, kWholeArrays},
+    {"MODE.SNGL", 1, kArgumentLimit, Mode, kWholeArrays},
+    {"PERCENTILE", 2, 2, Percentile<true>, {0b10, true}},
+    {"PERCENTILE.EXC", 2, 2, Percentile<false>, {0b10, true}},
+    {"PERCENTILE.INC", 2, 2, Percentile<true>, {0b10, true}},
+    {"QUARTILE", 2, 2, Quartile<true>, {0b10, true}},
+    {"QUARTILE.EXC", 2, 2, Quartile<false>, {0b10, true}},
+    {"QUARTILE.INC", 2, 2, Quartile<true>, {0b10, true}},
     {"RANK", 2, 3, Rank, {0b101}},
+    {"SLOPE", 2, 2, [](const Given& given) { return FiniteNumber(SlopeOf(MomentsOf(given))); }, kWholeArrays},
     {"SMALL", 2, 2, Nth<Smaller>, {0b10, true}},
     {"STDEV", 1, kArgumentLimit, Deviation<1>, kWholeArrays},
     {"STDEV.P", 1, kArgumentLimit, Deviation<0>, kWholeArrays},

@@ -132,6 +132,14 @@ TEST(FormulaTest, GivesWhatExcelGives) {
         // Where both spreadsheets of functions/README.md depart from Excel's help.
         {"=CEILING(-2.5,2)&FLOOR(-2.5,2)&SUM(\"3\",TRUE,2)&DAY(60)", "\"-2-4629\""},
         {"=RANK(8,C1:C3)", "#N/A"},
+        {"=CORREL(C1:C3,C1:C2)", "#N/A"},
+        {"=SLOPE(C1:C2,A1:A2)", "#DIV/0!"},
+        {"=FACT(171)", "#NUM!"},
+        {"=DATEDIF(1,2,\"X\")", "#NUM!"},
+        {"=DATEVALUE(\"12\")", "#VALUE!"},
+        {"=RATE(10,100,1000)", "#NUM!"},
+        {"=WORKDAY(45000,1E308)", "#NUM!"},
+        {"=SUM(PERCENTILE(C1:C3,(C1:C3-1)/2))&SUM(NETWORKDAYS(C1:C3*7,30,C1:C3+8))", "\"630\""},
         {"=UPPER(\"stra\xC3\x9F"
          "e\")",
          "\"STRA\xC3\x9F"
