@@ -61,7 +61,8 @@ std::optional<Moment> MomentFrom(double serial, std::size_t decimals) {
     moment.second =
         static_cast<std::uint64_t>(day) * kSecondsOfDay + inDay / static_cast<std::uint64_t>(units);
     moment.fraction = inDay % static_cast<std::uint64_t>(units);
-    moment.day = static_cast<double>(moment.second / kSecondsOfDay);
+    const std::uint64_t wholeDays = moment.second / kSecondsOfDay;
+    moment.day = static_cast<double>(wholeDays);
     const auto date = DateFrom(moment.day);
     if (!date) return std::nullopt;
     moment.date = *date;

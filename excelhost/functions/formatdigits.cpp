@@ -158,10 +158,11 @@ double FixedDenominator(FormatTokens denominator) {
 }
 
 // The denominator up to `most` whose fraction is the nearest, the smaller of several.
-double NearestDenominator(double number, double most) {
+double NearestDenominator(double number, int most) {
     double best = 1;
     double least = 1;
-    for (double denominator = 1; denominator <= most; ++denominator) {
+    for (int tried = 1; tried <= most; ++tried) {
+        const double denominator = tried;
         const double scaled = number * denominator;
         const double distance = std::fabs(scaled - std::round(scaled)) / denominator;
         constexpr double same = 1e-12;
@@ -238,7 +239,9 @@ std::optional<std::string> FormattedFraction(double number, FormatTokens tokens,
     const std::size_t places = std::min(DigitCount(layout.denominator), mostPlaces);
     const double fixed = FixedDenominator(layout.denominator);
     const double denominator =
-        fixed > 0 ? fixed : NearestDenominator(part, std::pow(10.0, static_cast<double>(places)) - 1);
+        fixed > 0
+            ? fixed
+            : NearestDenominator(part, static_cast<int>(std::pow(10.0, static_cast<double>(places))) - 1);
     double numerator = std::round(part * denominator);
     if (!std::isfinite(numerator)) return std::nullopt;
     if (hasWhole && numerator == denominator) {

@@ -227,7 +227,7 @@ Value NumberOf(const Given& given) {
     }
     const XLREF12 r = given.Sheets().Bounded(given.Range(0).area).rectangle;
     const double first = 1.0 + (Down ? r.rwFirst : r.colFirst);
-    const auto count = static_cast<std::size_t>((Down ? r.rwLast - r.rwFirst : r.colLast - r.colFirst) + 1);
+    const auto count = static_cast<std::size_t>(Down ? r.rwLast - r.rwFirst : r.colLast - r.colFirst) + 1;
     if (count == 1) return first;
     Array numbers{Down ? count : 1, Down ? 1 : count, {}};
     numbers.cells.reserve(count);

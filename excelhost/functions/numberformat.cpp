@@ -84,14 +84,14 @@ std::optional<std::string> Written(double number, const FormatSection& section, 
 
 }  // namespace
 
-std::optional<Text> FormattedNumber(double number, TextView text) {
-    const auto format = FormatFrom(text);
-    if (!format) return std::nullopt;
+std::optional<Text> FormattedNumber(double number, TextView format) {
+    const auto read = FormatFrom(format);
+    if (!read) return std::nullopt;
     // "@" alone is for numbers as well.
-    if (format->numbers.empty()) return FormattedText(Wide(NumberText(number)), text);
-    const auto chosen = ChosenSection(format->numbers, number);
+    if (read->numbers.empty()) return FormattedText(Wide(NumberText(number)), format);
+    const auto chosen = ChosenSection(read->numbers, number);
     if (!chosen) return std::nullopt;
-    const FormatSection& section = format->numbers[*chosen];
+    const FormatSection& section = read->numbers[*chosen];
     if (section.Has(Kind::DatePart) || section.Has(Kind::Elapsed)) {
         const auto date = FormattedDate(number, section.tokens);
         return date ? std::optional(Wide(*date)) : std::nullopt;
@@ -99,16 +99,16 @@ std::optional<Text> FormattedNumber(double number, TextView text) {
     bool isZero = false;
     const auto written = Written(number, section, isZero);
     if (!written) return std::nullopt;
-    const bool isSigned = number < 0 && !isZero && !IsForNegatives(format->numbers, *chosen);
+    const bool isSigned = number < 0 && !isZero && !IsForNegatives(read->numbers, *chosen);
     return Wide((isSigned ? "-" : "") + *written);
 }
 
-std::optional<Text> FormattedText(TextView text, TextView givenFormat) {
-    const auto format = FormatFrom(givenFormat);
-    if (!format) return std::nullopt;
-    if (!format->text) return Text(text);
+std::optional<Text> FormattedText(TextView text, TextView format) {
+    const auto read = FormatFrom(format);
+    if (!read) return std::nullopt;
+    if (!read->text) return Text(text);
     Text result;
-    for (const FormatToken& token : format->text->tokens) {
+    for (const FormatToken& token : read->text->tokens) {
         if (token.kind == Kind::At) {
             result += text;
         } else if (token.kind == Kind::Literal || token.kind == Kind::Stroke) {

@@ -13,7 +13,6 @@ namespace excelhost {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 class AddInsTest : public ::testing::Test {
   protected:

@@ -81,7 +81,7 @@ class Reader {
         Expect("\"");
         while (!Skip("\"")) {
             if (Skip("\\u")) {
-                units += TakeNumber<std::uint16_t>(16, 4);
+                units += static_cast<char16_t>(TakeNumber<std::uint16_t>(16, 4));
                 continue;
             }
             Skip("\\");
