@@ -11,7 +11,7 @@
 namespace {
 
 TEST(VersionFiles, GiveTheBlockOfAnImageOfTheProcesssWidth) {
-    for (const std::size_t width : {4, 8}) {
+    for (const std::size_t width : {std::size_t{4}, std::size_t{8}}) {
         const std::string image = std::string(KESTROLUMEN_VERSION_IMAGES) + (width == 8 ? "elf64" : "elf32");
         const std::u16string path = winapi::WindowsPath(image);
         std::vector<BYTE> block(GetFileVersionInfoSizeW(path.c_str(), nullptr));
