@@ -40,7 +40,7 @@ void AppendQuoted(std::string& text, std::u16string_view units) {
 // Text with its terminator, if that is what the data is.
 void AppendData(std::string& text, const RegistryValue& value) {
     std::u16string units(value.data.size() / sizeof(char16_t), u'\0');
-    std::memcpy(units.data(), value.data.data(), units.size() * sizeof(char16_t));
+    if (!units.empty()) std::memcpy(units.data(), value.data.data(), units.size() * sizeof(char16_t));
     const bool isText = value.kind == REG_SZ || value.kind == REG_EXPAND_SZ;
     if (isText && value.data.size() % sizeof(char16_t) == 0 && units.ends_with(u'\0')) {
         units.pop_back();
