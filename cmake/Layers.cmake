@@ -29,6 +29,7 @@ function(kestrolumen_layer name)
   target_compile_features(${target} PUBLIC cxx_std_20)
   list(TRANSFORM ARG_USES PREPEND Kestrolumen::)
   target_link_libraries(${target} PUBLIC ${ARG_USES} PRIVATE $<BUILD_INTERFACE:kestrolumen_options>)
+  kestrolumen_precompile(${target})
 endfunction()
 
 # kestrolumen_alias(TARGET NAME): the target is Kestrolumen::NAME, from the package too; and NAME alone within

@@ -29,13 +29,18 @@ std::vector<std::string> LinesOfFgets(std::FILE* stream) {
     return lines;
 }
 
-// One file for all inputs, removed at the program's end.
+const std::filesystem::path& Place() {
+    static const std::filesystem::path place = std::filesystem::temp_directory_path() /
+                                               ("kestrolumen-lines-" + std::to_string(GetCurrentProcessId()));
+    return place;
+}
+
+// Takes an input's file away: one that is emptied and written again ext4 writes through to the disk at its closing, which
+// takes longer than all else.
 struct Scratch {
-    const std::filesystem::path path = std::filesystem::temp_directory_path() /
-                                       ("kestrolumen-lines-" + std::to_string(GetCurrentProcessId()));
     ~Scratch() {
         std::error_code ignored;
-        std::filesystem::remove(path, ignored);
+        std::filesystem::remove(Place(), ignored);
     }
 };
 
@@ -43,8 +48,8 @@ struct Scratch {
 
 // The first byte says how often the others are repeated, so that lines outgrow chunks and blocks.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const Scratch scratch;
-    static const StdWString name = WStringFromUtf8(scratch.path.string());
+    const Scratch scratch;
+    static const StdWString name = WStringFromUtf8(Place().string());
     std::vector<std::uint8_t> bytes;
     for (int times = size == 0 ? 0 : data[0] % 32 == 31 ? 300 : data[0] % 32; times > 0; --times) {
         bytes.insert(bytes.end(), data + 1, data + size);
