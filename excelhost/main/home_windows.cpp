@@ -63,6 +63,32 @@ void EndInFailure(const EXCEPTION_RECORD& record) {
     EndInAddIn("an exception got out: " + text + ",");
 }
 
+// What a thread does, and who waits until it runs.
+struct Beginning {
+    DWORD (*work)();
+    HANDLE begun;
+};
+
+DWORD WINAPI Begin(void* given) {
+    const Beginning own = *static_cast<const Beginning*>(given);
+    SetEvent(own.begun);
+    return own.work();
+}
+
+// False if no thread is to be had. Comes back when it runs: where a process ends while a thread of it begins, Wine may
+// crash.
+bool Start(DWORD (*work)()) {
+    Beginning beginning{work, CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    if (beginning.begun == nullptr) return false;
+    const HANDLE thread = CreateThread(nullptr, 0, Begin, &beginning, 0, nullptr);
+    if (thread != nullptr) {
+        WaitForSingleObject(beginning.begun, INFINITE);
+        CloseHandle(thread);
+    }
+    CloseHandle(beginning.begun);
+    return thread != nullptr;
+}
+
 // The main thread, which calls the add-ins.
 struct Watched {
     HANDLE thread = nullptr;
@@ -71,7 +97,7 @@ struct Watched {
 } watched;
 
 // The main thread stands still while its notes are read.
-DWORD WINAPI Watch(void*) {
+DWORD Watch() {
     for (; watched.seconds > 0; --watched.seconds) Sleep(1000);
     SuspendThread(watched.thread);
     CONTEXT context{};
@@ -100,7 +126,7 @@ struct Crash {
     DWORD code = 0;
 } crash;
 
-DWORD WINAPI TellCrash(void*) {
+DWORD TellCrash() {
     if (crash.happened != nullptr) WaitForSingleObject(crash.happened, INFINITE);
     std::array<char, 9> code{};
     (void)snprintf(code.data(), code.size(), "%08lX", crash.code);
@@ -120,7 +146,7 @@ LONG WINAPI OnException(EXCEPTION_POINTERS* exception) {
     WaitForTurn();
     crash.notes = &notes;
     crash.code = record.ExceptionCode;
-    if (crash.happened == nullptr) TellCrash(nullptr);
+    if (crash.happened == nullptr) (void)TellCrash();
     SetEvent(crash.happened);
     Sleep(INFINITE);
     return EXCEPTION_CONTINUE_SEARCH;
@@ -147,11 +173,7 @@ std::filesystem::path OwnFolder() {
 void GuardAgainstAddIns() {
     static const CrashStack stack;
     crash.happened = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    if (const HANDLE thread = CreateThread(nullptr, 0, TellCrash, nullptr, 0, nullptr)) {
-        CloseHandle(thread);
-    } else {
-        crash.happened = nullptr;
-    }
+    if (!Start(TellCrash)) crash.happened = nullptr;
     SetUnhandledExceptionFilter(OnException);
     (void)std::signal(SIGABRT, OnAbort);
     (void)std::atexit(OnExit);
@@ -162,7 +184,7 @@ void EndAfter(std::uint64_t seconds) {
     watched.notes = &ThreadNotes::OfThisThread();
     DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &watched.thread, 0, FALSE,
                     DUPLICATE_SAME_ACCESS);
-    if (const HANDLE thread = CreateThread(nullptr, 0, Watch, nullptr, 0, nullptr)) CloseHandle(thread);
+    (void)Start(Watch);
 }
 
 bool ErrorsGoToTerminal() noexcept {
