@@ -187,7 +187,7 @@ VARIANT Dereferenced(const VARIANT& source) {
         if (inner.vt == (VT_BYREF | VT_VARIANT)) Refuse(DISP_E_TYPEMISMATCH);
         return inner.vt & VT_BYREF ? Dereferenced(inner) : inner;
     }
-    const std::size_t bytes = type & VT_ARRAY ? sizeof source.parray : winapi::ValueBytes(type);
+    const std::size_t bytes = type & VT_ARRAY ? sizeof source.byref : winapi::ValueBytes(type);
     if (bytes == 0) Refuse(DISP_E_BADVARTYPE);
     VARIANT value{};
     std::memcpy(type == VT_DECIMAL ? static_cast<void*>(&value.decVal) : &value.llVal, source.byref, bytes);
