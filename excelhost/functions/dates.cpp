@@ -131,9 +131,10 @@ Value CountWorkdays(const Given& given) {
     const double end = DayAt(given, 1);
     const double first = std::min(start, end);
     const double last = std::max(start, end);
-    const double weeks = std::floor((last - first + 1) / 7);
-    double count = weeks * 5;
-    for (double day = first + weeks * 7; day <= last; ++day) count += IsWeekday(day) ? 1 : 0;
+    const int days = static_cast<int>(last - first) + 1;
+    const int inWeeks = days / 7 * 5;
+    double count = inWeeks;
+    for (int rest = 0; rest < days % 7; ++rest) count += IsWeekday(last - rest) ? 1 : 0;
     for (const double holiday : HolidaysOf(given, 2)) count -= holiday >= first && holiday <= last ? 1 : 0;
     return end < start ? -count : count;
 }
@@ -145,7 +146,8 @@ Value WorkdayAfter(const Given& given) {
     if (std::fabs(days) > kLastSerial) return ErrorValue{xlerrNum};
     const std::vector<double> holidays = HolidaysOf(given, 2);
     const double step = days < 0 ? -1 : 1;
-    for (double left = std::fabs(days); left > 0;) {
+    double left = std::fabs(days);
+    while (left > 0) {
         day += step;
         if (day < 0 || day > kLastSerial) return ErrorValue{xlerrNum};
         left -= IsWeekday(day) && !std::binary_search(holidays.begin(), holidays.end(), day) ? 1 : 0;

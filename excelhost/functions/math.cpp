@@ -120,7 +120,11 @@ Value Combinations(const Given& given) {
     if (chosen < 0 || number < chosen) return ErrorValue{xlerrNum};
     const double fewer = std::min(chosen, number - chosen);
     double count = 1;
-    for (double i = 1; i <= fewer && std::isfinite(count); ++i) count = count * (number - fewer + i) / i;
+    double i = 0;
+    while (i < fewer && std::isfinite(count)) {
+        ++i;
+        count = count * (number - fewer + i) / i;
+    }
     return FiniteNumber(std::round(count));
 }
 
