@@ -1,4 +1,4 @@
-// Images with a version resource, or what claims to be one: nothing beyond the file's
+// Images of Windows and of Linux with a version resource, or what claims to be one: nothing beyond the file's
 // or the block's end is read.
 #include "fuzz.h"
 

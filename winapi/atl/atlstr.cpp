@@ -27,22 +27,11 @@ static_assert(sizeof(CStringA) == sizeof(void*) && sizeof(CStringW) == sizeof(vo
 }  // namespace
 
 template <typename Unit>
-CStringT<Unit>::CStringT(PCXSTR text) : CStringT(text, StringLength(text)) {}
-
-template <typename Unit>
-CStringT<Unit>::CStringT(PCYSTR text) : CStringT(text, CStringT<YCHAR>::StringLength(text)) {}
-
-template <typename Unit>
 CStringT<Unit>::CStringT(PCXSTR text, int length) : CStringT() {
     if (text == nullptr || length <= 0) return;
     *this = WithCapacity(CheckedLength(length));
     std::char_traits<XCHAR>::copy(text_, text, static_cast<std::size_t>(length));
     SetLength(length);
-}
-
-template <typename Unit>
-CStringT<Unit>::CStringT(PCYSTR text, int length) : CStringT() {
-    AppendConverted(text, length);
 }
 
 template <typename Unit>
@@ -67,12 +56,6 @@ int CStringT<Unit>::StringLength(PCXSTR text) {
 }
 
 template <typename Unit>
-void CStringT<Unit>::Free(BufferHead* head) noexcept {
-    head->~BufferHead();
-    ::operator delete(head);
-}
-
-template <typename Unit>
 CStringT<Unit> CStringT<Unit>::WithCapacity(int capacity) {
     const std::uint64_t units = static_cast<std::uint64_t>(capacity) + 1;
     const std::uint64_t bytes = sizeof(BufferHead) + units * sizeof(XCHAR);
@@ -83,12 +66,6 @@ CStringT<Unit> CStringT<Unit>::WithCapacity(int capacity) {
     made.text_ = reinterpret_cast<PXSTR>(head + 1);
     made.text_[0] = 0;
     return made;
-}
-
-template <typename Unit>
-void CStringT<Unit>::SetLength(int length) noexcept {
-    Head().length = length;
-    text_[length] = 0;
 }
 
 template <typename Unit>
@@ -188,40 +165,6 @@ void CStringT<Unit>::Truncate(int length) {
     } else {
         SetLength(length);
     }
-}
-
-template <typename Unit>
-CStringT<Unit>& CStringT<Unit>::operator+=(const CStringT& other) {
-    if (text_ == Nil()) return *this = other;
-    Append(other.text_, other.GetLength());
-    return *this;
-}
-
-template <typename Unit>
-CStringT<Unit>& CStringT<Unit>::operator+=(PCYSTR text) {
-    AppendConverted(text, CStringT<YCHAR>::StringLength(text));
-    return *this;
-}
-
-template <typename Unit>
-CStringT<Unit>& CStringT<Unit>::operator+=(YCHAR unit) {
-    AppendConverted(&unit, 1);
-    return *this;
-}
-
-template <typename Unit>
-CStringT<Unit> CStringT<Unit>::Left(int count) const {
-    return Mid(0, count);
-}
-
-template <typename Unit>
-CStringT<Unit> CStringT<Unit>::Right(int count) const {
-    return Mid(GetLength() - std::clamp(count, 0, GetLength()));
-}
-
-template <typename Unit>
-CStringT<Unit> CStringT<Unit>::Mid(int first) const {
-    return Mid(first, GetLength());
 }
 
 template <typename Unit>
@@ -342,21 +285,6 @@ int CStringT<Unit>::ReplaceAll(View from, View to) {
 }
 
 template <typename Unit>
-int CStringT<Unit>::Replace(PCXSTR from, PCXSTR to) {
-    return from == nullptr ? 0 : ReplaceAll(View(from), to == nullptr ? View() : View(to));
-}
-
-template <typename Unit>
-int CStringT<Unit>::Replace(XCHAR from, XCHAR to) {
-    return from == to ? 0 : ReplaceAll(View(&from, 1), View(&to, 1));
-}
-
-template <typename Unit>
-int CStringT<Unit>::Compare(PCXSTR text) const noexcept {
-    return View(text_).compare(View(text == nullptr ? Nil() : text));
-}
-
-template <typename Unit>
 int CStringT<Unit>::CompareNoCase(PCXSTR text) const {
     PCXSTR left = text_;
     PCXSTR right = text == nullptr ? Nil() : text;
@@ -371,13 +299,6 @@ int CStringT<Unit>::CompareNoCase(PCXSTR text) const {
 template <typename Unit>
 typename CStringT<Unit>::PXSTR CStringT<Unit>::GetBuffer(int length) {
     return PrepareWrite(CheckedLength(std::max(length, GetLength())));
-}
-
-template <typename Unit>
-typename CStringT<Unit>::PXSTR CStringT<Unit>::GetBufferSetLength(int length) {
-    PXSTR buffer = GetBuffer(length);
-    SetLength(std::max(length, 0));
-    return buffer;
 }
 
 template <typename Unit>

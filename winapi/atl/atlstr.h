@@ -19,6 +19,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <compare>
@@ -67,12 +68,12 @@ class CStringT {
     CStringT() noexcept : text_(Nil()) {}
     CStringT(const CStringT& other) noexcept : text_(other.text_) { Retain(); }
     CStringT(CStringT&& other) noexcept : text_(std::exchange(other.text_, Nil())) {}
-    CStringT(PCXSTR text);
-    CStringT(PCYSTR text);
+    CStringT(PCXSTR text) : CStringT(text, StringLength(text)) {}
+    CStringT(PCYSTR text) : CStringT(text, CStringT<YCHAR>::StringLength(text)) {}
     CStringT(const CStringT<YCHAR>& other) : CStringT(other.GetString()) {}
     // Exactly `length` units at `text`, zero units included.
     CStringT(PCXSTR text, int length);
-    CStringT(PCYSTR text, int length);
+    CStringT(PCYSTR text, int length) : CStringT() { AppendConverted(text, length); }
     explicit CStringT(XCHAR unit, int count = 1);
     explicit CStringT(YCHAR unit, int count = 1);
     ~CStringT() { Release(); }
@@ -124,22 +125,34 @@ class CStringT {
     // Cuts the text to its first `length` units.
     void Truncate(int length);
 
-    CStringT& operator+=(const CStringT& other);
+    CStringT& operator+=(const CStringT& other) {
+        if (text_ == Nil()) return *this = other;
+        Append(other.text_, other.GetLength());
+        return *this;
+    }
     CStringT& operator+=(PCXSTR text) {
         Append(text);
         return *this;
     }
-    CStringT& operator+=(PCYSTR text);
+    CStringT& operator+=(PCYSTR text) {
+        AppendConverted(text, CStringT<YCHAR>::StringLength(text));
+        return *this;
+    }
     CStringT& operator+=(const CStringT<YCHAR>& other) { return *this += other.GetString(); }
     CStringT& operator+=(XCHAR unit) {
         Append(&unit, 1);
         return *this;
     }
-    CStringT& operator+=(YCHAR unit);
+    CStringT& operator+=(YCHAR unit) {
+        AppendConverted(&unit, 1);
+        return *this;
+    }
 
-    [[nodiscard]] CStringT Left(int count) const;
-    [[nodiscard]] CStringT Right(int count) const;
-    [[nodiscard]] CStringT Mid(int first) const;
+    [[nodiscard]] CStringT Left(int count) const { return Mid(0, count); }
+    [[nodiscard]] CStringT Right(int count) const {
+        return Mid(GetLength() - std::clamp(count, 0, GetLength()));
+    }
+    [[nodiscard]] CStringT Mid(int first) const { return Mid(first, GetLength()); }
     [[nodiscard]] CStringT Mid(int first, int count) const;
 
     // The index of the first match at or behind `start`, or -1; also -1 for a `start` outside the text. Empty
@@ -166,11 +179,15 @@ class CStringT {
 
     // Each gives the number of occurrences. An empty `from` occurs nowhere; a null `to` is empty. In CStringA
     // an occurrence begins with a whole character, as in Find.
-    int Replace(PCXSTR from, PCXSTR to);
-    int Replace(XCHAR from, XCHAR to);
+    int Replace(PCXSTR from, PCXSTR to) {
+        return from == nullptr ? 0 : ReplaceAll(from, to == nullptr ? View() : View(to));
+    }
+    int Replace(XCHAR from, XCHAR to) { return from == to ? 0 : ReplaceAll(View(&from, 1), View(&to, 1)); }
 
     // Negative, zero or positive, by the value of the units up to the first zero on either side.
-    [[nodiscard]] int Compare(PCXSTR text) const noexcept;
+    [[nodiscard]] int Compare(PCXSTR text) const noexcept {
+        return View(text_).compare(View(text == nullptr ? Nil() : text));
+    }
     // The same after MakeLower of both sides.
     [[nodiscard]] int CompareNoCase(PCXSTR text) const;
 
@@ -198,7 +215,11 @@ class CStringT {
     // text as it was. Writes through it are the caller's until ReleaseBuffer, and so is the terminator.
     [[nodiscard]] PXSTR GetBuffer(int length = 0);
     // The same, with the length set already; units behind the former text are whatever memory held.
-    [[nodiscard]] PXSTR GetBufferSetLength(int length);
+    [[nodiscard]] PXSTR GetBufferSetLength(int length) {
+        PXSTR buffer = GetBuffer(length);
+        SetLength(std::max(length, 0));
+        return buffer;
+    }
     // -1: the text ends before its first zero unit. Else its length is `length`, and at most GetAllocLength.
     void ReleaseBuffer(int length = -1);
     void ReleaseBufferSetLength(int length) { ReleaseBuffer(length < 0 ? 0 : length); }
@@ -254,9 +275,12 @@ class CStringT {
     }
 
     static CStringT Joined(PCXSTR left, int length, const CStringT& right);
-    static void Free(BufferHead* head) noexcept;
+    static void Free(BufferHead* head) noexcept {
+        head->~BufferHead();
+        ::operator delete(head);
+    }
     [[nodiscard]] static CStringT WithCapacity(int capacity);
-    void SetLength(int length) noexcept;
+    void SetLength(int length) noexcept { text_[Head().length = length] = 0; }
     PXSTR PrepareWrite(int capacity);
     [[nodiscard]] int GrownCapacity(int length) const noexcept;
     PXSTR PrepareAppend(std::size_t count);

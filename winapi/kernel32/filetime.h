@@ -1,7 +1,7 @@
 // Moments as Windows counts them.
 #pragma once
 
-#include "winapi/filetime.h"
+#include "winapi/types.h"
 
 #include <cstdint>
 

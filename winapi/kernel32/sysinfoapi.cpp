@@ -73,8 +73,17 @@ void WINAPI GetNativeSystemInfo(LPSYSTEM_INFO info) noexcept {
 BOOL WINAPI GlobalMemoryStatusEx(LPMEMORYSTATUSEX status) noexcept {
     return AtBorder(FALSE, [&] {
         if (status->dwLength != sizeof *status) throw Failure{ERROR_INVALID_PARAMETER};
-        status->ullTotalPhys = MemoryFigure("MemTotal:");
-        status->ullAvailPhys = MemoryFigure("MemAvailable:");
+        const DWORDLONG total = MemoryFigure("MemTotal:"), available = MemoryFigure("MemAvailable:");
+        const auto load = static_cast<DWORD>(total != 0 ? 100 - available * 100 / total : 0);
+        *status = {sizeof *status,
+                   load,
+                   total,
+                   available,
+                   total + MemoryFigure("SwapTotal:"),
+                   available + MemoryFigure("SwapFree:"),
+                   0,
+                   0,
+                   0};
         return TRUE;
     });
 }

@@ -115,6 +115,11 @@ SAFEARRAY* WINAPI SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND*
     return array;
 }
 
+SAFEARRAY* WINAPI SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG count) noexcept {
+    SAFEARRAYBOUND bound{count, lowerBound};
+    return SafeArrayCreate(type, 1, &bound);
+}
+
 HRESULT WINAPI SafeArrayDestroy(SAFEARRAY* array) {
     if (array == nullptr) return S_OK;
     const HRESULT destroyed = SafeArrayDestroyData(array);

@@ -201,3 +201,7 @@ BOOL WINAPI PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam
         return TRUE;
     });
 }
+
+int WINAPI GetSystemMetrics(int) noexcept {
+    return 0;
+}

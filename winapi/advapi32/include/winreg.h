@@ -20,7 +20,6 @@
 #pragma once
 
 #include "winapi/errorcodes.h"
-#include "winapi/filetime.h"
 #include "winapi/handles.h"
 #include "winapi/security.h"
 #include "winapi/types.h"

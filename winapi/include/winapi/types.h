@@ -7,6 +7,7 @@
 using CHAR = char;
 using WCHAR = char16_t;
 using BYTE = std::uint8_t;
+using UCHAR = unsigned char;
 using SHORT = std::int16_t;
 using USHORT = std::uint16_t;
 using WORD = std::uint16_t;
@@ -23,6 +24,7 @@ using UINT_PTR = std::uintptr_t;
 using LONG_PTR = std::intptr_t;
 using ULONG_PTR = std::uintptr_t;
 using DWORD_PTR = std::uintptr_t;
+using SIZE_T = std::size_t;
 using FLOAT = float;
 using DOUBLE = double;
 using HRESULT = LONG;
@@ -59,7 +61,26 @@ struct GUID {
 using IID = GUID;
 using CLSID = GUID;
 using REFIID = const IID&;
+using REFCLSID = const CLSID&;
 using REFGUID = const GUID&;
+
+// Whole numbers of 64 bits, without the halves that Windows has beside them.
+struct LARGE_INTEGER {
+    LONGLONG QuadPart;
+};
+using PLARGE_INTEGER = LARGE_INTEGER*;
+struct ULARGE_INTEGER {
+    ULONGLONG QuadPart;
+};
+using PULARGE_INTEGER = ULARGE_INTEGER*;
+
+// 100-nanosecond steps since the start of the year 1601, UTC.
+struct FILETIME {
+    DWORD dwLowDateTime;
+    DWORD dwHighDateTime;
+};
+using PFILETIME = FILETIME*;
+using LPFILETIME = FILETIME*;
 
 // The calling conventions say nothing here: both sides of each call are built by one compiler.
 #define WINAPI

@@ -1,7 +1,7 @@
 // Microsoft's profileapi.h, as far as it is needed beside windows.h.
 #pragma once
 
-#include "winapi/largeinteger.h"
+#include "winapi/types.h"
 
 // A clock that only goes forward, in nanoseconds.
 BOOL WINAPI QueryPerformanceCounter(PLARGE_INTEGER count) noexcept;

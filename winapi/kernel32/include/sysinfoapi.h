@@ -12,11 +12,17 @@ using DWORDLONG = std::uint64_t;
 // As GetSystemInfo, but with the architecture of the system, whatever that of the process.
 void WINAPI GetNativeSystemInfo(LPSYSTEM_INFO info) noexcept;
 
-// In bytes; without page files and virtual memory.
+// In bytes. The page file stands for memory and swap space together; virtual memory is told as 0.
 struct MEMORYSTATUSEX {
     DWORD dwLength;
+    DWORD dwMemoryLoad;  // percent
     DWORDLONG ullTotalPhys;
     DWORDLONG ullAvailPhys;
+    DWORDLONG ullTotalPageFile;
+    DWORDLONG ullAvailPageFile;
+    DWORDLONG ullTotalVirtual;
+    DWORDLONG ullAvailVirtual;
+    DWORDLONG ullAvailExtendedVirtual;
 };
 using LPMEMORYSTATUSEX = MEMORYSTATUSEX*;
 

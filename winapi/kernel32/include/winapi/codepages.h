@@ -1,7 +1,8 @@
 // Code pages: MultiByteToWideChar, WideCharToMultiByte and their kin, as Microsoft's winnls.h describes them.
 //
-// Known pages: UTF-8 (65001) and, by the C library's iconv, 437, 850, 874, 932, 936, 949, 950 and 1250 to 1258.
-// Iconv is asked once for each page, by the first thread that needs it.
+// Known pages: UTF-8 (65001) and, by the C library's iconv, 437, 850, 852, 855, 857, 858, 860 to 863, 865,
+// 866, 874, 932, 936, 949, 950 and 1250 to 1258. Iconv is asked once for each page, by the first thread that
+// needs it.
 //
 // Where Microsoft leaves a choice or a table unpublished:
 // - there is no best fit: a character that the page lacks becomes the default character, as it does on

@@ -8,9 +8,7 @@
 #pragma once
 
 #include "winapi/errorcodes.h"
-#include "winapi/filetime.h"
 #include "winapi/handles.h"
-#include "winapi/largeinteger.h"
 #include "winapi/security.h"
 
 #define GENERIC_READ 0x80000000U

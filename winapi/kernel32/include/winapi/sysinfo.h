@@ -8,15 +8,19 @@
 #define PROCESSOR_ARCHITECTURE_AMD64 9
 #define PROCESSOR_ARCHITECTURE_UNKNOWN 0xFFFF
 
-// Without the processor's type, level and revision, and the obsolete dwOemId.
+// Without the obsolete dwOemId that shares the first four bytes; type, level and revision are 0.
 struct SYSTEM_INFO {
     WORD wProcessorArchitecture;
+    WORD wReserved;
     DWORD dwPageSize;
     LPVOID lpMinimumApplicationAddress;
     LPVOID lpMaximumApplicationAddress;
     DWORD_PTR dwActiveProcessorMask;
     DWORD dwNumberOfProcessors;
+    DWORD dwProcessorType;
     DWORD dwAllocationGranularity;
+    WORD wProcessorLevel;
+    WORD wProcessorRevision;
 };
 using LPSYSTEM_INFO = SYSTEM_INFO*;
 

@@ -50,6 +50,7 @@ HRESULT WINAPI SafeArrayAllocData(SAFEARRAY* array) noexcept;
 // out. VT_RECORD is such a type here.
 [[nodiscard]] SAFEARRAY* WINAPI SafeArrayCreate(VARTYPE type, UINT dimensions,
                                                 SAFEARRAYBOUND* bounds) noexcept;
+[[nodiscard]] SAFEARRAY* WINAPI SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG count) noexcept;
 
 // DISP_E_ARRAYISLOCKED for a locked array. The data goes with all that its elements own; a block that isn't
 // the array's to free stays, zeroed. Null is S_OK but for SafeArrayDestroyData.

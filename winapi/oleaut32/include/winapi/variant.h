@@ -46,8 +46,10 @@ enum VARENUM : VARTYPE {
     VT_LPWSTR = 31,
     VT_RECORD = 36,
     VT_CLSID = 72,
+    VT_VECTOR = 0x1000,
     VT_ARRAY = 0x2000,
     VT_BYREF = 0x4000,
+    VT_TYPEMASK = 0x0FFF,
 };
 
 // __extension__: nameless structures are Microsoft's and GCC's extension to C++.
@@ -90,8 +92,20 @@ struct VARIANT {
                 IUnknown* punkVal;
                 IDispatch* pdispVal;
                 SAFEARRAY* parray;
+                BYTE* pbVal;
+                SHORT* piVal;
                 LONG* plVal;
+                LONGLONG* pllVal;
+                FLOAT* pfltVal;
+                DOUBLE* pdblVal;
+                VARIANT_BOOL* pboolVal;
+                SCODE* pscode;
+                CY* pcyVal;
+                DATE* pdate;
                 BSTR* pbstrVal;
+                IUnknown** ppunkVal;
+                IDispatch** ppdispVal;
+                SAFEARRAY** pparray;
                 VARIANT* pvarVal;
                 PVOID byref;
                 CHAR cVal;
@@ -100,6 +114,13 @@ struct VARIANT {
                 ULONGLONG ullVal;
                 INT intVal;
                 UINT uintVal;
+                DECIMAL* pdecVal;
+                CHAR* pcVal;
+                USHORT* puiVal;
+                ULONG* pulVal;
+                ULONGLONG* pullVal;
+                INT* pintVal;
+                UINT* puintVal;
                 __extension__ struct {
                     PVOID pvRecord;
                     IRecordInfo* pRecInfo;
@@ -113,6 +134,15 @@ using VARIANTARG = VARIANT;
 
 static_assert(sizeof(CY) == 8 && sizeof(DECIMAL) == 16);
 static_assert(sizeof(VARIANT) == 8 + 2 * sizeof(void*));
+
+#define V_VT(variant) ((variant)->vt)
+#define V_I4(variant) ((variant)->lVal)
+#define V_R8(variant) ((variant)->dblVal)
+#define V_BSTR(variant) ((variant)->bstrVal)
+#define V_DISPATCH(variant) ((variant)->pdispVal)
+#define V_ERROR(variant) ((variant)->scode)
+#define V_BOOL(variant) ((variant)->boolVal)
+#define V_ARRAY(variant) ((variant)->parray)
 
 // Makes a VT_EMPTY of what was nothing before.
 void WINAPI VariantInit(VARIANTARG* variant) noexcept;

@@ -59,3 +59,8 @@ UINT WINAPI GetWindowModuleFileNameW(HWND window, LPWSTR path, UINT size) noexce
 // The youngest window of that class and that title, both compared without case; null stands for any. Null
 // when there is none.
 [[nodiscard]] HWND WINAPI FindWindowA(LPCSTR windowClass, LPCSTR title) noexcept;
+
+#define SM_SERVERR2 89
+
+// Of the desktop, which isn't there: 0 for every figure.
+[[nodiscard]] int WINAPI GetSystemMetrics(int index) noexcept;

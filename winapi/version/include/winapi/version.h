@@ -1,5 +1,5 @@
-// Version resources of native modules, which hold the block that Windows' own have in the ELF section
-// ".version_resource" (see cmake/VersionResource.cmake).
+// Version resources, of Windows' own modules (RT_VERSION) and of native ones, which hold the same block in
+// the ELF section ".version_resource" (see cmake/VersionResource.cmake).
 #pragma once
 
 #include "winapi/types.h"

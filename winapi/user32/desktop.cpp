@@ -1,5 +1,0 @@
-#include "winapi/desktop.h"
-
-int WINAPI GetSystemMetrics(int) noexcept {
-    return 0;
-}
