@@ -32,14 +32,14 @@ these '\.py$' | xargs -r pyflakes3
 # The rules for clang-tidy are for what we ship; a test may do what a fault needs. Sources that are compiled for
 # Windows alone are read with MinGW's headers.
 commands=build/lint
-cmake --preset native-asan >/dev/null
-cmake --preset win64 >/dev/null
+# Without the lanes' precompiled headers, which are there only when a lane has been built.
+cmake --preset native-asan -B "$commands/native" -DKESTROLUMEN_PRECOMPILE=OFF >/dev/null
+cmake --preset win64 -B "$commands/windows" -DKESTROLUMEN_PRECOMPILE=OFF >/dev/null
 library=$(x86_64-w64-mingw32-g++-posix -print-file-name=include/c++)
-mkdir -p "$commands/native" "$commands/windows" "$commands/clean"
-cp build/native-asan/compile_commands.json "$commands/native/"
-sed -E 's/ -(fno-keep-inline-dllexport|Wno-restrict)//g' build/win64/compile_commands.json |
-  sed "s| -c | --target=x86_64-w64-mingw32 -isystem $library -isystem $library/x86_64-w64-mingw32 -c |" \
-    >"$commands/windows/compile_commands.json"
+mkdir -p "$commands/clean"
+sed -i -E -e 's/ -(fno-keep-inline-dllexport|Wno-restrict|fno-var-tracking-assignments)//g' \
+  -e "s| -c | --target=x86_64-w64-mingw32 -isystem $library -isystem $library/x86_64-w64-mingw32 -c |" \
+  "$commands/windows/compile_commands.json"
 
 read_by() { grep -q "/$2\"" "$commands/$1/compile_commands.json"; }
 checked=()
@@ -54,7 +54,7 @@ preprocessed() {
   local command
   command=$(grep -F " -c $PWD/$2\"" "$commands/$1/compile_commands.json" | head -n 1 |
     sed -E 's/^ *"command": "[^ ]+(.*)",?$/clang++\1/; s/\\(["\\])/\1/g; s/ -o [^ ]+//; s/ -c / -E -C -w /')
-  (cd "build/native-asan" && eval "$command")
+  (cd "$commands/$1" && eval "$command")
 }
 # tidy NUMBER HOME SOURCE: what was clean once and hasn't changed since is not read again.
 tidy() {

@@ -8,7 +8,6 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <optional>
 #include <string_view>
 
 #include <elf.h>
@@ -17,7 +16,7 @@
 namespace winapi {
 namespace {
 
-constexpr Failure noResource{ERROR_RESOURCE_DATA_NOT_FOUND};
+constexpr auto noResource = [] { return Failure{ERROR_RESOURCE_DATA_NOT_FOUND}; };
 
 bool TryRead(const Descriptor& file, std::uint64_t offset, void* target, std::size_t size) noexcept {
     return pread(file.Get(), target, size, static_cast<off_t>(offset)) == static_cast<ssize_t>(size);
@@ -27,14 +26,14 @@ bool TryRead(const Descriptor& file, std::uint64_t offset, void* target, std::si
 template <class Value>
 Value Read(const Descriptor& file, std::uint64_t offset) {
     Value value;
-    if (!TryRead(file, offset, &value, sizeof value)) throw noResource;
+    if (!TryRead(file, offset, &value, sizeof value)) throw noResource();
     return value;
 }
 
 std::vector<BYTE> ReadBlock(const Descriptor& file, std::uint64_t offset, std::uint64_t size) {
     constexpr std::uint64_t longest = 0xFFFF;
     std::vector<BYTE> block(static_cast<std::size_t>(std::min(size, longest)));
-    if (!TryRead(file, offset, block.data(), block.size())) throw noResource;
+    if (!TryRead(file, offset, block.data(), block.size())) throw noResource();
     return block;
 }
 
@@ -54,7 +53,7 @@ std::vector<BYTE> FromElf(const Descriptor& file) {
             return ReadBlock(file, each.sh_offset, each.sh_size);
         }
     }
-    throw noResource;
+    throw noResource();
 }
 
 // Microsoft's "PE Format". Resources have three levels: type, name and language, of which the first ones are taken.
@@ -72,7 +71,7 @@ std::vector<BYTE> FromPe(const Descriptor& file) {
             const std::uint64_t section = sections + i * 40, into = address - dword(section + 12);
             if (into < dword(section + 16)) return dword(section + 20) + into;
         }
-        throw noResource;
+        throw noResource();
     };
     // What the first entry, or that of a type, leads to.
     const auto entry = [&](std::uint64_t directory, std::uint64_t type) {
@@ -80,9 +79,9 @@ std::vector<BYTE> FromPe(const Descriptor& file) {
         for (std::uint64_t i = 0; i < word(table + 12) + word(table + 14); ++i) {
             if (type == 0 || dword(table + 16 + i * 8) == type) return dword(table + 20 + i * 8);
         }
-        throw noResource;
+        throw noResource();
     };
-    if (root == 0) throw noResource;
+    if (root == 0) throw noResource();
     const std::uint64_t data = place(root + entry(entry(entry(subdirectory, versionType), 0), 0));
     return ReadBlock(file, place(dword(data)), dword(data + 4));
 }
@@ -98,7 +97,7 @@ std::vector<BYTE> ReadVersionResource(const std::string& path) {
                                              : FromElf<Elf32_Ehdr, Elf32_Shdr>(file);
     }
     if (std::memcmp(start.data(), "MZ", 2) == 0) return FromPe(file);
-    throw noResource;
+    throw noResource();
 }
 
 }  // namespace winapi
