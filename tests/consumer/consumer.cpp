@@ -2,7 +2,6 @@
 #include "addin/addin.h"
 #include "automation/automation.h"
 #include "errors/vex.h"
-#include "excelhost/host.h"
 #include "excelvalues/xxloper.h"
 #include "objectmodel/msexcel.h"
 #include "platform/platform.h"
@@ -43,9 +42,4 @@ int main() {
     const XXloperPtr row = XXloperFromDoubles(1, 2, std::vector<double>{1.5, 2.5});
     std::printf("excelvalues %g\n", row->val.array.lparray[1].val.num);
     std::printf("addin %d\n", xlAutoAdd());
-
-    // What an add-in looks for in the program that loads it.
-    const bool isExported = GetProcAddress(GetModuleHandleW(nullptr), "MdCallBack12") != nullptr;
-    const excelhost::Host host;
-    std::printf("excelhost %d\n", static_cast<int>(isExported && excelhost::Host::Current() == &host));
 }
