@@ -6,10 +6,6 @@
 namespace excelhost {
 namespace {
 
-constexpr WCHAR LowerAscii(WCHAR unit) noexcept {
-    return unit >= 'A' && unit <= 'Z' ? static_cast<WCHAR>(unit + ('a' - 'A')) : unit;
-}
-
 WCHAR Upper(WCHAR unit) noexcept {
     if (unit < 0x80) return unit >= 'a' && unit <= 'z' ? static_cast<WCHAR>(unit - ('a' - 'A')) : unit;
     CharUpperBuffW(&unit, 1);

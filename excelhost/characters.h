@@ -27,6 +27,20 @@ using TextView = std::basic_string_view<WCHAR>;
 [[nodiscard]] std::string Excerpt(TextView text, std::size_t most = 200);
 [[nodiscard]] std::string Excerpt(std::string_view utf8, std::size_t most = 200);
 
+// Of ASCII alone, whatever the locale.
+template <class Unit>
+[[nodiscard]] constexpr bool IsDigit(Unit unit) noexcept {
+    return unit >= '0' && unit <= '9';
+}
+template <class Unit>
+[[nodiscard]] constexpr Unit LowerAscii(Unit unit) noexcept {
+    return unit >= 'A' && unit <= 'Z' ? static_cast<Unit>(unit - 'A' + 'a') : unit;
+}
+template <class Unit>
+[[nodiscard]] constexpr bool IsLetter(Unit unit) noexcept {
+    return LowerAscii(unit) >= 'a' && LowerAscii(unit) <= 'z';
+}
+
 // Equal without regard to case, for the names of workbooks and functions (letters A to Z only).
 [[nodiscard]] bool SameName(TextView a, TextView b) noexcept;
 

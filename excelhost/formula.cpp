@@ -32,12 +32,6 @@ constexpr auto kOperators = std::to_array<Operator>({
     {TEXT("^"), 5, Step::Power},
 });
 
-constexpr bool IsDigit(WCHAR unit) {
-    return unit >= '0' && unit <= '9';
-}
-constexpr bool IsLetter(WCHAR unit) {
-    return (unit >= 'A' && unit <= 'Z') || (unit >= 'a' && unit <= 'z');
-}
 constexpr bool BeginsWord(WCHAR unit) {
     return IsLetter(unit) || unit == '_' || unit == '$' || unit >= 0x80;
 }

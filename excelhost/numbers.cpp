@@ -1,5 +1,7 @@
 #include "excelhost/numbers.h"
 
+#include "excelhost/characters.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -10,10 +12,6 @@ namespace excelhost {
 namespace {
 
 constexpr int kDigits = 15;
-
-constexpr bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 // 0 in place of every digit behind the 15th significant one, up to the exponent.
 void DropDigits(std::string& text) {

@@ -5,10 +5,6 @@
 namespace excelhost::automation {
 namespace {
 
-bool IsDigit(WCHAR unit) noexcept {
-    return unit >= TEXT('0') && unit <= TEXT('9');
-}
-
 // 1 to 26 for a letter of either case, else 0.
 LONG LetterValue(WCHAR unit) noexcept {
     if (unit >= TEXT('A') && unit <= TEXT('Z')) return static_cast<LONG>(unit - TEXT('A')) + 1;

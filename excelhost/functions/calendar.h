@@ -2,11 +2,17 @@
 // Lotus 1-2-3 ("Excel incorrectly assumes that the year 1900 is a leap year"). The fraction is the time of day.
 #pragma once
 
+#include <array>
 #include <optional>
+#include <string_view>
 
 namespace excelhost {
 
 inline constexpr double kLastSerial = 2958465;  // 31 December 9999
+
+inline constexpr std::array<std::string_view, 12> kMonthNames = {
+    "January", "February", "March",     "April",   "May",      "June",
+    "July",    "August",   "September", "October", "November", "December"};
 
 struct Date {
     int year;

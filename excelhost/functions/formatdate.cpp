@@ -10,9 +10,6 @@ namespace {
 
 using Kind = FormatToken::Kind;
 
-constexpr std::array<const char*, 12> kMonths = {"January",   "February", "March",    "April",
-                                                 "May",       "June",     "July",     "August",
-                                                 "September", "October",  "November", "December"};
 constexpr std::array<const char*, 7> kDays = {"Saturday",  "Sunday",   "Monday", "Tuesday",
                                               "Wednesday", "Thursday", "Friday"};
 constexpr std::uint64_t kSecondsOfDay = 86400;
@@ -81,7 +78,7 @@ std::string DatePart(const std::string& letters, bool isMinute, bool isTwelve, c
         case 'm':
             if (isMinute) return number(moment.second / 60 % 60);
             if (length <= 2) return number(moment.date.month);
-            return std::string(kMonths[moment.date.month - 1])
+            return std::string(kMonthNames[moment.date.month - 1])
                 .substr(0, length == 3   ? 3
                            : length == 5 ? 1
                                          : std::string::npos);

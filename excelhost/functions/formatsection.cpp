@@ -1,5 +1,6 @@
 #include "excelhost/functions/formatsection.h"
 
+#include "excelhost/characters.h"
 #include "excelhost/numbers.h"
 
 #include <array>
@@ -9,13 +10,9 @@ namespace {
 
 using Kind = FormatToken::Kind;
 
-constexpr char Lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 std::string Lower(std::string_view text) {
     std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) { return Lower(c); });
+    std::transform(lower.begin(), lower.end(), lower.begin(), LowerAscii<char>);
     return lower;
 }
 
@@ -99,7 +96,7 @@ class SectionReader {
     // How often the first letter is there.
     [[nodiscard]] std::size_t RunLength() const {
         std::size_t length = 1;
-        while (length < rest_.size() && Lower(rest_[length]) == Lower(rest_.front())) ++length;
+        while (length < rest_.size() && LowerAscii(rest_[length]) == LowerAscii(rest_.front())) ++length;
         return length;
     }
 

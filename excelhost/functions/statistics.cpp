@@ -20,6 +20,11 @@ std::vector<double> Numbers(const Given& given) {
     given.EachNumber([&](double number) { numbers.push_back(number); });
     return numbers;
 }
+std::vector<double> Numbers(const Given& given, std::size_t i) {
+    std::vector<double> numbers;
+    given.EachNumber(i, [&](double number) { numbers.push_back(number); });
+    return numbers;
+}
 
 struct Tally {
     double sum = 0;
@@ -205,8 +210,7 @@ Value Median(const Given& given) {
 
 template <class Before>
 Value Nth(const Given& given) {
-    std::vector<double> numbers;
-    given.EachNumber(0, [&](double number) { numbers.push_back(number); });
+    std::vector<double> numbers = Numbers(given, 0);
     const double n = std::ceil(given.Number(1));
     if (n < 1 || n > static_cast<double>(numbers.size())) return ErrorValue{xlerrNum};
     const auto place = numbers.begin() + static_cast<std::ptrdiff_t>(n) - 1;
@@ -227,8 +231,7 @@ Value AtPlace(std::vector<double> numbers, double place) {
 // With the least and the greatest number as the parts 0 and 1, or at one place inside of those.
 template <bool Inclusive>
 Value Quantile(const Given& given, double part) {
-    std::vector<double> numbers;
-    given.EachNumber(0, [&](double number) { numbers.push_back(number); });
+    std::vector<double> numbers = Numbers(given, 0);
     const auto count = static_cast<double>(numbers.size());
     if (part < 0 || part > 1) return ErrorValue{xlerrNum};
     return AtPlace(std::move(numbers), Inclusive ? part * (count - 1) : part * (count + 1) - 1);

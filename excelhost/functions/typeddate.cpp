@@ -1,27 +1,20 @@
 #include "excelhost/functions/typeddate.h"
 
+#include "excelhost/characters.h"
 #include "excelhost/functions/calendar.h"
 
-#include <array>
+#include <algorithm>
 #include <cmath>
 #include <string>
 
 namespace excelhost {
 namespace {
 
-constexpr bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
+// Whether the word, in lower case, is the name.
+bool IsName(std::string_view word, std::string_view name) {
+    return std::equal(word.begin(), word.end(), name.begin(), name.end(),
+                      [](char a, char b) { return a == LowerAscii(b); });
 }
-constexpr char Upper(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-constexpr bool IsLetter(char c) {
-    return Upper(c) >= 'A' && Upper(c) <= 'Z';
-}
-
-constexpr std::array<std::string_view, 12> kMonths = {"JANUARY",   "FEBRUARY", "MARCH",    "APRIL",
-                                                      "MAY",       "JUNE",     "JULY",     "AUGUST",
-                                                      "SEPTEMBER", "OCTOBER",  "NOVEMBER", "DECEMBER"};
 
 struct WholeNumber {
     double value = 0;
@@ -67,17 +60,19 @@ class MomentReader {
         if (number.digits == 0 || (!rest_.empty() && IsDigit(rest_.front()))) return std::nullopt;
         return number;
     }
+    // In lower case.
     std::string Word() {
         std::string word;
         for (; !rest_.empty() && IsLetter(rest_.front()); rest_.remove_prefix(1))
-            word += Upper(rest_.front());
+            word += LowerAscii(rest_.front());
         return word;
     }
     // From 1 on; by the whole name or three letters of it.
     std::optional<double> Month() {
         const std::string word = Word();
-        for (std::size_t i = 0; i < kMonths.size(); ++i) {
-            if (word == kMonths[i] || word == kMonths[i].substr(0, 3)) return static_cast<double>(i + 1);
+        for (std::size_t i = 0; i < kMonthNames.size(); ++i) {
+            const std::string_view name = kMonthNames[i];
+            if (IsName(word, name) || IsName(word, name.substr(0, 3))) return static_cast<double>(i + 1);
         }
         return std::nullopt;
     }
@@ -149,10 +144,10 @@ class MomentReader {
         double hours = hour->value;
         if (half.empty()) {
             if (!hasMinutes) return std::nullopt;
-        } else if ((half != "AM" && half != "PM" && half != "A" && half != "P") || hours > 12) {
+        } else if ((half != "am" && half != "pm" && half != "a" && half != "p") || hours > 12) {
             return std::nullopt;
         } else {
-            hours = std::fmod(hours, 12) + (half.front() == 'P' ? 12 : 0);
+            hours = std::fmod(hours, 12) + (half.front() == 'p' ? 12 : 0);
         }
         constexpr double day = 86400;
         return std::fmod(hours * 3600 + seconds, day) / day;

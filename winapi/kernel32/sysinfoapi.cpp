@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <limits>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,14 +17,14 @@ using winapi::Failure;
 
 namespace {
 
-// A figure of /proc/meminfo, in bytes; 0 for one that isn't there.
-DWORDLONG MemoryFigure(std::string_view name) {
+// The figures of /proc/meminfo, in bytes, by their names.
+std::map<std::string, DWORDLONG> MemoryFigures() {
+    std::map<std::string, DWORDLONG> figures;
     std::ifstream file("/proc/meminfo");
-    DWORDLONG kibibytes = 0;
-    for (std::string word; file >> word;) {
-        if (word == name && file >> kibibytes) break;
-    }
-    return kibibytes * 1024;
+    std::string name, rest;
+    for (DWORDLONG kibibytes = 0; file >> name >> kibibytes && std::getline(file, rest);)
+        figures[name] = kibibytes * 1024;
+    return figures;
 }
 
 // ---- Processors ----------------------------------------------------------------------------------------
@@ -73,17 +74,15 @@ void WINAPI GetNativeSystemInfo(LPSYSTEM_INFO info) noexcept {
 BOOL WINAPI GlobalMemoryStatusEx(LPMEMORYSTATUSEX status) noexcept {
     return AtBorder(FALSE, [&] {
         if (status->dwLength != sizeof *status) throw Failure{ERROR_INVALID_PARAMETER};
-        const DWORDLONG total = MemoryFigure("MemTotal:"), available = MemoryFigure("MemAvailable:");
-        const auto load = static_cast<DWORD>(total != 0 ? 100 - available * 100 / total : 0);
-        *status = {sizeof *status,
-                   load,
-                   total,
-                   available,
-                   total + MemoryFigure("SwapTotal:"),
-                   available + MemoryFigure("SwapFree:"),
-                   0,
-                   0,
-                   0};
+        auto figures = MemoryFigures();
+        const DWORDLONG total = figures["MemTotal:"], available = figures["MemAvailable:"];
+        *status = {};
+        status->dwLength = sizeof *status;
+        status->ullTotalPhys = total;
+        status->ullAvailPhys = available;
+        status->dwMemoryLoad = static_cast<DWORD>(total != 0 ? 100 - available * 100 / total : 0);
+        status->ullTotalPageFile = total + figures["SwapTotal:"];
+        status->ullAvailPageFile = available + figures["SwapFree:"];
         return TRUE;
     });
 }
