@@ -33,8 +33,7 @@ bool tooMuchMemory = false;
 // Runs `convert` once and sets the counter. `bytes` is the size of its result.
 template <typename Convert>
 void ReportPeak(benchmark::State& state, std::size_t bytes, Convert convert) {
-    const std::size_t peak = bench::PeakBytesOf(convert);
-    const double ratio = static_cast<double>(peak) / static_cast<double>(bytes);
+    const double ratio = static_cast<double>(bench::HeapUseOf(convert).peak) / static_cast<double>(bytes);
     state.counters["peak"] = ratio;
     tooMuchMemory = tooMuchMemory || ratio > 1.1;
 }
@@ -139,13 +138,9 @@ void MemcpyWarm(benchmark::State& state, const Shape& shape) {
 void StringsOurs(benchmark::State& state) {
     const std::vector<CStringW> strings(10000, CStringW(TEXT("a string of some length")));
     const auto convert = [&] { return Array(VbArrayFromVectorCStringW(strings, false, 1)); };
-    const std::size_t before = bench::LiveBytes();
-    std::size_t bytes = 0;
-    {
-        const Array array = convert();
-        bytes = bench::LiveBytes() - before;
-    }
-    ReportPeak(state, bytes, convert);
+    Array array;
+    const bench::HeapUse use = bench::HeapUseOf([&] { array = convert(); });
+    ReportPeak(state, static_cast<std::size_t>(use.kept), convert);
     for (auto _ : state) benchmark::DoNotOptimize(convert()->pvData);
 }
 

@@ -90,7 +90,7 @@ void MeasureSheet(benchmark::State& state, const std::string& csv, std::size_t f
     const std::chrono::duration<double> own = Clock::now() - ownBegin;
     state.counters["over_s"] = whole.count() - 2 * own.count();
     state.counters["bytes_a_formula"] =
-        static_cast<double>(bench::PeakBytesOf(calculate)) / static_cast<double>(formulas);
+        static_cast<double>(bench::HeapUseOf(calculate).peak) / static_cast<double>(formulas);
 }
 
 // `formula` gives the text for a row, counted from 1.

@@ -74,10 +74,9 @@ std::size_t ReadWhole(const char* name, std::size_t size) {
 
 template <typename Body>
 void Run(benchmark::State& state, Body body) {
-    const std::size_t peak = bench::PeakBytesOf([&] {
-        for (auto _ : state) benchmark::DoNotOptimize(body());
-    });
-    state.counters["peak MiB"] = static_cast<double>(peak) / (1 << 20);
+    for (auto _ : state) benchmark::DoNotOptimize(body());
+    const bench::HeapUse use = bench::HeapUseOf([&] { benchmark::DoNotOptimize(body()); });
+    state.counters["peak MiB"] = static_cast<double>(use.peak) / (1 << 20);
 }
 
 std::size_t Walked() {

@@ -8,35 +8,44 @@
 
 namespace {
 
-std::atomic<std::size_t> live = 0;
-std::atomic<std::size_t> peak = 0;
+std::atomic<bool> counting = false;
+std::atomic<std::ptrdiff_t> live = 0;
+std::atomic<std::ptrdiff_t> peak = 0;
 std::atomic<std::size_t> calls = 0;
 
+[[nodiscard]] bool IsCounting() noexcept {
+    return counting.load(std::memory_order_relaxed);
+}
+
+std::ptrdiff_t BytesOf(void* block) noexcept {
+    return static_cast<std::ptrdiff_t>(BENCH_BLOCK_SIZE(block));
+}
+
 void* Counted(void* block) noexcept {
-    calls.fetch_add(1, std::memory_order_relaxed);
-    const std::size_t now = live += BENCH_BLOCK_SIZE(block);
+    if (!IsCounting()) return block;
+    ++calls;
+    const std::ptrdiff_t now = live += BytesOf(block);
     if (now > peak) peak = now;
     return block;
+}
+
+void Uncount(void* block) noexcept {
+    if (IsCounting()) live -= BytesOf(block);
 }
 
 }  // namespace
 
 namespace bench {
 
-std::size_t HeapCalls() noexcept {
-    return calls;
+void StartCounting() noexcept {
+    calls = 0;
+    live = peak = 0;
+    counting = true;
 }
 
-std::size_t LiveBytes() noexcept {
-    return live;
-}
-
-std::size_t PeakBytes() noexcept {
-    return peak;
-}
-
-void StartPeak() noexcept {
-    peak = live.load();
+HeapUse StopCounting() noexcept {
+    counting = false;
+    return {calls, live, peak};
 }
 
 }  // namespace bench
@@ -59,12 +68,12 @@ void* __wrap_calloc(std::size_t count, std::size_t size) {
     return Counted(__real_calloc(count, size));
 }
 void* __wrap_realloc(void* block, std::size_t size) {
-    if (block != nullptr) live -= BENCH_BLOCK_SIZE(block);
+    if (block != nullptr) Uncount(block);
     return Counted(__real_realloc(block, size));
 }
 void __wrap_free(void* block) {
     if (block == nullptr) return;
-    live -= BENCH_BLOCK_SIZE(block);
+    Uncount(block);
     __real_free(block);
 }
 }

@@ -1,29 +1,30 @@
-// How often a benchmark's program asks for memory, and how much it has in use. Counted are malloc and its kin in
-// all that is linked into the program, and operator new. Automation's own blocks, of BSTRs and arrays, count
-// where the stand-in makes them and not on Windows, where they are of another heap.
+// How often a piece of a benchmark's program asks for memory, and how much it has in use. Counted are malloc and its
+// kin in all that is linked into the program, and operator new, on every thread. Automation's own blocks, of BSTRs and
+// arrays, count where the stand-in makes them and not on Windows, where they are of another heap.
+//
+// Counting costs more than a small block does, so that it is done only where it was asked for, and never in what
+// is timed.
 #pragma once
 
 #include <cstddef>
 
 namespace bench {
 
-// Blocks that were asked for since the program began.
-[[nodiscard]] std::size_t HeapCalls() noexcept;
+struct HeapUse {
+    std::size_t calls = 0;    // blocks that were asked for
+    std::ptrdiff_t kept = 0;  // bytes in use at the end, more than at the begin
+    std::ptrdiff_t peak = 0;  // the most of them on the way
+};
 
-// Bytes in blocks that are alive now.
-[[nodiscard]] std::size_t LiveBytes() noexcept;
+void StartCounting() noexcept;
+[[nodiscard]] HeapUse StopCounting() noexcept;
 
-// The most since StartPeak.
-[[nodiscard]] std::size_t PeakBytes() noexcept;
-void StartPeak() noexcept;
-
-// Runs `body`, and gives how many bytes more than before it were in use at most.
+// What `body` asks for, kept until it ends.
 template <typename Body>
-[[nodiscard]] std::size_t PeakBytesOf(Body body) {
-    const std::size_t before = LiveBytes();
-    StartPeak();
+[[nodiscard]] HeapUse HeapUseOf(Body body) {
+    StartCounting();
     body();
-    return PeakBytes() - before;
+    return StopCounting();
 }
 
 }  // namespace bench

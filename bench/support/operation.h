@@ -20,20 +20,14 @@ struct Least {
 };
 
 inline bool AutomationIsCounted() {
-    static const bool counted = [] {
-        const std::size_t before = HeapCalls();
-        SysFreeString(SysAllocString(TEXT("text")));
-        return HeapCalls() != before;
-    }();
+    static const bool counted = HeapUseOf([] { SysFreeString(SysAllocString(TEXT("text"))); }).calls != 0;
     return counted;
 }
 
 template <typename Operation>
 [[nodiscard]] double HeapCallsOf(Operation operation) {
     operation();  // makes what is kept from then on
-    const std::size_t before = HeapCalls();
-    operation();
-    return static_cast<double>(HeapCalls() - before);
+    return static_cast<double>(HeapUseOf(operation).calls);
 }
 
 // Measures what makes and releases its result.
