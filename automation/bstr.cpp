@@ -1,6 +1,7 @@
 #include "automation/bstr.h"
 
 #include "errors/vex.h"
+#include "text/detail/uptozero.h"
 
 #include <cstdint>
 #include <cstring>
@@ -28,16 +29,13 @@ std::int32_t ByteCount(BSTR bstr) noexcept {
     return count;
 }
 
-// `count` units from `source` on, up to the first zero among them, in one copy.
-template <typename String, typename Unit>
-String TextFromUnits(const Unit* source, std::int32_t count) {
-    String text;
-    if (count <= 0) return text;
-    Unit* const buffer = text.GetBuffer(count);
-    std::memcpy(buffer, source, static_cast<std::size_t>(count) * sizeof(Unit));
-    buffer[count] = 0;
-    text.ReleaseBuffer(-1);
-    return text;
+// `count` units from `source` on, up to the first zero among them.
+template <typename Unit>
+kestrolumen::CStringOf<Unit> TextFromUnits(const Unit* source, std::int32_t count) {
+    if (count <= 0) return {};
+    const auto text =
+        kestrolumen::detail::UpToZero(std::basic_string_view<Unit>(source, static_cast<std::size_t>(count)));
+    return {text.data(), static_cast<int>(text.size())};
 }
 
 }  // namespace
@@ -82,8 +80,8 @@ VARIANT VariantFromCStringW(const CStringW& text) {
 CStringW CStringWFromBstr(BSTR bstr, bool ansiBytes) {
     if (bstr == nullptr) return {};
     const std::int32_t bytes = ByteCount(bstr);
-    if (!ansiBytes) return TextFromUnits<CStringW>(bstr, bytes / std::int32_t{sizeof(WCHAR)});
-    return CStringWFromAnsi(TextFromUnits<CStringA>(reinterpret_cast<const char*>(bstr), bytes));
+    if (!ansiBytes) return TextFromUnits(bstr, bytes / std::int32_t{sizeof(WCHAR)});
+    return CStringWFromAnsi(TextFromUnits(reinterpret_cast<const char*>(bstr), bytes));
 }
 
 CStringA CStringAFromBstr(BSTR bstr, bool ansiBytes) {

@@ -2,7 +2,7 @@
 
 #include "excelvalues/copy.h"
 #include "excelvalues/makers.h"
-#include "excelvalues/detail/memory.h"
+#include "excelvalues/detail/newvalue.h"
 #include "excelvalues/numbers.h"
 
 #include <algorithm>

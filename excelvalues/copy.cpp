@@ -1,6 +1,6 @@
 #include "excelvalues/copy.h"
 
-#include "excelvalues/detail/memory.h"
+#include "excelvalues/detail/newvalue.h"
 
 #include <cstring>
 #include <utility>

@@ -1,7 +1,7 @@
 #include "excelvalues/geometry.h"
 
 #include "excelvalues/callexcel.h"
-#include "excelvalues/detail/memory.h"
+#include "excelvalues/detail/newvalue.h"
 #include "objectmodel/dispatch.h"
 #include "objectmodel/msexcel.h"
 

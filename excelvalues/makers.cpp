@@ -1,6 +1,6 @@
 #include "excelvalues/makers.h"
 
-#include "excelvalues/detail/memory.h"
+#include "excelvalues/detail/newvalue.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,5 +1,6 @@
 #include "excelvalues/numbers.h"
 
+#include "excelvalues/detail/newvalue.h"
 #include "excelvalues/makers.h"
 
 #include <algorithm>

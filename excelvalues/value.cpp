@@ -1,34 +1,21 @@
 #include "excelvalues/value.h"
 
 #include "excelvalues/detail/memory.h"
+#include "text/detail/uptozero.h"
 
 #include <algorithm>
-#include <cstring>
 
-XXloper::XXloper() noexcept : XLOPER12{} {
-    xltype = xltypeNil;
-}
-
-XXloper::~XXloper() {
+void XXloper::FreeBuffers() noexcept {
     kestrolumen::detail::FreeBuffers(*this);
 }
 
 CStringW XXloper::ToCStringW() const {
-    CStringW text;
-    if (val.str == nullptr) return text;
-    const int count = val.str[0];
-    WCHAR* const buffer = text.GetBuffer(count + 1);
-    std::copy_n(val.str + 1, count, buffer);
-    buffer[count] = 0;
-    text.ReleaseBuffer(-1);
-    return text;
+    if (val.str == nullptr) return {};
+    const auto text = kestrolumen::detail::UpToZero(StdWStringView(val.str + 1, val.str[0]));
+    return {text.data(), static_cast<int>(text.size())};
 }
 
 namespace kestrolumen::detail {
-
-std::shared_ptr<XXloper> NewValue() {
-    return std::allocate_shared<XXloper>(MallocAllocator<XXloper>());
-}
 
 void FreeBuffers(const XLOPER12& value) noexcept {
     switch (TypeOf(value)) {

@@ -35,14 +35,16 @@ inline constexpr DWORD xltypeMask = 0x0FFF;
 class XXloper : public XLOPER12 {
   public:
     // An empty value, xltypeNil.
-    XXloper() noexcept;
+    XXloper() noexcept : XLOPER12{} { xltype = xltypeNil; }
 
     // The number `x`, bit for bit, or the error that it carries when it is an ErrorNaN (numbers.h). No other
     // coding is looked at.
     explicit XXloper(double x) noexcept;
 
     // Frees the buffers in the table above, those of array elements first; a null pointer is skipped.
-    ~XXloper();
+    ~XXloper() {
+        if (MayOwn()) FreeBuffers();
+    }
 
     // XXloperCopy (copy.h) makes copies.
     XXloper(const XXloper&) = delete;
@@ -78,6 +80,13 @@ class XXloper : public XLOPER12 {
     //   xltypeMulti               rows and columns, 4 bytes each, then each element by these same rules
     // A null pointer counts as a text, reference or array with nothing in it.
     [[nodiscard]] std::uint64_t Crc64(std::uint64_t crc) const noexcept;
+
+  private:
+    // Types that own nothing pass, so that most values go without a call; xltypeBigData doesn't, and owns nothing.
+    [[nodiscard]] bool MayOwn() const noexcept {
+        return (xltype & (xltypeStr | xltypeRef | xltypeMulti)) != 0;
+    }
+    void FreeBuffers() noexcept;
 };
 static_assert(sizeof(XXloper) == sizeof(XLOPER12) && !std::is_polymorphic_v<XXloper>);
 
@@ -105,10 +114,6 @@ struct ExcelOwnsItSoDoNotFree {
 }
 
 namespace kestrolumen::detail {
-
-// A new record under the default policy, xltypeNil until its maker fills it: when the last reference goes,
-// the value is destroyed and its record freed. Raises std::bad_alloc.
-[[nodiscard]] std::shared_ptr<XXloper> NewValue();
 
 // Frees what a record built by the add-in owns, and leaves the record itself.
 void FreeBuffers(const XLOPER12& value) noexcept;

@@ -1,22 +1,20 @@
 #include "text/conversions.h"
 
-#include <algorithm>
+#include "text/detail/uptozero.h"
+
 #include <cstring>
 #include <limits>
 #include <stdexcept>
 
 namespace {
 
+using kestrolumen::detail::UpToZero;
+
 int CheckedLength(std::size_t length) {
     if (length >= static_cast<std::size_t>(std::numeric_limits<int>::max())) {
         throw std::length_error("UTF-8 conversion: the text is longer than 2^31 - 2 units");
     }
     return static_cast<int>(length);
-}
-
-template <typename Unit>
-std::basic_string_view<Unit> UpToZero(std::basic_string_view<Unit> text) noexcept {
-    return text.substr(0, text.find(Unit{0}));
 }
 
 int WideLength(const char* text, int length) noexcept {
@@ -34,8 +32,7 @@ CStringW WideFromUtf8(const char* text, std::size_t size) {
 
 }  // namespace
 
-// A zero unit is the only thing that becomes a zero byte, so the text may be cut after it is converted. Zeros are
-// rare: to count all bytes, which goes in wide registers, is quicker than to look for the first zero.
+// A zero unit is the only thing that becomes a zero byte, so the text may be cut after it is converted.
 std::string Utf8FromWString(StdWStringView text) {
     std::string utf8;
     if (text.empty()) return utf8;
@@ -43,7 +40,7 @@ std::string Utf8FromWString(StdWStringView text) {
     const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
     utf8.resize(static_cast<std::size_t>(size));
     WideCharToMultiByte(CP_UTF8, 0, text.data(), length, utf8.data(), size, nullptr, nullptr);
-    if (std::ranges::count(utf8, '\0') != 0) utf8.resize(utf8.find('\0'));
+    utf8.resize(UpToZero(std::string_view(utf8)).size());
     return utf8;
 }
 
