@@ -2,6 +2,7 @@
 
 #include "excelvalues/makers.h"
 #include "excelvalues/detail/memory.h"
+#include "platform/detail/blockpool.h"
 
 #include <array>
 #include <cstdarg>
@@ -68,7 +69,7 @@ XXloperPtr CallExcelWithOperands(int functionNumber, int count, LPXLOPER12* oper
     kestrolumen::detail::MallocPtr<XXloper> record(new (kestrolumen::detail::Malloc(sizeof(XXloper)))
                                                        XXloper());
     CallInto(*record, functionNumber, count, operands);
-    return {record.release(), CallExcelToFree()};
+    return {record.release(), CallExcelToFree(), kestrolumen::detail::PooledAllocator<XXloper>()};
 }
 
 void CallExcelForEffect(int functionNumber, const XLOPER12& operand) noexcept {

@@ -27,5 +27,5 @@ class XAddIn14 final : public AddIn {
 
 template <>
 std::shared_ptr<AddIn> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XAddIn14>(source);
+    return MakePooled<XAddIn14>(source);
 }

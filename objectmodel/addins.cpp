@@ -29,5 +29,5 @@ class XAddIns14 final : public AddIns {
 
 template <>
 std::shared_ptr<AddIns> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XAddIns14>(source);
+    return MakePooled<XAddIns14>(source);
 }

@@ -179,9 +179,9 @@ ComPtr<IDispatch> XApplication14::CellsIn(const ParsedExternalReference& referen
 
 template <>
 std::shared_ptr<Application> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XApplication14>(source);
+    return MakePooled<XApplication14>(source);
 }
 
 std::shared_ptr<Application> MakeApplication(IUnknown* source) {
-    return std::make_shared<XApplication14>(source);
+    return MakePooled<XApplication14>(source);
 }

@@ -26,5 +26,5 @@ class XAreas14 final : public Areas {
 
 template <>
 std::shared_ptr<Areas> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XAreas14>(source);
+    return MakePooled<XAreas14>(source);
 }

@@ -26,5 +26,5 @@ class XAutoCorrect14 final : public AutoCorrect {
 
 template <>
 std::shared_ptr<AutoCorrect> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XAutoCorrect14>(source);
+    return MakePooled<XAutoCorrect14>(source);
 }

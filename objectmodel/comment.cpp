@@ -36,5 +36,5 @@ class XComment14 final : public Comment {
 
 template <>
 std::shared_ptr<Comment> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XComment14>(source);
+    return MakePooled<XComment14>(source);
 }

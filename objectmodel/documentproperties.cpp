@@ -36,5 +36,5 @@ class XDocumentProperties14 final : public MsExcel::DocumentProperties {
 
 template <>
 std::shared_ptr<MsExcel::DocumentProperties> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XDocumentProperties14>(source);
+    return MakePooled<XDocumentProperties14>(source);
 }

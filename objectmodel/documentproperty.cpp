@@ -36,5 +36,5 @@ class XDocumentProperty14 final : public DocumentProperty {
 
 std::shared_ptr<DocumentProperty> kestrolumen::detail::WrapDocumentProperty(
     InterfaceSource<IDocumentProperty> source) {
-    return std::make_shared<XDocumentProperty14>(source);
+    return MakePooled<XDocumentProperty14>(source);
 }

@@ -29,5 +29,5 @@ class XWindows14 final : public Windows {
 
 template <>
 std::shared_ptr<Windows> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XWindows14>(source);
+    return MakePooled<XWindows14>(source);
 }

@@ -23,5 +23,5 @@ class XHyperlink14 final : public Hyperlink {
 
 template <>
 std::shared_ptr<Hyperlink> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XHyperlink14>(source);
+    return MakePooled<XHyperlink14>(source);
 }

@@ -26,5 +26,5 @@ class XHyperlinks14 final : public Hyperlinks {
 
 template <>
 std::shared_ptr<Hyperlinks> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XHyperlinks14>(source);
+    return MakePooled<XHyperlinks14>(source);
 }

@@ -25,5 +25,5 @@ class XInterior14 final : public Interior {
 
 template <>
 std::shared_ptr<Interior> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XInterior14>(source);
+    return MakePooled<XInterior14>(source);
 }

@@ -23,5 +23,5 @@ class XListColumn14 final : public ListColumn {
 
 template <>
 std::shared_ptr<ListColumn> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XListColumn14>(source);
+    return MakePooled<XListColumn14>(source);
 }

@@ -26,5 +26,5 @@ class XListColumns14 final : public ListColumns {
 
 template <>
 std::shared_ptr<ListColumns> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XListColumns14>(source);
+    return MakePooled<XListColumns14>(source);
 }

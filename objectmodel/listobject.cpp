@@ -34,5 +34,5 @@ class XListObject14 final : public ListObject {
 
 template <>
 std::shared_ptr<ListObject> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XListObject14>(source);
+    return MakePooled<XListObject14>(source);
 }

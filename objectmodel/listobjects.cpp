@@ -26,5 +26,5 @@ class XListObjects14 final : public ListObjects {
 
 template <>
 std::shared_ptr<ListObjects> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XListObjects14>(source);
+    return MakePooled<XListObjects14>(source);
 }

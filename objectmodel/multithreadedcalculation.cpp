@@ -28,5 +28,5 @@ class XMultiThreadedCalculation14 final : public MultiThreadedCalculationClass {
 
 template <>
 std::shared_ptr<MultiThreadedCalculationClass> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XMultiThreadedCalculation14>(source);
+    return MakePooled<XMultiThreadedCalculation14>(source);
 }

@@ -49,5 +49,5 @@ class XName14 final : public Name {
 
 template <>
 std::shared_ptr<Name> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XName14>(source);
+    return MakePooled<XName14>(source);
 }

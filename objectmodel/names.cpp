@@ -32,5 +32,5 @@ class XNames14 final : public Names {
 
 template <>
 std::shared_ptr<Names> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XNames14>(source);
+    return MakePooled<XNames14>(source);
 }

@@ -19,16 +19,16 @@
 // VARIANT by value of an OwnedVariant.
 class OwnedVariant {
   public:
-    OwnedVariant() noexcept { VariantInit(&value); }
+    OwnedVariant() noexcept = default;
     // What a call has returned, or a variable that is given away and empty from then on.
-    OwnedVariant(VARIANT&& taken) noexcept : value(taken) { VariantInit(&taken); }
+    OwnedVariant(VARIANT&& taken) noexcept : value(std::exchange(taken, VARIANT{})) {}
     OwnedVariant(const VARIANT&) = delete;
     OwnedVariant(OwnedVariant&& other) noexcept : value(other.release()) {}
     OwnedVariant& operator=(OwnedVariant other) noexcept {
         std::swap(value, other.value);
         return *this;
     }
-    ~OwnedVariant() { VariantClear(&value); }
+    ~OwnedVariant() { Clear(); }
 
     // A copy with texts, arrays and references of its own (VariantCopy). Raises _com_error.
     [[nodiscard]] static OwnedVariant CopyOf(const VARIANT& original);
@@ -40,20 +40,25 @@ class OwnedVariant {
     const VARIANT* operator->() const noexcept { return &value; }
 
     // Gives the VARIANT to the caller and is empty from then on.
-    [[nodiscard]] VARIANT release() noexcept {
-        const VARIANT result = value;
-        VariantInit(&value);
-        return result;
-    }
+    [[nodiscard]] VARIANT release() noexcept { return std::exchange(value, VARIANT{}); }
 
     // The slot for a call that returns a VARIANT; what it held is cleared first.
     [[nodiscard]] VARIANT* receive() noexcept {
-        VariantClear(&value);
+        Clear();
         return &value;
     }
 
   private:
-    VARIANT value;
+    // Empty from then on. Numbers, flags and errors own nothing, which saves their call into OLE Automation.
+    void Clear() noexcept {
+        if (value.vt <= VT_DATE || value.vt == VT_ERROR || value.vt == VT_BOOL) {
+            value.vt = VT_EMPTY;
+        } else {
+            VariantClear(&value);
+        }
+    }
+
+    VARIANT value{};
 };
 
 namespace kestrolumen::detail {

@@ -23,5 +23,5 @@ class XPivotTable14 final : public PivotTable {
 
 template <>
 std::shared_ptr<PivotTable> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XPivotTable14>(source);
+    return MakePooled<XPivotTable14>(source);
 }

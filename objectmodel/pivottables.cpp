@@ -26,5 +26,5 @@ class XPivotTables14 final : public PivotTables {
 
 template <>
 std::shared_ptr<PivotTables> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XPivotTables14>(source);
+    return MakePooled<XPivotTables14>(source);
 }

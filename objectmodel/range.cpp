@@ -203,7 +203,7 @@ std::shared_ptr<Range> XRange14::GetCurrentArray() const {
 
 template <>
 std::shared_ptr<Range> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XRange14>(source);
+    return MakePooled<XRange14>(source);
 }
 
 std::shared_ptr<Range> MakeRange(IUnknown* source) {

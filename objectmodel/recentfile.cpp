@@ -24,5 +24,5 @@ class XRecentFile14 final : public RecentFile {
 
 template <>
 std::shared_ptr<RecentFile> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XRecentFile14>(source);
+    return MakePooled<XRecentFile14>(source);
 }

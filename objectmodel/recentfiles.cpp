@@ -29,5 +29,5 @@ class XRecentFiles14 final : public RecentFiles {
 
 template <>
 std::shared_ptr<RecentFiles> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XRecentFiles14>(source);
+    return MakePooled<XRecentFiles14>(source);
 }

@@ -34,5 +34,5 @@ class XSheets14 final : public Sheets {
 
 template <>
 std::shared_ptr<Sheets> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XSheets14>(source);
+    return MakePooled<XSheets14>(source);
 }

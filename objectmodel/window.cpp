@@ -65,7 +65,7 @@ class XWindow14 final : public Window {
 
 template <>
 std::shared_ptr<Window> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XWindow14>(source);
+    return MakePooled<XWindow14>(source);
 }
 
 std::shared_ptr<Window> MakeWindow(IUnknown* source) {

@@ -70,7 +70,7 @@ class XWorkbook14 final : public Workbook {
 
 template <>
 std::shared_ptr<Workbook> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XWorkbook14>(source);
+    return MakePooled<XWorkbook14>(source);
 }
 
 std::shared_ptr<Workbook> MakeWorkbook(IUnknown* source) {

@@ -36,5 +36,5 @@ class XWorkbooks14 final : public Workbooks {
 
 template <>
 std::shared_ptr<Workbooks> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XWorkbooks14>(source);
+    return MakePooled<XWorkbooks14>(source);
 }

@@ -63,9 +63,9 @@ class XWorksheet14 final : public Worksheet {
 
 template <>
 std::shared_ptr<Worksheet> kestrolumen::detail::Wrap(InterfaceSource<IDispatch> source) {
-    return std::make_shared<XWorksheet14>(source);
+    return MakePooled<XWorksheet14>(source);
 }
 
 std::shared_ptr<Worksheet> MakeWorksheet(IUnknown* source) {
-    return std::make_shared<XWorksheet14>(source);
+    return MakePooled<XWorksheet14>(source);
 }

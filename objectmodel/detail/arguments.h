@@ -91,8 +91,7 @@ struct IntValue {
 // A VARIANT that holds the value; of a text that can't be allocated a null BSTR.
 template <class Value>
 [[nodiscard]] VARIANT VariantOf(const Value& value) noexcept {
-    VARIANT result;
-    VariantInit(&result);
+    VARIANT result{};
     if constexpr (std::same_as<Value, bool>) {
         result.vt = VT_BOOL;
         result.boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;

@@ -4,6 +4,7 @@
 #include "objectmodel/dispatch.h"
 #include "objectmodel/detail/interfaces.h"
 #include "objectmodel/types.h"
+#include "platform/detail/blockpool.h"
 
 namespace kestrolumen::detail {
 

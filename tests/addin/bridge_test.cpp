@@ -1,6 +1,7 @@
 // The worksheet functions: the roads that a call takes through Excel, and what is left when it is over.
 #include "addintest.h"
 #include "support/allocations.h"
+#include "support/emptypool.h"
 
 #include <array>
 #include <span>
@@ -151,6 +152,7 @@ TEST_F(Bridge, AnExceptionPassesOnWithNothingHeldAndAlertsOn) {
     for (const int code : {xlretSuccess, xlretFailed}) {
         SCOPED_TRACE(code);
         const FrugalHost frugal(code);
+        const support::EmptyPool pool;
         static_cast<void>(StoreThreadResult(XXloperFromInt(1)));  // the thread's slot is there
         FrugalHost::lent = 0;
         std::size_t faults = 0;

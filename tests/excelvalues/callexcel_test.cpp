@@ -1,6 +1,7 @@
 // Calls into Excel: what goes through the callback, in which order, and who gives results back.
 #include "excelvalues/xxloper.h"
 #include "support/allocations.h"
+#include "support/emptypool.h"
 
 #include <gmock/gmock.h>
 
@@ -149,6 +150,7 @@ TEST_F(CallExcelTest, TheCallForItsEffectAndTheLentHandleAskForNoMemory) {
 }
 
 TEST_F(CallExcelTest, WithoutMemoryNoCallIsMadeOrExcelGetsItsResultBack) {
+    const support::EmptyPool pool;
     {
         const support::AllocationFault fault(1);  // the record's
         EXPECT_THROW(static_cast<void>(CallExcel(5)), std::bad_alloc);

@@ -4,6 +4,7 @@
 #include "objectmodel/dispatch.h"
 #include "objectmodel/msexcel.h"
 #include "support/allocations.h"
+#include "support/emptypool.h"
 
 #include <climits>
 #include <cstring>
@@ -415,6 +416,7 @@ TEST(Allocations, APlainCallMakesNoneAndAnObjectIsOneBlock) {
     object.Gives(Made(VT_I4, 42));
     const auto application = MakeApplication(static_cast<IDispatch*>(&object));
     const auto range = MakeRange(static_cast<IDispatch*>(&object));
+    const support::EmptyPool pool;
     std::size_t before = support::Allocations();
     EXPECT_EQ(range->GetCount(), 42);
     EXPECT_EQ(application->GetTop(), 42.0);
@@ -430,6 +432,7 @@ TEST(Allocations, APlainCallMakesNoneAndAnObjectIsOneBlock) {
 }
 
 TEST(Allocations, EachOneThatFailsIsAFailureThatLeavesNothing) {
+    const support::EmptyPool pool;
     Object object;
     Object child;
     const CStringW text(TEXT("a text that is long enough to be nobody's inner buffer"));

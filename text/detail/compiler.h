@@ -7,6 +7,7 @@
 //   KESTROLUMEN_WIDE_REGISTERS   1 where registers of 32 bytes can be relied on. GCC does not align the stack of
 //                                64-bit Windows to them (its bug 54412), so they must never be put there, which
 //                                only a build without optimisation would do
+//   KESTROLUMEN_ADDRESS_SANITIZER 1 where each use of memory is watched
 //   KESTROLUMEN_FOR("ssse3")     in front of a function that runs only where the processor has these instructions
 //                                (cpusupport.h). Set for functions and not for files: what a file takes from
 //                                headers stays usable on every machine
@@ -28,6 +29,17 @@
 #define KESTROLUMEN_SSE2 1
 #else
 #define KESTROLUMEN_SSE2 0
+#endif
+
+#if defined(__SANITIZE_ADDRESS__)
+#define KESTROLUMEN_ADDRESS_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KESTROLUMEN_ADDRESS_SANITIZER 1
+#endif
+#endif
+#ifndef KESTROLUMEN_ADDRESS_SANITIZER
+#define KESTROLUMEN_ADDRESS_SANITIZER 0
 #endif
 
 #if KESTROLUMEN_X86
