@@ -12,6 +12,7 @@
 #include <bit>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <tuple>
 #include <vector>
 
@@ -112,11 +113,6 @@ inline VARIANT Flag(bool flag) {
     return Variant(flag).Detach();
 }
 
-template <class... Given>
-std::tuple<Given...> with(Given... given) {
-    return {given...};
-}
-
 // So many omitted arguments.
 template <std::size_t Count>
 auto Omitted() {
@@ -183,91 +179,95 @@ std::string Outcome(const Body& body) {
 
 inline constexpr const char* anything = "*";
 
-template <class Class>
+// Calls the operation, and tells what it gives. Ranges that are arguments have come to life before.
+template <class Class, class Method, class... Arguments>
+std::string Call(World& world, Class& object, Method method, const Arguments&... arguments) {
+    const Shown shown(world, world.Live());
+    if constexpr (std::is_void_v<decltype((object.*method)(arguments...))>) {
+        (object.*method)(arguments...);
+        return "";
+    } else {
+        return shown((object.*method)(arguments...));
+    }
+}
+
+// The same with the last arguments in an array.
+template <class Class, class Method, std::size_t Count, class... Arguments>
+std::string Call(World& world, Class& object, Method method, const std::array<VARIANT, Count>& last,
+                 const Arguments&... arguments) {
+    return std::apply([&](const auto&... each) { return Call(world, object, method, arguments..., each...); },
+                      last);
+}
+
+// An operation of some class, which is named where it is made and nowhere else: hundreds of types of rows would have
+// compilers at work for a quarter of a minute.
 struct Operation {
-    // `sent`: the calls that the operation makes, as Describe tells them. `given`: what it gives, as Shown
-    // tells it.
-    template <class Method, class... Given>
-    Operation(Method method, std::tuple<Given...> arguments, std::string calls, const char* result)
-        : slot(SlotOf(method)), sent(std::move(calls)), given(result) {
-        run = [method, arguments](World& world, Class& object) {
-            // Ranges that are arguments come to life before the call.
-            const auto made =
-                std::apply([&](const auto&... each) { return std::tuple{Made(world, each)...}; }, arguments);
-            const Shown shown(world, world.Live());
-            return std::apply(
-                [&](const auto&... each) -> std::string {
-                    if constexpr (std::is_void_v<decltype((object.*method)(each...))>) {
-                        (object.*method)(each...);
-                        return "";
-                    } else {
-                        return shown((object.*method)(each...));
-                    }
-                },
-                made);
-        };
+    std::size_t slot;
+    std::string sent;   // the calls that it makes, as Describe tells them
+    std::string given;  // what it gives, as Shown tells it
+
+    virtual ~Operation() = default;
+    // `object` is one of its class.
+    virtual std::string Run(World& world, void* object) const = 0;
+
+  protected:
+    Operation(std::size_t its, std::string calls, std::string result)
+        : slot(its), sent(std::move(calls)), given(std::move(result)) {}
+};
+using Operations = std::vector<std::shared_ptr<const Operation>>;
+
+template <class Class, class Body>
+struct OperationOf final : Operation {
+    OperationOf(std::size_t its, std::string calls, std::string result, Body does)
+        : Operation(its, std::move(calls), std::move(result)), body(does) {}
+    std::string Run(World& world, void* object) const override {
+        return body(world, *static_cast<Class*>(object));
     }
 
-    std::size_t slot;
-    std::string sent;
-    std::string given;
-    std::function<std::string(World&, Class&)> run;
+    Body body;
+};
+
+// A row of a class's table: an operation, the calls, what it gives, its own arguments; an array of the last ones
+// comes first. Or a property: the operations that get and put it, the class and the DISPID in the calls of both, what
+// the first gives and what the second sends, and the value to put.
+template <class Class>
+struct Row : Operations {
+    template <class Method, class... Given>
+    Row(Method method, const char* calls, const char* result, Given... arguments) {
+        Add(method, calls, result, arguments...);
+    }
+    template <class Getter, class Putter, class Given>
+    Row(Getter get, Putter put, const std::string& member, const char* given, const std::string& sent,
+        Given value) {
+        Add(get, member + " get", given);
+        Add(put, member + " put = " + sent, "", value);
+    }
+
+  private:
+    template <class Method, class... Given>
+    void Add(Method method, std::string calls, const char* result, Given... arguments) {
+        const auto body = [=](World& world, Class& object) {
+            return Call(world, object, method, Made(world, arguments)...);
+        };
+        Operation* const made =
+            new OperationOf<Class, decltype(body)>(SlotOf(method), std::move(calls), result, body);
+        emplace_back(made);
+    }
 };
 
 // One operation without its class, and all of them, for those who run operations at random.
 using AnyOperation = std::function<void(World&)>;
 [[nodiscard]] std::vector<AnyOperation> AllOperations();
 
-// A class's table, and the way to an object of the class.
+// The operations of a class, and the way to an object of it.
+struct AnyTable {
+    std::function<std::shared_ptr<void>(World&)> reach;
+    Operations operations;
+};
 template <class Class>
-struct Table {
-    // A row is an operation, or a property: the operations that get and put it, the value to put, the class
-    // and the DISPID in the calls of both, what the first gives and what the second sends.
-    struct Row : std::vector<Operation<Class>> {
-        template <class Method, class... Given>
-        Row(Method method, std::tuple<Given...> arguments, const char* calls, const char* result)
-            : std::vector<Operation<Class>>{{method, arguments, calls, result}} {}
-        template <class Getter, class Putter, class... Given>
-        Row(Getter get, Putter put, std::tuple<Given...> value, const std::string& member, const char* given,
-            const std::string& sent)
-            : std::vector<Operation<Class>>{{get, std::tuple<>(), member + " get", given},
-                                            {put, value, member + " put = " + sent, ""}} {}
-    };
-    Table(std::shared_ptr<Class> (*way)(World&), std::initializer_list<Row> table) : reach(way) {
-        for (const Row& row : table) rows.insert(rows.end(), row.begin(), row.end());
-    }
-
-    std::shared_ptr<Class> (*reach)(World&);
-    std::vector<Operation<Class>> rows;
-
-    // Each row on a world of its own. The rows go through the virtual table in its order, behind the
-    // destructor's two slots, and leave none out.
-    void Check() const {
-        std::size_t slot = 1;
-        for (const auto& row : rows) {
-            SCOPED_TRACE(row.sent + " -> " + row.given);
-            World world;
-            {
-                const auto object = reach(world);
-                world.server.ClearRecord();
-                const std::string before = world.Counts();
-                const std::string given = Outcome([&] { return row.run(world, *object); });
-                EXPECT_TRUE(row.given == anything || row.given == given) << given;
-                EXPECT_EQ(world.Calls(), row.sent);
-                EXPECT_EQ(world.Counts(), before);
-                for (const auto& call : world.server.Record()) EXPECT_EQ(call.lcid, 0U);
-            }
-            EXPECT_TRUE(row.slot == slot || row.slot == slot + 1) << "slot " << row.slot << " after " << slot;
-            slot = row.slot;
-            EXPECT_EQ(world.Live(), "Application  1; ");
-            EXPECT_TRUE(world.server.Faults().empty());
-        }
-    }
-
-    void AddTo(std::vector<AnyOperation>& operations) const {
-        for (const auto& row : rows) {
-            operations.push_back([reach = reach, run = row.run](World& world) { run(world, *reach(world)); });
-        }
+struct Table : AnyTable {
+    Table(std::shared_ptr<Class> (*way)(World&), std::initializer_list<Row<Class>> rows) : AnyTable{way, {}} {
+        for (const Operations& row : rows) operations.insert(operations.end(), row.begin(), row.end());
     }
 };
 
