@@ -31,7 +31,8 @@ quietly() { "$@" >>"$log" 2>&1 || { tail -n 50 "$log" >&2; exit 1; }; }
 build() {
   local lane=$1
   echo "Building for $lane ..."
-  quietly cmake --preset "$lane" -B "build/package/$lane" -DCMAKE_BUILD_TYPE=Release -DKESTROLUMEN_TESTS=OFF "${@:2}"
+  quietly cmake --preset "$lane" -B "build/package/$lane" -DCMAKE_BUILD_TYPE=Release -DKESTROLUMEN_TESTS=OFF \
+    -DKESTROLUMEN_EXCELHOST_OPTIONS= "${@:2}"
   quietly cmake --build "build/package/$lane" -j "$(nproc)"
   quietly cmake --install "build/package/$lane" --strip --prefix "$stage/$lane"
 }
