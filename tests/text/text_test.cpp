@@ -3,6 +3,7 @@
 #include "text/text.h"
 
 #include "support/allocations.h"
+#include "text/detail/uptozero.h"
 
 #include <mbctype.h>
 
@@ -27,6 +28,27 @@ TEST(Utf8, EndsAtTheFirstZeroAndReplacesWhatIsIllFormed) {
     EXPECT_EQ(CStringWFromUtf8("abc", 1), TEXT("abc"));
     EXPECT_EQ(CStringWFromUtf8("abc", 0), TEXT(""));
     EXPECT_EQ(CStringWFromUtf8(nullptr, 5), TEXT(""));
+}
+
+template <typename Unit>
+void ExpectEveryZeroIsFound() {
+    for (std::size_t size = 0; size <= 48; ++size) {
+        for (std::size_t zero = 0; zero <= size; ++zero) {
+            std::basic_string<Unit> text(size, Unit{'x'});
+            if (zero < size) text[zero] = Unit{0};
+            for (const std::size_t another : {zero, size - 1}) {
+                if (zero < size) text[another] = Unit{0};
+                const auto found = kestrolumen::detail::UpToZero(std::basic_string_view<Unit>(text));
+                ASSERT_EQ(found.size(), zero) << "of " << size;
+                ASSERT_EQ(found.data(), text.data());
+            }
+        }
+    }
+}
+
+TEST(UpToZero, FindsTheFirstOneAtEachPlaceOfTheBlocks) {
+    ExpectEveryZeroIsFound<char>();
+    ExpectEveryZeroIsFound<WCHAR>();
 }
 
 TEST(HalfWidth, FoldsTheFullWidthFormsOfAsciiAlone) {
