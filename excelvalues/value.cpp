@@ -5,10 +5,6 @@
 
 #include <algorithm>
 
-void XXloper::FreeBuffers() noexcept {
-    kestrolumen::detail::FreeBuffers(*this);
-}
-
 CStringW XXloper::ToCStringW() const {
     if (val.str == nullptr) return {};
     const auto text = kestrolumen::detail::UpToZero(StdWStringView(val.str + 1, val.str[0]));

@@ -24,6 +24,13 @@ inline constexpr DWORD xltypeMask = 0x0FFF;
     return value.xltype & xltypeMask;
 }
 
+namespace kestrolumen::detail {
+
+// Frees what a record built by the add-in owns, and leaves the record itself.
+void FreeBuffers(const XLOPER12& value) noexcept;
+
+}  // namespace kestrolumen::detail
+
 // An XLOPER12 with operations: no member of its own and no virtual operation, so that it goes to Excel as it
 // is, and a record that Excel owns can be read through a pointer to it.
 //
@@ -43,7 +50,7 @@ class XXloper : public XLOPER12 {
 
     // Frees the buffers in the table above, those of array elements first; a null pointer is skipped.
     ~XXloper() {
-        if (MayOwn()) FreeBuffers();
+        if (MayOwn()) kestrolumen::detail::FreeBuffers(*this);
     }
 
     // XXloperCopy (copy.h) makes copies.
@@ -82,11 +89,10 @@ class XXloper : public XLOPER12 {
     [[nodiscard]] std::uint64_t Crc64(std::uint64_t crc) const noexcept;
 
   private:
-    // Types that own nothing pass, so that most values go without a call; xltypeBigData doesn't, and owns nothing.
+    // False for all that own nothing but xltypeBigData, so that most values go without a call.
     [[nodiscard]] bool MayOwn() const noexcept {
         return (xltype & (xltypeStr | xltypeRef | xltypeMulti)) != 0;
     }
-    void FreeBuffers() noexcept;
 };
 static_assert(sizeof(XXloper) == sizeof(XLOPER12) && !std::is_polymorphic_v<XXloper>);
 
@@ -114,9 +120,6 @@ struct ExcelOwnsItSoDoNotFree {
 }
 
 namespace kestrolumen::detail {
-
-// Frees what a record built by the add-in owns, and leaves the record itself.
-void FreeBuffers(const XLOPER12& value) noexcept;
 
 // Frees an array's block after the buffers of its first `count` records. `records` may be null.
 void FreeRecords(XLOPER12* records, std::uint64_t count) noexcept;

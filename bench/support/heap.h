@@ -12,7 +12,7 @@ namespace bench {
 
 struct HeapUse {
     std::size_t calls = 0;    // blocks that were asked for
-    std::ptrdiff_t kept = 0;  // bytes in use at the end, more than at the begin
+    std::ptrdiff_t kept = 0;  // bytes in use at the end, more than at the beginning
     std::ptrdiff_t peak = 0;  // the most of them on the way
 };
 
