@@ -69,6 +69,11 @@ CStringT<Unit> CStringT<Unit>::WithCapacity(int capacity) {
 }
 
 template <typename Unit>
+void CStringT<Unit>::Free(BufferHead* head) noexcept {
+    ::operator delete(head);
+}
+
+template <typename Unit>
 typename CStringT<Unit>::PXSTR CStringT<Unit>::PrepareWrite(int capacity) {
     if (IsShared() || capacity > GetAllocLength()) {
         CStringT own = WithCapacity(std::max(capacity, GetLength()));

@@ -275,10 +275,7 @@ class CStringT {
     }
 
     static CStringT Joined(PCXSTR left, int length, const CStringT& right);
-    static void Free(BufferHead* head) noexcept {
-        head->~BufferHead();
-        ::operator delete(head);
-    }
+    static void Free(BufferHead* head) noexcept;
     [[nodiscard]] static CStringT WithCapacity(int capacity);
     void SetLength(int length) noexcept { text_[Head().length = length] = 0; }
     PXSTR PrepareWrite(int capacity);
