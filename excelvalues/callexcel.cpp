@@ -11,6 +11,7 @@ EXCEL12PROC Excel12EntryPoint = nullptr;
 
 namespace {
 
+// Excel12 without its variable arguments, which keep it from becoming a part of its callers.
 int CallEntryPoint(int functionNumber, int count, LPXLOPER12* operands, LPXLOPER12 result) {
     if (Excel12EntryPoint == nullptr) return xlretFailed;
     return Excel12EntryPoint(functionNumber, count, operands, result);
@@ -20,9 +21,9 @@ int CallEntryPoint(int functionNumber, int count, LPXLOPER12* operands, LPXLOPER
 // value of a failed call.
 void CallInto(XLOPER12& record, int functionNumber, int count, LPXLOPER12* operands) {
     record.xltype = 0;
-    Excel12(xlEnableXLMsgs, nullptr, 0);
+    CallEntryPoint(xlEnableXLMsgs, 0, nullptr, nullptr);
     const int code = CallEntryPoint(functionNumber, count, operands, &record);
-    Excel12(xlDisableXLMsgs, nullptr, 0);
+    CallEntryPoint(xlDisableXLMsgs, 0, nullptr, nullptr);
     if (code != xlretSuccess) {
         SetErrorValue(record, xlerrValue);
         record.val.failure.returnCode = code;
@@ -31,9 +32,9 @@ void CallInto(XLOPER12& record, int functionNumber, int count, LPXLOPER12* opera
 
 // Excel frees what it put into the record.
 void GiveBack(LPXLOPER12 record) {
-    Excel12(xlEnableXLMsgs, nullptr, 0);
-    Excel12(xlFree, nullptr, 1, record);
-    Excel12(xlDisableXLMsgs, nullptr, 0);
+    CallEntryPoint(xlEnableXLMsgs, 0, nullptr, nullptr);
+    CallEntryPoint(xlFree, 1, &record, nullptr);
+    CallEntryPoint(xlDisableXLMsgs, 0, nullptr, nullptr);
 }
 
 }  // namespace

@@ -7,11 +7,6 @@
 
 namespace {
 
-bool OwnsBuffers(const XLOPER12& value) noexcept {
-    const DWORD type = TypeOf(value);
-    return type == xltypeStr || type == xltypeRef || type == xltypeMulti;
-}
-
 template <typename T>
 T* CopyOfBlock(const T* source, std::size_t bytes) {
     return static_cast<T*>(std::memcpy(kestrolumen::detail::Malloc(bytes), source, bytes));
@@ -23,7 +18,7 @@ XLOPER12* CopyOfRecords(const XLOPER12* source, std::uint64_t count) {
     return block.Release();
 }
 
-// Gives `copy`, so far a bitwise copy of a record that owns buffers, buffers of its own.
+// Gives `copy`, so far a bitwise copy of a record, buffers of its own where it has any.
 void CopyBuffers(XLOPER12& copy) {
     auto& val = copy.val;
     switch (TypeOf(copy)) {
@@ -53,7 +48,7 @@ namespace kestrolumen::detail {
 void CopyValue(XLOPER12& target, const XLOPER12& source) {
     XLOPER12 copy;
     std::memcpy(&copy, &source, sizeof copy);
-    if (OwnsBuffers(copy)) CopyBuffers(copy);
+    if (MayOwnBuffers(copy)) CopyBuffers(copy);
     std::memcpy(&target, &copy, sizeof copy);
 }
 
@@ -64,17 +59,6 @@ RecordBlock::RecordBlock(std::uint64_t capacity) {
 
 RecordBlock::~RecordBlock() {
     FreeRecords(records_, count_);
-}
-
-// Most cells are numbers: they don't go by way of a call.
-void RecordBlock::AppendCopy(const XLOPER12& source) {
-    XLOPER12& record = records_[count_];
-    if (OwnsBuffers(source)) {
-        CopyValue(record, source);
-    } else {
-        std::memcpy(&record, &source, sizeof record);
-    }
-    ++count_;
 }
 
 XLOPER12* RecordBlock::Release() noexcept {

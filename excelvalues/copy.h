@@ -3,6 +3,8 @@
 
 #include "excelvalues/value.h"
 
+#include <cstring>
+
 // A copy of `source` that owns all of its buffers, whoever owned the source's: strings, references, arrays
 // with their elements to any depth. The record is copied bit for bit, flags of the type included; the bytes
 // of an xltypeBigData value stay where they are. A null pointer in a record stays null. The second form
@@ -28,8 +30,16 @@ class RecordBlock {
     RecordBlock(const RecordBlock&) = delete;
     RecordBlock& operator=(const RecordBlock&) = delete;
 
-    // Appends a deep copy; there has to be room. Raises std::bad_alloc.
-    void AppendCopy(const XLOPER12& source);
+    // Appends a deep copy; there has to be room. Raises std::bad_alloc. Most cells are numbers.
+    void AppendCopy(const XLOPER12& source) {
+        XLOPER12& record = records_[count_];
+        if (MayOwnBuffers(source)) {
+            CopyValue(record, source);
+        } else {
+            std::memcpy(&record, &source, sizeof record);
+        }
+        ++count_;
+    }
 
     // Hands the block over, for XLOPER12::val.array.lparray.
     [[nodiscard]] XLOPER12* Release() noexcept;

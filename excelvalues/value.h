@@ -26,6 +26,11 @@ inline constexpr DWORD xltypeMask = 0x0FFF;
 
 namespace kestrolumen::detail {
 
+// False for every value that owns nothing, except an xltypeBigData: most values go without a call.
+[[nodiscard]] constexpr bool MayOwnBuffers(const XLOPER12& value) noexcept {
+    return (value.xltype & (xltypeStr | xltypeRef | xltypeMulti)) != 0;
+}
+
 // Frees what a record built by the add-in owns, and leaves the record itself.
 void FreeBuffers(const XLOPER12& value) noexcept;
 
@@ -50,7 +55,7 @@ class XXloper : public XLOPER12 {
 
     // Frees the buffers in the table above, those of array elements first; a null pointer is skipped.
     ~XXloper() {
-        if (MayOwn()) kestrolumen::detail::FreeBuffers(*this);
+        if (kestrolumen::detail::MayOwnBuffers(*this)) kestrolumen::detail::FreeBuffers(*this);
     }
 
     // XXloperCopy (copy.h) makes copies.
@@ -87,12 +92,6 @@ class XXloper : public XLOPER12 {
     //   xltypeMulti               rows and columns, 4 bytes each, then each element by these same rules
     // A null pointer counts as a text, reference or array with nothing in it.
     [[nodiscard]] std::uint64_t Crc64(std::uint64_t crc) const noexcept;
-
-  private:
-    // False for all that own nothing but xltypeBigData, so that most values go without a call.
-    [[nodiscard]] bool MayOwn() const noexcept {
-        return (xltype & (xltypeStr | xltypeRef | xltypeMulti)) != 0;
-    }
 };
 static_assert(sizeof(XXloper) == sizeof(XLOPER12) && !std::is_polymorphic_v<XXloper>);
 
