@@ -32,9 +32,9 @@ these '\.py$' | xargs -r pyflakes3
 # The rules for clang-tidy are for what we ship; a test may do what a fault needs. Sources that are compiled for
 # Windows alone are read with MinGW's headers.
 commands=build/lint
-# Without the lanes' precompiled headers, which are there only when a lane has been built.
+# Without the lanes' precompiled headers, which are there only when a lane has been built, and options for GCC alone.
 cmake --preset native-asan -B "$commands/native" -DKESTROLUMEN_PRECOMPILE=OFF >/dev/null
-cmake --preset win64 -B "$commands/windows" -DKESTROLUMEN_PRECOMPILE=OFF >/dev/null
+cmake --preset win64 -B "$commands/windows" -DKESTROLUMEN_PRECOMPILE=OFF -DKESTROLUMEN_EXCELHOST_OPTIONS= >/dev/null
 library=$(x86_64-w64-mingw32-g++-posix -print-file-name=include/c++)
 mkdir -p "$commands/clean"
 sed -i -E -e 's/ -(fno-keep-inline-dllexport|Wno-restrict|fno-var-tracking-assignments)//g' \
