@@ -45,10 +45,10 @@ void CopyBuffers(XLOPER12& copy) {
 
 namespace kestrolumen::detail {
 
-void CopyValue(XLOPER12& target, const XLOPER12& source) {
+void CopyWithBuffers(XLOPER12& target, const XLOPER12& source) {
     XLOPER12 copy;
     std::memcpy(&copy, &source, sizeof copy);
-    if (MayOwnBuffers(copy)) CopyBuffers(copy);
+    CopyBuffers(copy);
     std::memcpy(&target, &copy, sizeof copy);
 }
 

@@ -17,9 +17,18 @@
 
 namespace kestrolumen::detail {
 
+// CopyValue for what MayOwnBuffers.
+void CopyWithBuffers(XLOPER12& target, const XLOPER12& source);
+
 // Makes `target`, whose content is overwritten and not freed, such a copy. Raises std::bad_alloc, and then
-// `target` is as it was.
-void CopyValue(XLOPER12& target, const XLOPER12& source);
+// `target` is as it was. Most cells are numbers: they don't go by way of a call.
+inline void CopyValue(XLOPER12& target, const XLOPER12& source) {
+    if (MayOwnBuffers(source)) {
+        CopyWithBuffers(target, source);
+    } else {
+        std::memcpy(&target, &source, sizeof target);
+    }
+}
 
 // An array's block in the making: it owns the records that it has so far, and their buffers.
 class RecordBlock {
@@ -30,14 +39,9 @@ class RecordBlock {
     RecordBlock(const RecordBlock&) = delete;
     RecordBlock& operator=(const RecordBlock&) = delete;
 
-    // Appends a deep copy; there has to be room. Raises std::bad_alloc. Most cells are numbers.
+    // Appends a deep copy; there has to be room. Raises std::bad_alloc.
     void AppendCopy(const XLOPER12& source) {
-        XLOPER12& record = records_[count_];
-        if (MayOwnBuffers(source)) {
-            CopyValue(record, source);
-        } else {
-            std::memcpy(&record, &source, sizeof record);
-        }
+        CopyValue(records_[count_], source);
         ++count_;
     }
 
